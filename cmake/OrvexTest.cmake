@@ -1,0 +1,16 @@
+# orvex_add_test(NAME LABEL label LINK targets…): one GoogleTest program; sources are added by its folders.
+# Each case runs in a process of its own, so once-only objects are fresh in every case.
+if(ORVEX_BUILD_TESTS)
+    enable_testing()
+    find_package(GTest REQUIRED)
+    include(GoogleTest)
+endif()
+function(orvex_add_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL" "LINK")
+    add_executable(${name})
+    target_compile_features(${name} PRIVATE cxx_std_20)
+    target_link_libraries(${name} PRIVATE ${arg_LINK} GTest::gmock GTest::gtest_main orvex_warnings)
+    target_compile_definitions(${name} PRIVATE ORVEX_SOURCE_DIR="${PROJECT_SOURCE_DIR}" ORVEX_BINARY_DIR="${PROJECT_BINARY_DIR}")
+    gtest_discover_tests(${name} TEST_PREFIX "${name}/" DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+        PROPERTIES LABELS "${arg_LABEL}" TIMEOUT 300)
+endfunction()

@@ -1,0 +1,13 @@
+# What every target of ours compiles with. Linked PRIVATE, so users of our libraries keep their own settings.
+add_library(orvex_warnings INTERFACE)
+target_compile_options(orvex_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+    $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual>
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wsuggest-override>
+    $<$<BOOL:${ORVEX_WARNINGS_AS_ERRORS}>:-Werror>
+    # Assertion texts name files relative to the repository, and builds are reproducible.
+    "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+if(ORVEX_SANITIZE)
+    add_compile_options(-fsanitize=${ORVEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${ORVEX_SANITIZE})
+endif()
