@@ -10,6 +10,9 @@ function(orvex_embed_text target file mode)
         COMMAND "${CMAKE_COMMAND}" "-DINPUT=${input}" "-DOUTPUT=${output}" "-DMODE=${mode}" -P "${ORVEX_EMBED_SCRIPT}"
         DEPENDS "${input}" "${ORVEX_EMBED_SCRIPT}"
         COMMENT "Embedding ${relative}" VERBATIM)
-    target_sources(${target} PRIVATE "${output}")
+    # A command's output is known only in its own folder; a target carries it to TARGET's.
+    string(MAKE_C_IDENTIFIER "embed_${relative}" embedding)
+    add_custom_target(${embedding} DEPENDS "${output}")
+    add_dependencies(${target} ${embedding})
     target_include_directories(${target} PRIVATE "${PROJECT_BINARY_DIR}/generated")
 endfunction()
