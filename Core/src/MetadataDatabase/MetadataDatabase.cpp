@@ -1,0 +1,7 @@
+#include "MetadataDatabase/MetadataDatabase.h"
+
+namespace MetadataDatabase {
+
+MetadataDatabase::~MetadataDatabase() = default;
+
+} // namespace MetadataDatabase

@@ -1,0 +1,95 @@
+#include "RecordingFormatDatabase/CsvStringBasedRecordingFormatDatabase.h"
+
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/split.hpp>
+#include <boost/lexical_cast.hpp>
+#include <cmath>
+#include <iterator>
+#include <locale>
+#include <sstream>
+
+#include "Exception/Assert.h"
+#include "RecordingFormatDatabase/CameraManufacturerModelMismatchException.h"
+#include "RecordingFormatDatabase/CameraManufacturerNotFoundException.h"
+
+namespace RecordingFormatDatabase {
+
+const char* const recordingFormatsCsvStringArray[2804] = {
+#include "RecordingFormatDatabase/RecordingFormats.csv.inc"
+};
+
+namespace {
+
+// boost::lexical_cast reads floats by the global locale, which may have a decimal comma.
+float millimetres(const std::string& text) {
+    std::istringstream stream(text);
+    stream.imbue(std::locale::classic());
+    float value = 0.0f;
+    if (!(stream >> std::noskipws >> value) || stream.peek() != std::istringstream::traits_type::eof()) {
+        throw boost::bad_lexical_cast(typeid(std::string), typeid(float));
+    }
+    return value;
+}
+
+float halfDiagonal(float width, float height) {
+    const double halfWidth = static_cast<double>(width) / 2.0;
+    const double halfHeight = static_cast<double>(height) / 2.0;
+    return static_cast<float>(std::sqrt(halfWidth * halfWidth + halfHeight * halfHeight));
+}
+
+} // namespace
+
+const RecordingFormatDatabase& CsvStringBasedRecordingFormatDatabase::sharedInstance() {
+    // Never destroyed: a host thread may still ask while static objects are torn down.
+    static const auto* const instance = new CsvStringBasedRecordingFormatDatabase(
+        recordingFormatsCsvStringArray, std::size(recordingFormatsCsvStringArray));
+    return *instance;
+}
+
+CsvStringBasedRecordingFormatDatabase::CsvStringBasedRecordingFormatDatabase(const char* const* rows,
+                                                                             std::size_t count) {
+    std::vector<std::string> parts;
+    for (std::size_t row = 0; row < count; ++row) {
+        boost::split(parts, std::string(rows[row]), boost::is_any_of(";"));
+        ORVEX_ASSERT(parts.size() == 8);
+        RecordingFormat format;
+        format.imageAreaWidth = millimetres(parts[4]);
+        format.imageAreaHeight = millimetres(parts[5]);
+        format.clipResolutionWidth = boost::lexical_cast<std::uint32_t>(parts[6]);
+        format.clipResolutionHeight = boost::lexical_cast<std::uint32_t>(parts[7]);
+        format.imageRadius = halfDiagonal(format.imageAreaWidth, format.imageAreaHeight);
+        m_formats[parts[0]][parts[1]][parts[3]] = format;
+    }
+}
+
+CsvStringBasedRecordingFormatDatabase::~CsvStringBasedRecordingFormatDatabase() = default;
+
+void CsvStringBasedRecordingFormatDatabase::cameraManufacturers(std::vector<std::string>& cameraManufacturers) const {
+    cameraManufacturers.clear();
+    for (const auto& [name, ignored] : m_formats) cameraManufacturers.push_back(name);
+}
+
+void CsvStringBasedRecordingFormatDatabase::cameraModels(const std::string& cameraManufacturer,
+                                                         std::vector<std::string>& cameraModels) const {
+    const Models& found = models(cameraManufacturer);
+    cameraModels.clear();
+    for (const auto& [name, ignored] : found) cameraModels.push_back(name);
+}
+
+void CsvStringBasedRecordingFormatDatabase::recordingFormats(
+    const std::string& cameraManufacturer, const std::string& cameraModel,
+    std::map<std::string, RecordingFormat>& recordingFormats) const {
+    const Models& found = models(cameraManufacturer);
+    const auto model = found.find(cameraModel);
+    if (model == found.end()) throw CameraManufacturerModelMismatchException(cameraManufacturer, cameraModel);
+    recordingFormats = model->second;
+}
+
+const CsvStringBasedRecordingFormatDatabase::Models& CsvStringBasedRecordingFormatDatabase::models(
+    const std::string& cameraManufacturer) const {
+    const auto found = m_formats.find(cameraManufacturer);
+    if (found == m_formats.end()) throw CameraManufacturerNotFoundException(cameraManufacturer);
+    return found->second;
+}
+
+} // namespace RecordingFormatDatabase

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+
+#include "RecordingFormatDatabase/RecordingFormatDatabase.h"
+#include "RecordingFormatDatabase/iless.h"
+
+namespace RecordingFormatDatabase {
+
+/// The built-in table, one text row per recording format; RecordingFormats.csv, whose fields README.md explains.
+extern const char* const recordingFormatsCsvStringArray[2804];
+
+/// Recording formats that are parsed from text rows of eight fields separated by semicolons.
+class CsvStringBasedRecordingFormatDatabase : public RecordingFormatDatabase {
+public:
+    /// The one database over the built-in table; parsed on the first call, then kept until the process ends.
+    static const RecordingFormatDatabase& sharedInstance();
+
+    /// Parses `count` rows. A row without exactly eight fields is a programming error; one whose numbers do not convert
+    /// as a whole raises boost::bad_lexical_cast. A repeated key keeps the later row.
+    CsvStringBasedRecordingFormatDatabase(const char* const* rows, std::size_t count);
+    ~CsvStringBasedRecordingFormatDatabase() override;
+
+    void cameraManufacturers(std::vector<std::string>& cameraManufacturers) const override;
+    void cameraModels(const std::string& cameraManufacturer, std::vector<std::string>& cameraModels) const override;
+    void recordingFormats(const std::string& cameraManufacturer, const std::string& cameraModel,
+                          std::map<std::string, RecordingFormat>& recordingFormats) const override;
+
+private:
+    using Formats = std::map<std::string, RecordingFormat>;
+    using Models = std::map<std::string, Formats, iless>;
+
+    const Models& models(const std::string& cameraManufacturer) const;
+
+    std::map<std::string, Models, iless> m_formats; ///< by maker, model and format name
+};
+
+} // namespace RecordingFormatDatabase

@@ -1,0 +1,7 @@
+#include "RecordingFormatDatabase/RecordingFormatDatabase.h"
+
+namespace RecordingFormatDatabase {
+
+RecordingFormatDatabase::~RecordingFormatDatabase() = default;
+
+} // namespace RecordingFormatDatabase
