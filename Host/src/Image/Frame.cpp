@@ -1,0 +1,215 @@
+#include "Image/Frame.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+#include "Image/HalfConversion.h"
+
+namespace HostImage {
+
+namespace {
+
+constexpr std::size_t maxComponents = 4;
+
+std::int64_t floorDivide(std::int64_t a, std::int64_t b) { return a >= 0 ? a / b : -((-a + b - 1) / b); }
+
+/// How many multiples of `sampling` lie in minimum … maximum.
+std::size_t sampleCount(std::int32_t minimum, std::int32_t maximum, std::int32_t sampling) {
+    if (maximum < minimum) return 0;
+    if (sampling <= 1) return static_cast<std::size_t>(std::int64_t{maximum} - minimum + 1);
+    return static_cast<std::size_t>(floorDivide(maximum, sampling) - floorDivide(std::int64_t{minimum} - 1, sampling));
+}
+
+/// 0 … 3 for R, G, B, A; -1 for anything else.
+int colourPlace(std::string_view baseName) {
+    constexpr std::string_view upper = "RGBA";
+    constexpr std::string_view lower = "rgba";
+    if (baseName.size() != 1) return -1;
+    const std::size_t place = std::min(upper.find(baseName[0]), lower.find(baseName[0]));
+    return place == std::string_view::npos ? -1 : static_cast<int>(place);
+}
+
+template <typename Integer>
+void integersToFloat(const void* samples, float* floats, std::size_t n, float scale) {
+    const Integer* source = static_cast<const Integer*>(samples);
+    for (std::size_t i = 0; i < n; ++i) floats[i] = static_cast<float>(source[i]) * scale;
+}
+
+template <typename Integer>
+void integersFromFloat(const float* floats, void* samples, std::size_t n, float scale, float maximum) {
+    Integer* target = static_cast<Integer*>(samples);
+    for (std::size_t i = 0; i < n; ++i) {
+        // The comparison sends NaN to 0.
+        const float scaled = floats[i] * scale;
+        target[i] = scaled > 0.0f ? static_cast<Integer>(std::min(scaled, maximum) + 0.5f) : Integer{0};
+    }
+}
+
+} // namespace
+
+std::size_t bytesPerSample(PixelType type) {
+    switch (type) {
+        case PixelType::UInt8:
+            return 1;
+        case PixelType::UInt16:
+        case PixelType::Half:
+            return 2;
+        case PixelType::UInt32:
+        case PixelType::Float:
+            break;
+    }
+    return 4;
+}
+
+void samplesToFloat(PixelType type, const void* samples, float* floats, std::size_t n) {
+    switch (type) {
+        case PixelType::UInt8:
+            integersToFloat<std::uint8_t>(samples, floats, n, 1.0f / 255.0f);
+            break;
+        case PixelType::UInt16:
+            integersToFloat<std::uint16_t>(samples, floats, n, 1.0f / 65535.0f);
+            break;
+        case PixelType::UInt32:
+            integersToFloat<std::uint32_t>(samples, floats, n, 1.0f);
+            break;
+        case PixelType::Half:
+            halfToFloat(static_cast<const std::uint16_t*>(samples), floats, n);
+            break;
+        case PixelType::Float:
+            std::memcpy(floats, samples, n * sizeof(float));
+            break;
+    }
+}
+
+void samplesFromFloat(PixelType type, const float* floats, void* samples, std::size_t n) {
+    switch (type) {
+        case PixelType::UInt8:
+            integersFromFloat<std::uint8_t>(floats, samples, n, 255.0f, 255.0f);
+            break;
+        case PixelType::UInt16:
+            integersFromFloat<std::uint16_t>(floats, samples, n, 65535.0f, 65535.0f);
+            break;
+        case PixelType::UInt32: {
+            std::uint32_t* target = static_cast<std::uint32_t*>(samples);
+            for (std::size_t i = 0; i < n; ++i) {
+                const double value = std::round(static_cast<double>(floats[i]));
+                target[i] = value > 0.0 ? static_cast<std::uint32_t>(std::min(value, 4294967295.0)) : 0u;
+            }
+            break;
+        }
+        case PixelType::Half:
+            floatToHalf(floats, static_cast<std::uint16_t*>(samples), n);
+            break;
+        case PixelType::Float:
+            std::memcpy(samples, floats, n * sizeof(float));
+            break;
+    }
+}
+
+std::string_view Channel::layer() const {
+    const std::size_t dot = name.rfind('.');
+    return dot == std::string::npos ? std::string_view() : std::string_view(name).substr(0, dot);
+}
+
+std::string_view Channel::baseName() const {
+    const std::size_t dot = name.rfind('.');
+    return dot == std::string::npos ? std::string_view(name) : std::string_view(name).substr(dot + 1);
+}
+
+void Plane::rowToFloat(std::size_t y, float* samples) const {
+    samplesToFloat(type, row(y), samples, width * components);
+}
+
+void Plane::rowFromFloat(std::size_t y, const float* samples) {
+    samplesFromFloat(type, samples, row(y), width * components);
+}
+
+const Channel* Part::findChannel(std::string_view channelName) const {
+    const auto found = std::find_if(channels.begin(), channels.end(),
+                                    [channelName](const Channel& channel) { return channel.name == channelName; });
+    return found == channels.end() ? nullptr : &*found;
+}
+
+const Attribute* Part::findAttribute(std::string_view attributeName) const {
+    const auto found = std::find_if(attributes.begin(), attributes.end(), [attributeName](const Attribute& attribute) {
+        return attribute.name == attributeName;
+    });
+    return found == attributes.end() ? nullptr : &*found;
+}
+
+void Part::setAttribute(const Attribute& attribute) {
+    for (Attribute& existing : attributes) {
+        if (existing.name != attribute.name) continue;
+        existing = attribute;
+        return;
+    }
+    attributes.push_back(attribute);
+}
+
+void Part::removeAttribute(std::string_view attributeName) {
+    std::erase_if(attributes, [attributeName](const Attribute& attribute) { return attribute.name == attributeName; });
+}
+
+std::string Part::text(std::string_view attributeName) const {
+    const Attribute* attribute = findAttribute(attributeName);
+    return attribute != nullptr && attribute->type == "string" ? attribute->value : std::string();
+}
+
+void Part::layOutPlanes() {
+    std::vector<bool> placed(channels.size(), false);
+    std::size_t planeCount = 0;
+    const auto place = [&](const std::vector<std::size_t>& members) {
+        if (planeCount == planes.size()) planes.emplace_back();
+        Plane& plane = planes[planeCount];
+        const Channel& first = channels[members.front()];
+        plane.type = first.type;
+        plane.components = members.size();
+        plane.width = sampleCount(dataWindow.minX, dataWindow.maxX, first.xSampling);
+        plane.height = sampleCount(dataWindow.minY, dataWindow.maxY, first.ySampling);
+        for (std::size_t i = 0; i < members.size(); ++i) {
+            channels[members[i]].plane = planeCount;
+            channels[members[i]].component = i;
+            placed[members[i]] = true;
+        }
+        ++planeCount;
+    };
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        if (placed[i]) continue;
+        const Channel& leader = channels[i];
+        // The leader's companions, R, G, B, A apart from the rest of the layer.
+        std::array<std::vector<std::size_t>, maxComponents> colours;
+        std::vector<std::size_t> others;
+        for (std::size_t j = i; j < channels.size(); ++j) {
+            const Channel& channel = channels[j];
+            if (placed[j] || channel.type != leader.type || channel.xSampling != leader.xSampling ||
+                channel.ySampling != leader.ySampling || channel.layer() != leader.layer())
+                continue;
+            const int colour = colourPlace(channel.baseName());
+            if (colour >= 0)
+                colours[static_cast<std::size_t>(colour)].push_back(j);
+            else
+                others.push_back(j);
+        }
+        std::vector<std::size_t> members;
+        for (const std::vector<std::size_t>& colour : colours)
+            if (!colour.empty()) members.push_back(colour.front());
+        if (!members.empty()) place(members);
+        for (const std::vector<std::size_t>& colour : colours)
+            if (colour.size() > 1) others.insert(others.end(), colour.begin() + 1, colour.end());
+        for (std::size_t start = 0; start < others.size(); start += maxComponents) {
+            const std::size_t end = std::min(start + maxComponents, others.size());
+            place({others.begin() + static_cast<std::ptrdiff_t>(start),
+                   others.begin() + static_cast<std::ptrdiff_t>(end)});
+        }
+    }
+    planes.resize(planeCount);
+}
+
+void Part::allocatePixels() {
+    for (Plane& plane : planes) plane.pixels.resize(plane.rowBytes() * plane.height);
+}
+
+} // namespace HostImage

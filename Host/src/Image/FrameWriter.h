@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Image/Frame.h"
+#include "Image/ImageError.h"
+
+namespace HostImage {
+
+/// How a frame is stored where it is not to be stored as it says itself.
+struct WriteOptions {
+    /// Of every part, as Part::compression; the parts' own if absent.
+    std::optional<std::string> compression;
+    /// Of every channel that is not UInt32; the channels' own if absent.
+    std::optional<PixelType> pixelType;
+    /// ZIP and ZIPS: 1 (fast) to 12. DWAA and DWAB: the amount of loss. The default (1; 45 or the file's own) if
+    /// absent.
+    std::optional<float> level;
+    /// Threads that encode, the caller's included.
+    unsigned threads = 1;
+};
+
+/// Writes the frame with all its parts and attributes; the format follows from the path's extension. The same frame and
+/// options give the same bytes. The file is written in place (a caller wants a temporary name and a rename) and removed
+/// if writing fails. Throws ImageError, also for what the format cannot hold (several parts in a DPX).
+void writeFrame(const std::string& path, const Frame& frame, const WriteOptions& options = {});
+
+} // namespace HostImage

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace HostImage {
+
+/// Why an image could not be read or written. what() is one line, "PATH: what is wrong; what to do", fit to be shown.
+class ImageError : public std::runtime_error {
+public:
+    ImageError(const std::string& path, const std::string& problem) : std::runtime_error(path + ": " + problem) {}
+};
+
+} // namespace HostImage

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace HostImage {
+
+/// Memory for pixels: 64-byte aligned, not initialised, and kept when it is resized to no more than it has held before,
+/// so that a buffer used for frame after frame pays its page faults once.
+class PixelBuffer {
+public:
+    PixelBuffer() = default;
+    PixelBuffer(const PixelBuffer& other);
+    PixelBuffer(PixelBuffer&& other) noexcept;
+    PixelBuffer& operator=(PixelBuffer other) noexcept;
+    ~PixelBuffer();
+
+    /// Makes size() == bytes. The content is undefined afterwards. Throws std::bad_alloc; the buffer is then empty.
+    void resize(std::size_t bytes);
+
+    std::size_t size() const { return m_size; }
+    std::uint8_t* data() { return m_data; }
+    const std::uint8_t* data() const { return m_data; }
+
+private:
+    std::uint8_t* m_data = nullptr;
+    std::size_t m_size = 0;
+    std::size_t m_capacity = 0;
+};
+
+} // namespace HostImage
