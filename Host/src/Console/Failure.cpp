@@ -1,0 +1,9 @@
+#include "Console/Failure.h"
+
+namespace Host {
+
+Failure::Failure(ExitCode exitCode, const std::string& what) : std::runtime_error(what), m_exitCode(exitCode) {}
+
+Failure::~Failure() = default;
+
+} // namespace Host

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "Console/ExitCode.h"
+
+namespace Host {
+
+/// Ends a command: carries the exit status, and a text for the error stream that says what is wrong and what to do
+/// next.
+class Failure : public std::runtime_error {
+public:
+    Failure(ExitCode exitCode, const std::string& what);
+    ~Failure() override;
+
+    ExitCode exitCode() const noexcept { return m_exitCode; }
+
+private:
+    ExitCode m_exitCode;
+};
+
+} // namespace Host

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace Host {
+
+/// The name of a sequence's files with a place for the frame number, or the name of one file.
+///
+/// | Written         | Digits                                                                |
+/// |-----------------|-----------------------------------------------------------------------|
+/// | `%04d`, `%d`    | at least 4, as many as needed                                         |
+/// | `#`             | at least 4                                                            |
+/// | `##`, `####` …  | at least as many as there are signs, from two on                      |
+/// | `@`, `@@@@` …   | at least as many as there are signs                                   |
+/// | `$F4`, `$F`     | at least 4, as many as needed; accepted for input only                |
+///
+/// A number that is wider than its place is written whole; a negative one counts its sign: -5 at `%04d` is -005. The
+/// place stands in the file's name, not in a folder's, and there is one. A value type.
+class FilePattern {
+public:
+    enum class Use { Input, Output };
+
+    /// Reads a path; throws Failure (WrongUse) for an empty path, a place in a folder's name, two places, or a notation
+    /// that is not accepted for this use.
+    static FilePattern parse(const std::string& path, Use use);
+
+    /// One file without a place for a number, whatever signs its name has.
+    static FilePattern singleFile(const std::string& path);
+
+    /// `prefix` and `suffix` enclose the number in the file's name; `digits` 1 means as many as needed.
+    static FilePattern sequence(const std::string& folder, const std::string& prefix, unsigned int digits,
+                                const std::string& suffix);
+
+    bool hasFrameNumber() const { return m_digits > 0; }
+
+    /// The path of a frame's file; the same for every frame when there is no place for a number.
+    std::string path(std::int32_t frame) const;
+
+    /// The number in a file's name (without its folder), whatever its count of digits; none if the name does not match.
+    std::optional<std::int32_t> frameNumber(const std::string& fileName) const;
+
+    /// Folder as written, "." if none was.
+    const std::string& folder() const { return m_folder; }
+
+    /// Path in the `%04d` notation.
+    std::string string() const;
+
+private:
+    std::string m_directory; ///< as written, with its last "/"; empty if none
+    std::string m_folder;
+    std::string m_prefix;
+    std::string m_suffix;
+    unsigned int m_digits = 0; ///< 0: no place for a number
+};
+
+} // namespace Host
