@@ -1,0 +1,9 @@
+#include "Renderer/OpenCL/DistortionKernel.h"
+
+namespace Renderer {
+
+const char* const distortionKernelSource =
+#include "Renderer/OpenCL/DistortionKernel.cl.inc"
+    ;
+
+} // namespace Renderer

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <CL/cl.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace Renderer {
+
+/// What is known about one OpenCL device when a device is chosen. Name and vendor take no part in the choice.
+struct OpenCLDeviceInfo {
+    cl_device_id id = nullptr;
+    std::string name;
+    std::uint64_t type = 0; ///< bit field CL_DEVICE_TYPE_…
+    std::string vendor;
+    std::uint32_t maxComputeUnits = 0;
+    std::uint32_t maxClockFrequency = 0; ///< MHz
+    std::size_t maxWorkGroupSize = 0;
+    std::uint64_t score = 0; ///< compute units × work-group size × clock frequency
+};
+
+} // namespace Renderer

@@ -1,0 +1,9 @@
+#include "Renderer/OpenCL/ShadingKernel.h"
+
+namespace Renderer {
+
+const char* const shadingKernelSource =
+#include "Renderer/OpenCL/ShadingKernel.cl.inc"
+    ;
+
+} // namespace Renderer
