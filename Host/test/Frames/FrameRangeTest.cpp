@@ -71,6 +71,9 @@ struct Defect {
     std::string reason;
 };
 
+// Names the case in lists of tests.
+std::ostream& operator<<(std::ostream& stream, const Defect& defect) { return stream << '"' << defect.text << '"'; }
+
 class FrameRangeDefect : public testing::TestWithParam<Defect> {};
 
 TEST_P(FrameRangeDefect, IsReportedWithTheOffendingText) {

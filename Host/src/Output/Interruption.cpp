@@ -1,0 +1,42 @@
+#include "Output/Interruption.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+
+#include "Output/AtomicFile.h"
+
+namespace Host {
+namespace {
+
+constinit std::atomic<int> receivedSignal{0};
+
+ExitCode exitCodeFor(int signal) { return signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated; }
+
+void onSignal(int signal) {
+    int expected = 0;
+    if (receivedSignal.compare_exchange_strong(expected, signal)) return;
+    AtomicFile::removeAllNow();
+    _exit(static_cast<int>(exitCodeFor(signal)));
+}
+
+} // namespace
+
+void Interruption::install() {
+    struct sigaction action = {};
+    action.sa_handler = onSignal;
+    action.sa_flags = SA_RESTART; // reads and writes of the frames in flight go on
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    action.sa_handler = SIG_IGN;
+    sigaction(SIGXFSZ, &action, nullptr);
+    sigaction(SIGPIPE, &action, nullptr);
+}
+
+bool Interruption::requested() { return receivedSignal != 0; }
+
+ExitCode Interruption::exitCode() { return exitCodeFor(receivedSignal); }
+
+} // namespace Host

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Console/ExitCode.h"
+
+namespace Host {
+
+/// How the program stops on SIGINT (a person) and SIGTERM (a render farm).
+///
+/// The first signal only sets a flag: the frame loop begins no frame any more, completes those in flight and ends. The
+/// second one stops at once: it removes the temporary files and ends the process with the exit status for that signal.
+/// So no partial file is left in either case. SIGXFSZ and SIGPIPE are ignored: what caused them is then an ordinary
+/// error of a write.
+class Interruption {
+public:
+    /// Takes the four signals over; once, at the start of the program.
+    static void install();
+
+    /// Whether a signal has come; any thread.
+    static bool requested();
+
+    /// Exit status for the signal that came first.
+    static ExitCode exitCode();
+};
+
+} // namespace Host

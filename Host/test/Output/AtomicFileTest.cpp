@@ -1,0 +1,152 @@
+#include "Output/AtomicFile.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "Support/FailureText.h"
+#include "Support/TemporaryFolder.h"
+
+using Host::AtomicFile;
+
+namespace {
+
+std::vector<std::string> namesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+void write(const std::string& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
+
+void makeOld(const std::string& path) {
+    const timespec times[2] = {{1000000000, 0}, {1000000000, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+}
+
+std::string hostName() {
+    char name[65] = {};
+    gethostname(name, 64);
+    return name;
+}
+
+} // namespace
+
+TEST(AtomicFile, AppearsUnderItsNameOnlyWhenCommitted) {
+    TemporaryFolder folder;
+    AtomicFile file(folder.path("f.0001.exr"));
+    write(file.temporaryPath(), "whole");
+    EXPECT_FALSE(std::filesystem::exists(folder.path("f.0001.exr")));
+    file.commit();
+    EXPECT_EQ(folder.text("f.0001.exr"), "whole");
+    EXPECT_EQ(namesIn(folder.path()), (std::vector<std::string>{"f.0001.exr"}));
+}
+
+TEST(AtomicFile, IsHiddenAndKeepsItsExtensionMeanwhile) {
+    TemporaryFolder folder;
+    AtomicFile file(folder.path("f.0001.exr"));
+    EXPECT_EQ(file.temporaryPath(), folder.path(".f.0001." + hostName() + "." + std::to_string(getpid()) + ".tmp.exr"));
+}
+
+TEST(AtomicFile, LeavesNothingWithoutACommit) {
+    TemporaryFolder folder;
+    folder.file("f.exr", "old");
+    {
+        AtomicFile file(folder.path("f.exr"));
+        write(file.temporaryPath(), "half");
+    }
+    EXPECT_EQ(namesIn(folder.path()), (std::vector<std::string>{"f.exr"}));
+    EXPECT_EQ(folder.text("f.exr"), "old");
+}
+
+TEST(AtomicFile, ReplacesAnEarlierFile) {
+    TemporaryFolder folder;
+    folder.file("f.exr", "old");
+    AtomicFile file(folder.path("f.exr"));
+    write(file.temporaryPath(), "new");
+    file.commit();
+    EXPECT_EQ(folder.text("f.exr"), "new");
+}
+
+TEST(AtomicFile, MakesParentFolders) {
+    TemporaryFolder folder;
+    AtomicFile file(folder.path("a/b/f.exr"));
+    write(file.temporaryPath(), "x");
+    file.commit();
+    EXPECT_EQ(folder.text("a/b/f.exr"), "x");
+}
+
+TEST(AtomicFile, RefusesANameThatAFolderHas) {
+    TemporaryFolder folder;
+    std::filesystem::create_directory(folder.path("f.exr"));
+    EXPECT_EQ(failureOf([&] { AtomicFile file(folder.path("f.exr")); }),
+              "4: \"" + folder.path("f.exr") + "\" is a folder; name a file to write.");
+}
+
+TEST(AtomicFile, SaysWhichFolderCouldNotBeMade) {
+    TemporaryFolder folder;
+    folder.file("a", "a file");
+    EXPECT_EQ(failureOf([&] { AtomicFile file(folder.path("a/b/f.exr")); }),
+              "4: Folder \"" + folder.path("a/b") + "\" could not be made: Not a directory.");
+}
+
+TEST(AtomicFile, SaysThatNothingWasWritten) {
+    TemporaryFolder folder;
+    AtomicFile file(folder.path("f.exr"));
+    EXPECT_EQ(failureOf([&] { file.commit(); }),
+              "4: \"" + folder.path("f.exr") + "\" could not be written: No such file or directory.");
+}
+
+TEST(AtomicFile, CutsLongNamesApart) {
+    TemporaryFolder folder;
+    const std::string longName(250, 'n');
+    AtomicFile first(folder.path(longName + "1.a"));
+    AtomicFile second(folder.path(longName + "2.a"));
+    write(first.temporaryPath(), "1");
+    write(second.temporaryPath(), "2");
+    EXPECT_NE(first.temporaryPath(), second.temporaryPath());
+    first.commit();
+    second.commit();
+    EXPECT_EQ(folder.text(longName + "1.a"), "1");
+    EXPECT_EQ(folder.text(longName + "2.a"), "2");
+}
+
+TEST(AtomicFile, RemovesAllOpenOnesWhenTheProcessMustEnd) {
+    TemporaryFolder folder;
+    AtomicFile first(folder.path("1.exr"));
+    AtomicFile second(folder.path("2.exr"));
+    write(first.temporaryPath(), "1");
+    write(second.temporaryPath(), "2");
+    AtomicFile::removeAllNow();
+    EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{});
+    EXPECT_NE(failureOf([&] { first.commit(); }), "no failure");
+}
+
+TEST(AtomicFile, RemovesWhatAKilledProcessOfThisMachineLeft) {
+    TemporaryFolder folder;
+    // Larger than any process number that the kernel gives out.
+    const std::string left = ".f." + hostName() + ".4194305.tmp.exr";
+    folder.file(left);
+    makeOld(folder.path(left));
+    AtomicFile::removeAbandoned(folder.path());
+    EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{});
+}
+
+TEST(AtomicFile, SparesFreshFilesLiveProcessesOtherMachinesAndOtherFiles) {
+    TemporaryFolder folder;
+    const std::string own = std::to_string(getpid());
+    const std::vector<std::string> names = {".f." + hostName() + "." + own + ".tmp.exr", ".f.elsewhere.4194305.tmp.exr",
+                                            ".f." + hostName() + ".4194305x.tmp.exr", ".tmp", "f.tmp.exr"};
+    for (const std::string& name : names) {
+        folder.file(name);
+        makeOld(folder.path(name));
+    }
+    folder.file(".fresh." + hostName() + ".4194305.tmp.exr");
+    AtomicFile::removeAbandoned(folder.path());
+    EXPECT_EQ(namesIn(folder.path()).size(), names.size() + 1);
+}
