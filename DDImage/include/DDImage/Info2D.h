@@ -1,0 +1,27 @@
+#pragma once
+
+#include "DDImage/Box.h"
+#include "DDImage/Format.h"
+#include "DDImage/GeneralInfo.h"
+
+namespace DD {
+namespace Image {
+
+/// Where an image has pixels (it is itself that box) and in which display window they stand. Formats are kept by value.
+class Info2D : public GeneralInfo, public Box {
+public:
+    const Box& box() const { return *this; }
+    void setBox(const Box& box) { set(box); }
+
+    const Format& format() const { return m_format; }
+    void format(const Format& format) { m_format = format; }
+    const Format& full_size_format() const { return m_fullSizeFormat; }
+    void full_size_format(const Format& format) { m_fullSizeFormat = format; }
+
+private:
+    Format m_format;
+    Format m_fullSizeFormat;
+};
+
+} // namespace Image
+} // namespace DD

@@ -1,0 +1,153 @@
+#pragma once
+
+#include "DDImage/Description.h"
+#include "DDImage/Hash.h"
+#include "DDImage/Knobs.h"
+#include "DDImage/MetaData.h"
+#include "DDImage/OutputContext.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace DD {
+namespace Image {
+
+class Graph;
+class Iop;
+class Node;
+
+/// One operation of a node, for one output context. Several ops of one node share its knobs.
+///
+/// Threads: after validation, pixels and metadata may be asked for by several threads at once; abort and error states
+/// may be set and read at any time. Everything else, knobs above all, belongs to one thread.
+class Op {
+public:
+    class Description;
+
+    explicit Op(Node*);
+    Op(const Op&) = delete;
+    Op& operator=(const Op&) = delete;
+    virtual ~Op();
+
+    virtual const char* Class() const = 0;
+    virtual const char* node_help() const = 0;
+
+    /// How many inputs there are: set once, in the constructor, unless minimum and maximum differ.
+    void inputs(int count);
+    int inputs() const { return static_cast<int>(m_inputs.size()); }
+    virtual int minimum_inputs() const { return inputs(); }
+    virtual int maximum_inputs() const { return inputs(); }
+    virtual const char* input_label(int input, char* buffer) const;
+    virtual bool test_input(int input, Op*) const;
+    /// The op that stands in where nothing is wired; may be null.
+    virtual Op* default_input(int input) const;
+    /// The op wired at an input, or its default input; null outside 0 .. inputs() - 1.
+    Op* input(int input) const;
+    /// The op really wired there, or null.
+    Op* node_input(int input) const;
+    void set_input(int input, Op*);
+
+    /// Runs _validate unless that was done since the last change; `for_real` false may do less and is done again later.
+    void validate(bool for_real = true);
+    virtual void force_validate(bool for_real = true);
+    /// Forgets that validation was done.
+    void invalidate() { m_valid = false; }
+
+    /// Adds what the knobs do not tell to the op's hash.
+    virtual void append(Hash&) {}
+    /// The hash of the last evaluation: class, context, inputs, knobs, then append.
+    const Hash& hash() const { return m_hash; }
+
+    /// Metadata of the op's frame: that key or more; a null key is everything. The reference lives until the op is
+    /// evaluated for another frame or other values.
+    const MetaData::Bundle& fetchMetaData(const char* key) { return _fetchMetaData(key); }
+    /// Passes on what input 0 answers.
+    virtual const MetaData::Bundle& _fetchMetaData(const char* key);
+
+    /// True after abort of this op or of one upstream, and when one upstream is in error: there is nothing to work on.
+    /// Stays so until the next evaluation from the top (Graph::validate, Graph::render).
+    bool aborted() const;
+    bool cancelled() const { return aborted(); }
+    void abort() const { m_aborted = true; }
+
+    /// Puts the op into error, with a printf-style text that replaces an earlier one, until the next evaluation from
+    /// the top.
+    void error(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    /// True if this op or one upstream is in error.
+    bool hasError() const;
+
+    /// The node's knob of that name, or null.
+    Knob* knob(const char* name) const;
+    virtual void knobs(Knob_Callback) {}
+    /// Called after a user's change of a knob. 0: no further calls for that knob.
+    virtual int knob_changed(Knob*) { return 0; }
+    /// Called while the panel is open. False: no further calls.
+    virtual bool updateUI(const OutputContext&) { return false; }
+
+    const OutputContext& outputContext() const { return m_context; }
+    /// The node's first op.
+    Op* firstOp();
+
+protected:
+    /// Validates the wired inputs.
+    virtual void _validate(bool for_real);
+
+private:
+    friend class Graph;
+
+    // Of a node's own for an op that is made without one.
+    std::unique_ptr<Node> m_ownNode;
+    Node* m_node;
+    std::vector<Op*> m_inputs;
+    OutputContext m_context;
+    Hash m_hash;
+    std::recursive_mutex m_validation;
+    std::atomic<bool> m_valid{false};
+    bool m_validating = false;
+    mutable std::atomic<bool> m_aborted{false};
+    std::atomic<bool> m_failed{false};
+    mutable std::mutex m_errorAccess;
+    std::string m_error;
+};
+
+/// Registers a class of ops: constructing a static object of it is the whole registration.
+class Op::Description : public DD::Image::Description {
+protected:
+    typedef Op* (*OpConstructor)(Node*);
+    typedef Iop* (*IopConstructor)(Node*);
+    typedef void (*NodeBuilder)(Node*);
+
+public:
+    const char* name;
+
+    Description(const char* className, OpConstructor c, License* l = nullptr) : name(className), m_op(c) {
+        license = l;
+        ctor(add);
+    }
+    /// The node builder is not used.
+    Description(const char* className, OpConstructor c, NodeBuilder) : name(className), m_op(c) { ctor(add); }
+    /// The menu text is not used.
+    Description(const char* className, const char*, OpConstructor c) : name(className), m_op(c) { ctor(add); }
+    Description(const char* className, const char*, IopConstructor c) : name(className), m_iop(c) { ctor(add); }
+
+    /// Makes an op of the class.
+    Op* constructor(Node*) const;
+
+    /// The i-th class registered, from 0; null past the last.
+    static const Description* find(int i);
+    /// The class of that name, the first one registered; null if there is none.
+    static const Description* find(const char* className);
+
+protected:
+    static void add(DD::Image::Description*);
+
+private:
+    OpConstructor m_op = nullptr;
+    IopConstructor m_iop = nullptr;
+};
+
+} // namespace Image
+} // namespace DD

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "DDImage/ImagePlane.h"
+#include "DDImage/Iop.h"
+#include "DDImage/PlanarI.h"
+#include "DDImage/RequestOutput.h"
+
+namespace DD {
+namespace Image {
+
+/// An image op that renders planes. There is one stripe, the whole box of info().
+///
+/// renderStripe is called once per layer (see Substitute/Layers.h), with at most four channels, for the whole box. The
+/// caller's own plane is handed over when it has that box, those channels and the packing asked for; otherwise a plane
+/// of that shape, whose pixels are copied over after. renderStripe may run on several threads at once.
+class PlanarIop : public Iop, public PlanarI {
+public:
+    explicit PlanarIop(Node*);
+
+    virtual void renderStripe(ImagePlane& plane) = 0;
+    /// What is needed from the inputs for that box: by itself the same from input 0.
+    virtual void getRequests(const Box& box, const ChannelSet& channels, int count, RequestOutput& reqData) const;
+    PackedPreference packedPreference() const override;
+    /// True: never handed a part of a layer's channels.
+    virtual bool renderFullPlanes() const;
+
+    std::size_t getStripeCount() const override;
+    Box getStripeBox(int stripe) const override;
+    std::size_t rowToStripeIndex(int y) const override;
+    PlanarI* getPlanarI() override;
+
+    Box expandToFullTiles(const Box&) const;
+    /// The same channels and all others of their layers that this op has.
+    ChannelSet expandChannelsToFullPlanes(const ChannelSet&);
+
+protected:
+    void _request(int x, int y, int r, int t, ChannelMask, int count) final;
+    void doFetchPlane(ImagePlane&) override;
+};
+
+} // namespace Image
+} // namespace DD

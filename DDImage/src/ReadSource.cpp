@@ -1,0 +1,9 @@
+#include "DDImage/Substitute/ReadSource.h"
+
+namespace DD {
+namespace Image {
+
+ReadSource::~ReadSource() = default;
+
+} // namespace Image
+} // namespace DD

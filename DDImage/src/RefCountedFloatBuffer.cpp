@@ -1,0 +1,78 @@
+#include "DDImage/RefCountedFloatBuffer.h"
+
+#include <sys/mman.h>
+
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+namespace DD {
+namespace Image {
+
+namespace {
+
+constexpr std::size_t hugePage = std::size_t{2} << 20;
+
+// Fresh memory comes zeroed from the system; large pages make its first use several times faster.
+float* allocateZeroed(std::size_t bytes) {
+    void* const memory = std::calloc(bytes, 1);
+    if (!memory) throw std::bad_alloc();
+    const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(memory) + hugePage - 1) / hugePage * hugePage;
+    const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) / hugePage * hugePage;
+    // Only advice: where the system refuses, small pages serve.
+    if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+    return static_cast<float*>(memory);
+}
+
+} // namespace
+
+struct RefCountedFloatBuffer::Block {
+    float* floats;
+    std::size_t bytes;
+    std::atomic<int> users{1};
+};
+
+RefCountedFloatBuffer::RefCountedFloatBuffer(const RefCountedFloatBuffer& other) : m_block(other.m_block) {
+    if (m_block) m_block->users.fetch_add(1, std::memory_order_relaxed);
+}
+
+RefCountedFloatBuffer& RefCountedFloatBuffer::operator=(const RefCountedFloatBuffer& other) {
+    return *this = RefCountedFloatBuffer(other);
+}
+
+RefCountedFloatBuffer::RefCountedFloatBuffer(RefCountedFloatBuffer&& other) noexcept
+    : m_block(std::exchange(other.m_block, nullptr)) {}
+
+RefCountedFloatBuffer& RefCountedFloatBuffer::operator=(RefCountedFloatBuffer&& other) noexcept {
+    std::swap(m_block, other.m_block);
+    return *this;
+}
+
+RefCountedFloatBuffer RefCountedFloatBuffer::allocate(const Box& box, int nComps, int, int, int) {
+    const std::size_t bytes = static_cast<std::size_t>(box.w()) * static_cast<std::size_t>(box.h()) *
+                              static_cast<std::size_t>(nComps) * sizeof(float);
+    RefCountedFloatBuffer buffer;
+    buffer.m_block = new Block{nullptr, bytes};
+    buffer.m_block->floats = allocateZeroed(bytes);
+    return buffer;
+}
+
+std::size_t RefCountedFloatBuffer::usage() const { return m_block ? m_block->bytes : 0; }
+
+// Acquire: who finds itself alone may write, and then follows what earlier users read.
+int RefCountedFloatBuffer::refCount() const { return m_block ? m_block->users.load(std::memory_order_acquire) : 0; }
+
+void RefCountedFloatBuffer::reset() {
+    if (m_block && m_block->users.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        std::free(m_block->floats);
+        delete m_block;
+    }
+    m_block = nullptr;
+}
+
+float* RefCountedFloatBuffer::data() const { return m_block ? m_block->floats : nullptr; }
+
+} // namespace Image
+} // namespace DD
