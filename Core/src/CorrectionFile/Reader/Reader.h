@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+namespace CorrectionFile {
+
+/// Reads a correction file's bytes as they are, without decoding. Stateless; any thread may use it.
+class Reader {
+public:
+    /// Reads the whole file into the text.
+    ///
+    /// Throws NotReadableException if the path names no regular file (a directory, a pipe or a device is refused
+    /// without waiting for it), if it cannot be opened, if it is larger than 1 GiB, or if it delivers fewer bytes than
+    /// its size; the text is untouched then.
+    void readFile(const std::string& path, std::string& text) const;
+};
+
+} // namespace CorrectionFile
