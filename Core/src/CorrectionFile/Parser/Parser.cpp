@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <boost/lexical_cast/bad_lexical_cast.hpp>
-#include <boost/throw_exception.hpp>
-#include <cmath>
 #include <optional>
 #include <string_view>
 #include <utility>
-#include <vector>
 
+#include "CorrectionFile/Parser/FrameLine.h"
+#include "CorrectionFile/Parser/HeaderLine.h"
 #include "CorrectionFile/Parser/InvalidFormatException.h"
 #include "CorrectionFile/Parser/LineStream.h"
 #include "Text/StrictConversion.h"
@@ -21,36 +19,6 @@ namespace {
 using CorrectionData::Content;
 using CorrectionData::Frame;
 using CorrectionData::Header;
-
-// In the order in which they are checked.
-constexpr std::array<std::string_view, 19> mandatoryHeaderKeys = {"lensManufacturer",
-                                                                  "lensTypeName",
-                                                                  "lensSerialNumber",
-                                                                  "lensMinFocalLength",
-                                                                  "lensMaxFocalLength",
-                                                                  "cameraManufacturer",
-                                                                  "cameraModel",
-                                                                  "sensorWidth",
-                                                                  "clipName",
-                                                                  "videoFileName",
-                                                                  "clipDurationFrames",
-                                                                  "clipWidth",
-                                                                  "clipHeight",
-                                                                  "tcFps",
-                                                                  "tcDrop",
-                                                                  "enableLensShadingCorrection",
-                                                                  "shadingGamma",
-                                                                  "enableLensDistortionCorrection",
-                                                                  "distortionZoom"};
-
-constexpr std::size_t version3HeightCount = 7;
-constexpr std::array<std::string_view, 6> version2Heights = {"0.0", "5.0", "10.0", "15.0", "18.0", "21.4"};
-
-// The first pieces of a column, and how many pieces there are (not counted beyond one too many).
-struct Pieces {
-    std::array<std::string_view, version3HeightCount> values;
-    std::size_t count = 0;
-};
 
 class HeaderEntries {
 public:
@@ -90,8 +58,6 @@ private:
     std::array<std::optional<std::string>, mandatoryHeaderKeys.size()> m_values;
 };
 
-bool beginsWith(std::string_view line, std::string_view prefix) { return line.substr(0, prefix.size()) == prefix; }
-
 void skipUntilHeaderStart(LineStream& stream) {
     std::string_view line;
     while (getLine(stream, line)) {
@@ -101,17 +67,15 @@ void skipUntilHeaderStart(LineStream& stream) {
 }
 
 HeaderEntries readHeaderEntries(LineStream& stream) {
-    constexpr std::string_view separator = ":=";
     HeaderEntries entries;
     std::string_view line;
     while (getLine(stream, line)) {
         if (line == "HEADER_END") return entries;
         if (line.empty()) continue;
-        const std::size_t keyEnd = line.find(separator);
-        const bool hasTwoPieces = keyEnd != std::string_view::npos &&
-                                  line.find(separator, keyEnd + separator.size()) == std::string_view::npos;
-        if (!hasTwoPieces) throw InvalidFormatException(stream.lineNumber, std::string(line));
-        entries.addIfNew(line.substr(0, keyEnd), line.substr(keyEnd + separator.size()));
+        std::string_view key;
+        std::string_view value;
+        if (!splitHeaderLine(line, key, value)) throw InvalidFormatException(stream.lineNumber, std::string(line));
+        entries.addIfNew(key, value);
     }
     throw InvalidFormatException("Header end could not be found.");
 }
@@ -146,105 +110,6 @@ Header convertedHeader(const HeaderEntries& entries) {
     return header;
 }
 
-// Reads up to and including the version line.
-bool readIsVersion3(LineStream& stream) {
-    std::string_view line;
-    while (getLine(stream, line)) {
-        if (!beginsWith(line, "# OLCF Version ")) continue;
-        if (line == "# OLCF Version 2") return false;
-        if (line == "# OLCF Version 3") return true;
-        throw InvalidFormatException("Version is not supported.");
-    }
-    throw InvalidFormatException("Version could not be found.");
-}
-
-void skipUntilBodyStart(LineStream& stream) {
-    std::string_view line;
-    while (getLine(stream, line)) {
-        if (beginsWith(line, "frame;")) return;
-    }
-    throw InvalidFormatException("Body start could not be found.");
-}
-
-template <typename Number>
-Number convertedOrBadCast(std::string_view text) {
-    Number number{};
-    if (!Text::convertStrictly(text, number)) {
-        boost::throw_exception(boost::bad_lexical_cast(typeid(std::string), typeid(Number)));
-    }
-    return number;
-}
-
-// Splits a line's leading columns. False if the line has fewer.
-template <std::size_t Count>
-bool splitColumns(std::string_view line, std::array<std::string_view, Count>& columns, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t end = line.find(';');
-        columns[i] = line.substr(0, end);
-        if (end == std::string_view::npos) return i + 1 == count;
-        line.remove_prefix(end + 1);
-    }
-    return true;
-}
-
-Pieces splitAtCommas(std::string_view column) {
-    Pieces pieces;
-    for (;;) {
-        const std::size_t end = column.find(',');
-        if (pieces.count < pieces.values.size()) pieces.values[pieces.count] = column.substr(0, end);
-        ++pieces.count;
-        if (end == std::string_view::npos || pieces.count > pieces.values.size()) return pieces;
-        column.remove_prefix(end + 1);
-    }
-}
-
-std::vector<float> convertedValues(const Pieces& pieces) {
-    std::vector<float> values;
-    values.reserve(pieces.count);
-    for (std::size_t i = 0; i < pieces.count; ++i) values.push_back(convertedOrBadCast<float>(pieces.values[i]));
-    return values;
-}
-
-// Written so that not-a-number is out of range.
-bool areWithin(const std::vector<float>& values, float lowest, float highest) {
-    return std::all_of(values.begin(), values.end(), [&](float value) { return value >= lowest && value <= highest; });
-}
-
-// False if the line is invalid; throws the conversion's error if a number is none.
-bool parseFrame(std::string_view line, bool isVersion3, Frame& frame) {
-    const std::size_t shadingColumn = isVersion3 ? 2 : 1;
-    const std::size_t timecodeColumn = isVersion3 ? 9 : 8;
-    std::array<std::string_view, 10> columns;
-    if (!splitColumns(line, columns, timecodeColumn + 1)) return false;
-
-    frame.frameNumber = convertedOrBadCast<std::int32_t>(columns[0]);
-    if (frame.frameNumber < 0) return false;
-
-    Pieces heights;
-    if (isVersion3) {
-        heights = splitAtCommas(columns[1]);
-        if (heights.count != version3HeightCount) return false;
-    } else {
-        std::copy(version2Heights.begin(), version2Heights.end(), heights.values.begin());
-        heights.count = version2Heights.size();
-    }
-    const Pieces shading = splitAtCommas(columns[shadingColumn]);
-    if (shading.count != heights.count) return false;
-    const Pieces radialDistortion = splitAtCommas(columns[shadingColumn + 1]);
-    if (radialDistortion.count != heights.count) return false;
-
-    frame.heights = convertedValues(heights);
-    frame.shading = convertedValues(shading);
-    frame.radialDistortion = convertedValues(radialDistortion);
-    const bool isInRange = areWithin(frame.heights, 0.0f, 100.0f) && areWithin(frame.shading, 0.0f, 100.0f) &&
-                           areWithin(frame.radialDistortion, -100.0f, 100.0f);
-    if (!isInRange) return false;
-
-    frame.timecode = columns[timecodeColumn];
-    std::replace(frame.timecode.begin(), frame.timecode.end(), '.', ':');
-    return true;
-}
-
 } // namespace
 
 void Parser::parse(const std::string& text, Content& content) const {
@@ -264,15 +129,15 @@ void Parser::parseHeader(const std::string& text, Header& header) const {
 
 void Parser::parseBody(const std::string& text, std::map<std::uint32_t, Frame>& frames) const {
     LineStream stream(text);
-    const bool isVersion3 = readIsVersion3(stream);
-    skipUntilBodyStart(stream);
+    const bool isVersion3 = readUntilFrameLines(stream);
 
     std::map<std::uint32_t, Frame> parsed;
     std::string_view line;
     while (getLine(stream, line)) {
         if (line.empty()) continue;
         Frame frame;
-        if (!parseFrame(line, isVersion3, frame)) throw InvalidFormatException(stream.lineNumber, std::string(line));
+        if (!parseFrameLine(line, isVersion3, frame))
+            throw InvalidFormatException(stream.lineNumber, std::string(line));
         // Frames mostly come in ascending order: the hint makes their insertion constant in time.
         const auto frameNumber = static_cast<std::uint32_t>(frame.frameNumber);
         parsed.insert_or_assign(parsed.end(), frameNumber, std::move(frame));
