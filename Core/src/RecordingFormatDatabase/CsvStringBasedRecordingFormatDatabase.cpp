@@ -2,15 +2,15 @@
 
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
-#include <boost/lexical_cast.hpp>
+#include <boost/lexical_cast/bad_lexical_cast.hpp>
 #include <cmath>
 #include <iterator>
-#include <locale>
-#include <sstream>
+#include <typeinfo>
 
 #include "Exception/Assert.h"
 #include "RecordingFormatDatabase/CameraManufacturerModelMismatchException.h"
 #include "RecordingFormatDatabase/CameraManufacturerNotFoundException.h"
+#include "Text/StrictConversion.h"
 
 namespace RecordingFormatDatabase {
 
@@ -20,15 +20,11 @@ const char* const recordingFormatsCsvStringArray[2804] = {
 
 namespace {
 
-// boost::lexical_cast reads floats by the global locale, which may have a decimal comma.
-float millimetres(const std::string& text) {
-    std::istringstream stream(text);
-    stream.imbue(std::locale::classic());
-    float value = 0.0f;
-    if (!(stream >> std::noskipws >> value) || stream.peek() != std::istringstream::traits_type::eof()) {
-        throw boost::bad_lexical_cast(typeid(std::string), typeid(float));
-    }
-    return value;
+template <typename Number>
+Number converted(const std::string& text) {
+    Number number = 0;
+    if (!Text::convertStrictly(text, number)) throw boost::bad_lexical_cast(typeid(std::string), typeid(Number));
+    return number;
 }
 
 float halfDiagonal(float width, float height) {
@@ -53,10 +49,10 @@ CsvStringBasedRecordingFormatDatabase::CsvStringBasedRecordingFormatDatabase(con
         boost::split(parts, std::string(rows[row]), boost::is_any_of(";"));
         ORVEX_ASSERT(parts.size() == 8);
         RecordingFormat format;
-        format.imageAreaWidth = millimetres(parts[4]);
-        format.imageAreaHeight = millimetres(parts[5]);
-        format.clipResolutionWidth = boost::lexical_cast<std::uint32_t>(parts[6]);
-        format.clipResolutionHeight = boost::lexical_cast<std::uint32_t>(parts[7]);
+        format.imageAreaWidth = converted<float>(parts[4]);
+        format.imageAreaHeight = converted<float>(parts[5]);
+        format.clipResolutionWidth = converted<std::uint32_t>(parts[6]);
+        format.clipResolutionHeight = converted<std::uint32_t>(parts[7]);
         format.imageRadius = halfDiagonal(format.imageAreaWidth, format.imageAreaHeight);
         m_formats[parts[0]][parts[1]][parts[3]] = format;
     }
