@@ -1,0 +1,7 @@
+#include "CorrectionData/Container/Container.h"
+
+namespace CorrectionData {
+
+Container::~Container() = default;
+
+} // namespace CorrectionData

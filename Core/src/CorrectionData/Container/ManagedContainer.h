@@ -1,0 +1,59 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "CorrectionData/Container/Container.h"
+#include "CorrectionData/Container/ManagedContainerDataSource.h"
+
+namespace CorrectionData {
+
+/// The correction data of one clip, fetched when first asked for. Made from the clip's path, from the clip's name and
+/// its correction file's path, or from the JSON text that a frame carries.
+///
+/// Content of a file belongs to the data source and is held weakly: when the data source drops it, the next question
+/// fetches it again. A JSON text is parsed once and kept; it answers every frame number and timecode.
+/// Threads: a JSON container may be used by several; the others by one at a time, since data sources have no lock.
+class ManagedContainer : public Container {
+public:
+    /// No argument may be empty; that is a programming error.
+    ManagedContainer(const std::string& clipFilePath, std::shared_ptr<ManagedContainerDataSource> dataSource);
+    ManagedContainer(const std::string& clipFileName, const std::string& correctionFilePath,
+                     std::shared_ptr<ManagedContainerDataSource> dataSource);
+    explicit ManagedContainer(const std::string& frameMetadataJSONString);
+    ~ManagedContainer() override;
+
+    /// Throws DataNotAvailableException, its reason the brief text of what went wrong below. Failures of other kinds
+    /// (a value in the file that is no number, a file system error) pass through.
+    void headerData(Header& header) override;
+
+    /// The record of the greatest stored frame number that is not above the requested one: of the frames 10, 20 and 30,
+    /// 25 gets 20's and 35 gets 30's. Throws as headerData does, and for a number before the first stored one.
+    void frameData(unsigned int frameNumber, Frame& frame) override;
+
+    /// The record of the frame that lies as far behind the first stored frame as the timecode lies behind that frame's,
+    /// looked up by the number operation. Throws as that does, for a timecode before the first frame's likewise, and
+    /// Timecode::InvalidTimecodeException if the first stored frame's timecode is none.
+    void frameData(Timecode::Timecode timecode, Frame& frame) override;
+
+private:
+    std::shared_ptr<const Content> sharedContent();
+    std::pair<Header, Frame> jsonData();
+    [[noreturn]] void throwException(const std::string& reason) const;
+    [[noreturn]] void throwException(const std::string& reason, unsigned int frameNumber) const;
+    [[noreturn]] void throwException(const std::string& reason, const Timecode::Timecode& timecode) const;
+
+    const std::string m_clipFilePath;
+    const std::string m_clipFileName;
+    const std::string m_correctionFilePath;
+    const std::string m_frameMetadataJSONString;
+    const std::shared_ptr<ManagedContainerDataSource> m_dataSource;
+    std::weak_ptr<const Content> m_content;
+    std::mutex m_jsonMutex;
+    std::optional<std::pair<Header, Frame>> m_jsonData; ///< empty until the text was parsed
+};
+
+} // namespace CorrectionData

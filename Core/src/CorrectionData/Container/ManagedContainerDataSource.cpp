@@ -1,0 +1,7 @@
+#include "CorrectionData/Container/ManagedContainerDataSource.h"
+
+namespace CorrectionData {
+
+ManagedContainerDataSource::~ManagedContainerDataSource() = default;
+
+} // namespace CorrectionData
