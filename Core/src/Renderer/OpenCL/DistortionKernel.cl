@@ -1,94 +1,160 @@
-// Removes or applies radial lens distortion; see DistortionRenderer.h.
+// Removes or applies radial lens distortion on a whole RGBA float frame; see DistortionRenderer.h for the contract.
+//
+// Work-item i renders pixel (i mod currentWidth, i div currentWidth); about fifteen of sixteen launched items lie
+// beyond the last pixel. A frame has fewer than 2^31 pixels, so pixels fit an int, while launched items need a size_t.
+//
+// The shape serves compilers that run a work-group as a loop on a processor and turn a loop into vector instructions
+// only if it is free of branches, library calls, integer divisions and gathered loads:
+// - groups beyond the picture leave at once, before any other work;
+// - all positions of a group come first (plain float arithmetic, no branch), all reads of pixels after a barrier;
+// - the positions cross the barrier in local memory, for a value merely kept would be computed again behind it;
+// - no item returns after the group's common exit: some runtimes corrupt memory when items leave beside a barrier.
+// Powers are written as products, in the order of summation that the results are defined by.
+
+// The argument lists are those of the renderers; not every kernel reads every argument.
+#pragma clang diagnostic ignored "-Wunused-parameter"
+
+// Items of a group whose positions fit local memory; any further ones work without. Graphics processors run groups of
+// at most 1024 items, and want local memory left for other groups.
+#if defined(__x86_64__) || defined(__aarch64__)
+#define POSITION_CAPACITY 4096
+#else
+#define POSITION_CAPACITY 1024
+#endif
 
 float sextic(float x, float a0, float a1, float a2, float a3, float a4, float a5, float a6) {
     return a0 + a1 * x + a2 * x * x + a3 * x * x * x + a4 * x * x * x * x + a5 * x * x * x * x * x +
            a6 * x * x * x * x * x * x;
 }
 
-float2 centerOfFrame(float width, float height) { return (float2)(width / 2.0f - 0.5f, height / 2.0f - 0.5f); }
-
-// In mm from the centre of the sensor's image area.
-float distanceFromCenter(float x, float y, float width, float height, float imageRadius) {
-    const float2 center = centerOfFrame(width, height);
-    const float distance = sqrt(pow(x - center.x, 2.0f) + pow(y - center.y, 2.0f));
-    const float halfDiagonal = sqrt(pow(width, 2.0f) + pow(height, 2.0f)) / 2.0f;
-    return distance / halfDiagonal * imageRadius;
+bool groupIsBeyondPicture(uint width, uint height) {
+    return get_group_id(0) * get_local_size(0) >= (size_t)width * height;
 }
 
-typedef struct {
-    int x;
-    int y;
-    float weight;
-} Tap;
+int firstItemOfGroup(void) { return (int)(get_group_id(0) * get_local_size(0)); }
 
-// Fills up to four taps; answers how many.
-int amountForNearestNeighbors(float x, float y, Tap* taps) {
-    const bool xIsFractional = fmod(x, 1.0f) != 0.0f;
-    const bool yIsFractional = fmod(y, 1.0f) != 0.0f;
-    if (!xIsFractional && !yIsFractional) {
-        taps[0] = (Tap){(int)x, (int)y, 1.0f};
-        return 1;
-    }
-    if (!yIsFractional) {
-        taps[0] = (Tap){(int)floor(x), (int)y, ceil(x) - x};
-        taps[1] = (Tap){(int)ceil(x), (int)y, x - floor(x)};
-        return 2;
-    }
-    if (!xIsFractional) {
-        taps[0] = (Tap){(int)x, (int)ceil(y), y - floor(y)};
-        taps[1] = (Tap){(int)x, (int)floor(y), ceil(y) - y};
-        return 2;
-    }
-    taps[0] = (Tap){(int)floor(x), (int)ceil(y), (ceil(x) - x) * (y - floor(y))};
-    taps[1] = (Tap){(int)ceil(x), (int)ceil(y), (x - floor(x)) * (y - floor(y))};
-    taps[2] = (Tap){(int)floor(x), (int)floor(y), (ceil(x) - x) * (ceil(y) - y)};
-    taps[3] = (Tap){(int)ceil(x), (int)floor(y), (x - floor(x)) * (ceil(y) - y)};
-    return 4;
+// The pixel of a group's item, right for items beyond the picture's end too. One integer division per group; the small
+// rest divides in float, exact to one row, and is then put right.
+int2 pixelOfItem(int firstItem, int item, int width) {
+    const int firstRow = firstItem / width;
+    const int column = firstItem - firstRow * width + item;
+    const int rows = (int)((float)column * (1.0f / (float)width));
+    int x = column - rows * width;
+    int y = firstRow + rows;
+    y -= x < 0 ? 1 : 0;
+    x += x < 0 ? width : 0;
+    y += x >= width ? 1 : 0;
+    x -= x >= width ? width : 0;
+    return (int2)(x, y);
 }
 
-float4 sample(global const float* input, float x, float y, int width, int height) {
-    Tap taps[4];
-    const int count = amountForNearestNeighbors(x, y, taps);
-    float4 sum = (float4)(0.0f, 0.0f, 0.0f, 0.0f);
-    for (int i = 0; i < count; i++) {
-        const Tap tap = taps[i];
-        if (tap.x < 0 || tap.x >= width || tap.y < 0 || tap.y >= height) continue;
-        const size_t index = ((size_t)tap.y * width + tap.x) * 4;
-        sum += tap.weight * (float4)(input[index], input[index + 1], input[index + 2], input[index + 3]);
+// Limits a coordinate to -2 … length, where it samples nothing, before anything converts it to an integer. Not-a-number
+// becomes -2, so a pixel without a position is (0, 0, 0, 0).
+float limitedCoordinate(float value, float length) {
+    const float limited = value > -2.0f ? value : -2.0f;
+    return limited < length ? limited : length;
+}
+
+// Where in the source the output pixel (x, y) comes from, in px.
+float2 sourcePosition(int2 pixel, float width, float height, float imageRadius, float a0, float a1, float a2, float a3,
+                      float a4, float a5, float a6) {
+    const float centerX = width / 2.0f - 0.5f;
+    const float centerY = height / 2.0f - 0.5f;
+    const float fromCenterX = (float)pixel.x - centerX;
+    const float fromCenterY = (float)pixel.y - centerY;
+
+    // Squares stand alone: within one expression they could be fused with the addition and be rounded differently.
+    const float squareX = fromCenterX * fromCenterX;
+    const float squareY = fromCenterY * fromCenterY;
+    const float squareWidth = width * width;
+    const float squareHeight = height * height;
+    const float halfDiagonal = sqrt(squareWidth + squareHeight) / 2.0f;
+    const float distance = sqrt(squareX + squareY) / halfDiagonal * imageRadius; // mm
+
+    const float sourceDistance = sextic(distance, a0, a1, a2, a3, a4, a5, a6); // mm
+    const float factor = distance > 0.0f ? sourceDistance / distance : 1.0f;
+    return (float2)(limitedCoordinate(centerX + fromCenterX * factor, width),
+                    limitedCoordinate(centerY + fromCenterY * factor, height));
+}
+
+// Bilinear. Taps outside the picture are dropped without sharing out their weight, so the picture fades to
+// (0, 0, 0, 0) over one pixel. Taps of weight 0 are not read: 0 times infinity must not reach the sum.
+float4 sample(global const float4* input, int width, int height, float2 position) {
+    // floor by conversion; a library call would cost more than the rest.
+    int left = (int)position.x;
+    int top = (int)position.y;
+    left -= (float)left > position.x ? 1 : 0;
+    top -= (float)top > position.y ? 1 : 0;
+    const float rightWeight = position.x - (float)left;
+    const float leftWeight = ((float)left + 1.0f) - position.x;
+    const float bottomWeight = position.y - (float)top;
+    const float topWeight = ((float)top + 1.0f) - position.y;
+
+    float4 sum = (float4)(0.0f);
+    // As unsigned numbers, coordinates left of or above the picture are large, so one comparison tests both ends.
+    const bool isInside = (uint)left < (uint)(width - 1) && (uint)top < (uint)(height - 1);
+    if (isInside && rightWeight * bottomWeight != 0.0f) {
+        global const float4* topRow = input + ((size_t)top * (size_t)width + (size_t)left);
+        global const float4* bottomRow = topRow + width;
+        sum += (leftWeight * bottomWeight) * bottomRow[0];
+        sum += (rightWeight * bottomWeight) * bottomRow[1];
+        sum += (leftWeight * topWeight) * topRow[0];
+        sum += (rightWeight * topWeight) * topRow[1];
+        return sum;
     }
+    const bool usesLeft = left >= 0 && left < width;
+    const bool usesRight = rightWeight != 0.0f && left + 1 >= 0 && left + 1 < width;
+    const bool usesTop = top >= 0 && top < height;
+    const bool usesBottom = bottomWeight != 0.0f && top + 1 >= 0 && top + 1 < height;
+    const long topLeft = (long)top * width + left;
+    if (usesLeft && usesBottom) sum += (leftWeight * bottomWeight) * input[topLeft + width];
+    if (usesRight && usesBottom) sum += (rightWeight * bottomWeight) * input[topLeft + width + 1];
+    if (usesLeft && usesTop) sum += (leftWeight * topWeight) * input[topLeft];
+    if (usesRight && usesTop) sum += (rightWeight * topWeight) * input[topLeft + 1];
     return sum;
 }
 
-kernel void distortion(global const float* input, global float* output, unsigned int currentWidth,
-                       unsigned int currentHeight, unsigned int originalWidth, unsigned int originalHeight,
-                       float imageRadius, float a0, float a1, float a2, float a3, float a4, float a5, float a6) {
-    const size_t i = get_global_id(0);
-    const size_t x = i % currentWidth;
-    const size_t y = i / currentWidth;
-    if (x >= currentWidth || y >= currentHeight) return;
+// Writes the corrected image. Sizes in px, imageRadius in mm: the distance from the centre that half the frame's
+// diagonal stands for. a0 … a6: the distance in the source, in mm, by powers of the distance in the output, in mm.
+kernel void distortion(global const float4* restrict input, global float4* restrict output, uint currentWidth,
+                       uint currentHeight, uint originalWidth, uint originalHeight, float imageRadius, float a0,
+                       float a1, float a2, float a3, float a4, float a5, float a6) {
+    local float positionsX[POSITION_CAPACITY];
+    local float positionsY[POSITION_CAPACITY];
+    if (groupIsBeyondPicture(currentWidth, currentHeight)) return;
 
-    const float d = distanceFromCenter(x, y, currentWidth, currentHeight, imageRadius);
-    const float oldDistance = sextic(d, a0, a1, a2, a3, a4, a5, a6);
-    const float factor = d > 0.0f ? oldDistance / d : 1.0f;
-    const float2 center = centerOfFrame(currentWidth, currentHeight);
-    const float4 pixel = sample(input, center.x + ((float)x - center.x) * factor,
-                                center.y + ((float)y - center.y) * factor, currentWidth, currentHeight);
-    output[i * 4 + 0] = pixel.x;
-    output[i * 4 + 1] = pixel.y;
-    output[i * 4 + 2] = pixel.z;
-    output[i * 4 + 3] = pixel.w;
+    const int width = (int)currentWidth;
+    const int height = (int)currentHeight;
+    const int firstItem = firstItemOfGroup();
+    const int item = (int)get_local_id(0);
+    if (item < POSITION_CAPACITY) {
+        const float2 position = sourcePosition(pixelOfItem(firstItem, item, width), (float)width, (float)height,
+                                               imageRadius, a0, a1, a2, a3, a4, a5, a6);
+        positionsX[item] = position.x;
+        positionsY[item] = position.y;
+    }
+    barrier(CLK_LOCAL_MEM_FENCE);
+    if ((size_t)(firstItem + item) < (size_t)currentWidth * currentHeight) {
+        float2 position;
+        if (item < POSITION_CAPACITY)
+            position = (float2)(positionsX[item], positionsY[item]);
+        else
+            position = sourcePosition(pixelOfItem(firstItem, item, width), (float)width, (float)height, imageRadius, a0,
+                                      a1, a2, a3, a4, a5, a6);
+        output[firstItem + item] = sample(input, width, height, position);
+    }
 }
 
-kernel void distortionMap(global float* output, unsigned int currentWidth, unsigned int currentHeight,
-                          unsigned int originalWidth, unsigned int originalHeight, float imageRadius, float a0,
-                          float a1, float a2, float a3, float a4, float a5, float a6, unsigned char reverse) {
-    const size_t i = get_global_id(0);
-    const size_t x = i % currentWidth;
-    const size_t y = i / currentWidth;
-    if (x >= currentWidth || y >= currentHeight) return;
+// Writes the identity coordinate map of the frame: (x ÷ width, y ÷ height, 0, 1), whatever the other arguments say.
+kernel void distortionMap(global float4* restrict output, uint currentWidth, uint currentHeight, uint originalWidth,
+                          uint originalHeight, float imageRadius, float a0, float a1, float a2, float a3, float a4,
+                          float a5, float a6, uchar reverse) {
+    if (groupIsBeyondPicture(currentWidth, currentHeight)) return;
 
-    output[i * 4 + 0] = (float)x / (float)currentWidth;
-    output[i * 4 + 1] = (float)y / (float)currentHeight;
-    output[i * 4 + 2] = 0.0f;
-    output[i * 4 + 3] = 1.0f;
+    const int firstItem = firstItemOfGroup();
+    const int item = (int)get_local_id(0);
+    const int2 pixel = pixelOfItem(firstItem, item, (int)currentWidth);
+    if ((size_t)(firstItem + item) < (size_t)currentWidth * currentHeight)
+        output[firstItem + item] =
+            (float4)((float)pixel.x / (float)currentWidth, (float)pixel.y / (float)currentHeight, 0.0f, 1.0f);
 }

@@ -1,57 +1,116 @@
-// Removes or adds lens shading; see ShadingRenderer.h.
+// Removes or adds lens shading on a whole RGBA float frame; see ShadingRenderer.h for the contract.
+//
+// Work-item i renders pixel (i mod currentWidth, i div currentWidth); about fifteen of sixteen launched items lie
+// beyond the last pixel. A frame has fewer than 2^31 pixels, so pixels fit an int, while launched items need a size_t.
+//
+// The shape serves compilers that run a work-group as a loop on a processor and turn a loop into vector instructions
+// only if it is free of branches, library calls, integer divisions and vector types:
+// - groups beyond the picture leave at once, before any other work;
+// - barriers part the factors, the plain multiplication and the powers, so that each is a loop of its own;
+// - the plain multiplication is written channel by channel;
+// - no item returns after the group's common exit: some runtimes corrupt memory when items leave beside a barrier.
+// Powers of the distance are written as products, in the order of summation that the results are defined by.
 
-float sextic(float x, float a0, float a1, float a2, float a3, float a4, float a5, float a6) {
+// The argument lists are those of the renderers; not every kernel reads every argument.
+#pragma clang diagnostic ignored "-Wunused-parameter"
+
+float sexticInPercent(float x, float a0, float a1, float a2, float a3, float a4, float a5, float a6) {
     return (a0 + a1 * x + a2 * x * x + a3 * x * x * x + a4 * x * x * x * x + a5 * x * x * x * x * x +
             a6 * x * x * x * x * x * x) /
            100.0f;
 }
 
-// In mm from the centre of the sensor's image area.
-float distanceFromCenter(float x, float y, float width, float height, float imageRadius) {
-    const float2 center = (float2)(width / 2.0f - 0.5f, height / 2.0f - 0.5f);
-    const float distance = sqrt(pow(x - center.x, 2.0f) + pow(y - center.y, 2.0f));
-    const float halfDiagonal = sqrt(pow(width, 2.0f) + pow(height, 2.0f)) / 2.0f;
-    return distance / halfDiagonal * imageRadius;
+bool groupIsBeyondPicture(uint width, uint height) {
+    return get_group_id(0) * get_local_size(0) >= (size_t)width * height;
 }
 
-float shadingFactor(float distance, float a0, float a1, float a2, float a3, float a4, float a5, float a6,
-                    unsigned char reverse) {
-    const float illumination = sextic(distance, a0, a1, a2, a3, a4, a5, a6);
+int firstItemOfGroup(void) { return (int)(get_group_id(0) * get_local_size(0)); }
+
+// The pixel of a group's item, right for items beyond the picture's end too. One integer division per group; the small
+// rest divides in float, exact to one row, and is then put right.
+int2 pixelOfItem(int firstItem, int item, int width) {
+    const int firstRow = firstItem / width;
+    const int column = firstItem - firstRow * width + item;
+    const int rows = (int)((float)column * (1.0f / (float)width));
+    int x = column - rows * width;
+    int y = firstRow + rows;
+    y -= x < 0 ? 1 : 0;
+    x += x < 0 ? width : 0;
+    y += x >= width ? 1 : 0;
+    x -= x >= width ? width : 0;
+    return (int2)(x, y);
+}
+
+// What a pixel's linear values are multiplied by.
+float shadingFactor(int2 pixel, float width, float height, float imageRadius, float a0, float a1, float a2, float a3,
+                    float a4, float a5, float a6, uchar reverse) {
+    const float fromCenterX = (float)pixel.x - (width / 2.0f - 0.5f);
+    const float fromCenterY = (float)pixel.y - (height / 2.0f - 0.5f);
+
+    // Squares stand alone: within one expression they could be fused with the addition and be rounded differently.
+    const float squareX = fromCenterX * fromCenterX;
+    const float squareY = fromCenterY * fromCenterY;
+    const float squareWidth = width * width;
+    const float squareHeight = height * height;
+    const float halfDiagonal = sqrt(squareWidth + squareHeight) / 2.0f;
+    const float distance = sqrt(squareX + squareY) / halfDiagonal * imageRadius; // mm
+
+    const float illumination = sexticInPercent(distance, a0, a1, a2, a3, a4, a5, a6);
     return reverse > 0 ? illumination : 1.0f / illumination;
 }
 
-kernel void shading(global const float* input, global float* output, unsigned int currentWidth,
-                    unsigned int currentHeight, unsigned int originalWidth, unsigned int originalHeight,
-                    float imageRadius, float a0, float a1, float a2, float a3, float a4, float a5, float a6,
-                    unsigned char reverse, float gamma) {
-    const size_t i = get_global_id(0);
-    const size_t x = i % currentWidth;
-    const size_t y = i / currentWidth;
-    if (x >= currentWidth || y >= currentHeight) return;
+// Writes the corrected image; alpha keeps its value. Sizes in px, imageRadius in mm: the distance from the centre that
+// half the frame's diagonal stands for. a0 … a6: relative illumination in % by powers of the distance in mm.
+// reverse: 0 divides by the illumination, anything else multiplies by it. gamma: exponent that makes values linear.
+kernel void shading(global const float* restrict input, global float* restrict output, uint currentWidth,
+                    uint currentHeight, uint originalWidth, uint originalHeight, float imageRadius, float a0, float a1,
+                    float a2, float a3, float a4, float a5, float a6, uchar reverse, float gamma) {
+    if (groupIsBeyondPicture(currentWidth, currentHeight)) return;
 
-    const float distance = distanceFromCenter(x, y, currentWidth, currentHeight, imageRadius);
-    const float factor = shadingFactor(distance, a0, a1, a2, a3, a4, a5, a6, reverse);
-    const float4 pixel = (float4)(input[i * 4], input[i * 4 + 1], input[i * 4 + 2], input[i * 4 + 3]);
-    const float4 linear = pow(pixel, (float4)(gamma, gamma, gamma, 1.0f)) * factor;
-    const float4 corrected = pow(linear, (float4)(1.0f / gamma, 1.0f / gamma, 1.0f / gamma, 1.0f));
-    output[i * 4 + 0] = corrected.x;
-    output[i * 4 + 1] = corrected.y;
-    output[i * 4 + 2] = corrected.z;
-    output[i * 4 + 3] = pixel.w;
+    const int firstItem = firstItemOfGroup();
+    const int item = (int)get_local_id(0);
+    const float factor = shadingFactor(pixelOfItem(firstItem, item, (int)currentWidth), (float)currentWidth,
+                                       (float)currentHeight, imageRadius, a0, a1, a2, a3, a4, a5, a6, reverse);
+    const int i = firstItem + item;
+    barrier(CLK_LOCAL_MEM_FENCE);
+    // A power of 1 changes nothing.
+    if (gamma == 1.0f && (size_t)i < (size_t)currentWidth * currentHeight) {
+        const float red = input[(size_t)i * 4] * factor;
+        const float green = input[(size_t)i * 4 + 1] * factor;
+        const float blue = input[(size_t)i * 4 + 2] * factor;
+        const float alpha = input[(size_t)i * 4 + 3];
+        output[(size_t)i * 4] = red;
+        output[(size_t)i * 4 + 1] = green;
+        output[(size_t)i * 4 + 2] = blue;
+        output[(size_t)i * 4 + 3] = alpha;
+    }
+    barrier(CLK_LOCAL_MEM_FENCE);
+    if (gamma != 1.0f && (size_t)i < (size_t)currentWidth * currentHeight) {
+        const float4 pixel = vload4((size_t)i, input);
+        const float inverse = 1.0f / gamma;
+        const float4 linear = pow(pixel, (float4)(gamma, gamma, gamma, 1.0f)) * factor;
+        float4 corrected = pow(linear, (float4)(inverse, inverse, inverse, 1.0f));
+        corrected.w = pixel.w;
+        vstore4(corrected, (size_t)i, output);
+    }
 }
 
-kernel void shadingMap(global float* output, unsigned int currentWidth, unsigned int currentHeight,
-                       unsigned int originalWidth, unsigned int originalHeight, float imageRadius, float a0, float a1,
-                       float a2, float a3, float a4, float a5, float a6, unsigned char reverse, float gamma) {
-    const size_t i = get_global_id(0);
-    const size_t x = i % currentWidth;
-    const size_t y = i / currentWidth;
-    if (x >= currentWidth || y >= currentHeight) return;
+// Writes (factor, factor, factor, 1), by which a linear image is multiplied; gamma does not enter.
+kernel void shadingMap(global float* restrict output, uint currentWidth, uint currentHeight, uint originalWidth,
+                       uint originalHeight, float imageRadius, float a0, float a1, float a2, float a3, float a4,
+                       float a5, float a6, uchar reverse, float gamma) {
+    if (groupIsBeyondPicture(currentWidth, currentHeight)) return;
 
-    const float distance = distanceFromCenter(x, y, currentWidth, currentHeight, imageRadius);
-    const float factor = shadingFactor(distance, a0, a1, a2, a3, a4, a5, a6, reverse);
-    output[i * 4 + 0] = factor;
-    output[i * 4 + 1] = factor;
-    output[i * 4 + 2] = factor;
-    output[i * 4 + 3] = 1.0f;
+    const int firstItem = firstItemOfGroup();
+    const int item = (int)get_local_id(0);
+    const float factor = shadingFactor(pixelOfItem(firstItem, item, (int)currentWidth), (float)currentWidth,
+                                       (float)currentHeight, imageRadius, a0, a1, a2, a3, a4, a5, a6, reverse);
+    const int i = firstItem + item;
+    barrier(CLK_LOCAL_MEM_FENCE);
+    if ((size_t)i < (size_t)currentWidth * currentHeight) {
+        output[(size_t)i * 4] = factor;
+        output[(size_t)i * 4 + 1] = factor;
+        output[(size_t)i * 4 + 2] = factor;
+        output[(size_t)i * 4 + 3] = 1.0f;
+    }
 }
