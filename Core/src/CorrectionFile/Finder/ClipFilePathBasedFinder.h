@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+
+#include "CorrectionFile/Finder/Finder.h"
+#include "CorrectionFile/Finder/LevelOfDepth.h"
+
+namespace CorrectionFile {
+
+/// Finds a clip's correction file around the clip.
+///
+/// Searched are, in this order: the clip's folder; its subfolders; then, for each ancestor from the nearest, the
+/// ancestor and its subfolders without the branch that was searched before. In a folder, the files named *.olcf that
+/// have the clip's name without its extension somewhere in their own name are candidates, and the first one whose
+/// header names the clip is taken. The order within a folder is the file system's.
+///
+/// Folders whose name begins with "." are left out. A link to a folder is searched like a folder, but its subfolders
+/// are not, so links cannot make a loop.
+///
+/// Ancestors are taken from the path as it is written: give an absolute path. A bare file name is searched for in the
+/// current folder and below. Any thread may use it.
+class ClipFilePathBasedFinder : public Finder {
+public:
+    /// The path must not be empty. Nothing is looked up yet.
+    ClipFilePathBasedFinder(const std::string& clipFilePath, LevelOfDepth levelOfDepth);
+
+    /// Stores the found file's path, built from the searched folder and the file's name.
+    ///
+    /// Candidates that cannot be read or parsed, or vanish meanwhile, are passed over. Throws NotFoundException with
+    /// the searched folders, or boost::filesystem::filesystem_error if a folder cannot be listed.
+    void find(std::string& correctionFilePath) const override;
+
+private:
+    std::string m_clipFilePath;
+    LevelOfDepth m_levelOfDepth;
+};
+
+} // namespace CorrectionFile

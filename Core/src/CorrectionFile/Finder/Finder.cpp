@@ -1,0 +1,7 @@
+#include "CorrectionFile/Finder/Finder.h"
+
+namespace CorrectionFile {
+
+Finder::~Finder() = default;
+
+} // namespace CorrectionFile

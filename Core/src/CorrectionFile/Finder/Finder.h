@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+namespace CorrectionFile {
+
+/// Finds a clip's correction file.
+class Finder {
+public:
+    virtual ~Finder();
+
+    /// Stores the path of the correction file. Throws NotFoundException if there is none; the text is untouched then.
+    virtual void find(std::string& correctionFilePath) const = 0;
+};
+
+} // namespace CorrectionFile
