@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+namespace Core {
+
+/// A log file that is open for appending one entry. Never throws and never waits for file trouble: what cannot be
+/// written is lost.
+///
+/// Log files have fixed names in a folder that every user may write to. So a symbolic link is not followed, and nothing
+/// but a regular file is written to: whoever plants a link or a pipe there loses us entries, but no file.
+class LogEntry {
+public:
+    /// Opens the file for appending and creates it if it does not exist.
+    explicit LogEntry(const std::string& filePath);
+
+    /// Closes the file.
+    ~LogEntry();
+
+    LogEntry(const LogEntry&) = delete;
+    LogEntry& operator=(const LogEntry&) = delete;
+
+    /// Appends the text and a line feed. Both go to the system at once, so entries of several threads or processes do
+    /// not run into each other.
+    void write(const std::string& text);
+
+private:
+    int m_descriptor; ///< −1: nothing can be written any more
+};
+
+} // namespace Core
