@@ -26,6 +26,7 @@ double Knob::storedValue() const {
 }
 
 bool Knob::from_script(const char* script) {
+    if (!script) script = "";
     if (m_type == File) {
         set_text(script);
         return true;

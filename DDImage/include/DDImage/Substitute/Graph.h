@@ -30,6 +30,7 @@ public:
     Op* create(const std::string& className);
     Read* createRead();
     /// Another op of the same node, with the same knobs, inputs and frame (the host has one per frame and view).
+    /// A Read's copy needs a source of its own.
     Op* createCopy(Op*);
 
     /// Wires source (null: nothing) to an input. False, and nothing changes, if the op refuses it or has no such input.
