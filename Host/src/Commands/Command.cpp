@@ -1,0 +1,17 @@
+#include "Commands/Command.h"
+
+#include "Commands/DevicesCommand.h"
+#include "Commands/FormatsCommand.h"
+
+namespace Host {
+
+Command::~Command() = default;
+
+std::vector<std::unique_ptr<Command>> allCommands() {
+    std::vector<std::unique_ptr<Command>> commands;
+    commands.push_back(std::make_unique<FormatsCommand>());
+    commands.push_back(std::make_unique<DevicesCommand>());
+    return commands;
+}
+
+} // namespace Host

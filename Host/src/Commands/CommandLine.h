@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Console/ExitCode.h"
+
+namespace Host {
+
+/// The whole program: finds the sub-command, parses its options, runs it, and turns every failure into one message on
+/// the error stream and an exit status.
+ExitCode runCommandLine(int argumentCount, const char* const* arguments);
+
+} // namespace Host

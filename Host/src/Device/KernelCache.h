@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "Output/PrivateFolder.h"
+
+namespace Host {
+
+/// The folder in which the CPU driver (PoCL) keeps compiled kernels.
+///
+/// The driver finds no device at all when it cannot write there, and ends the whole process when that disk is full. So
+/// before the first OpenCL call the folder is tried, and if it cannot be used a private one is made for this run, told
+/// to the driver by POCL_CACHE_DIR, and removed at the end. A folder that the user named by POCL_CACHE_DIR is left as
+/// it is: that was a decision, and `problem` tells what is wrong with it. Other drivers do not look at any of this.
+///
+/// One object per process, made before the first thread.
+class KernelCache {
+public:
+    /// Throws Failure (Environment) if a private folder is needed and cannot be made.
+    KernelCache();
+    ~KernelCache();
+    KernelCache(const KernelCache&) = delete;
+    KernelCache& operator=(const KernelCache&) = delete;
+
+    /// Where compiled kernels are kept in this run.
+    const std::string& folder() const { return m_folder; }
+    /// Whether that folder is a private one, which disappears at the end.
+    bool isPrivate() const { return m_privateFolder != nullptr; }
+    /// Why the usual folder cannot be used: "Kernel cache \"…\" is not usable: …"; empty if it can be.
+    const std::string& problem() const { return m_problem; }
+
+    /// What a person should know about the choice, a sentence or two; empty when the usual folder is used.
+    std::string notice() const;
+
+    /// The folder that the driver uses by itself: POCL_CACHE_DIR, else pocl/kcache in XDG_CACHE_HOME or in HOME's
+    /// .cache, else /tmp/pocl. `variable` looks up the environment and answers null for what is not set.
+    static std::string usualFolder(const std::function<const char*(const char*)>& variable);
+
+    /// Tries to make the folder, to write there and whether its disk has room for some kernels. Empty, or the reason.
+    static std::string problemOf(const std::string& folder);
+
+private:
+    std::string m_folder;
+    std::string m_problem;
+    std::unique_ptr<PrivateFolder> m_privateFolder;
+};
+
+} // namespace Host

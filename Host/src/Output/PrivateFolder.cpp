@@ -1,0 +1,26 @@
+#include "Output/PrivateFolder.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+#include "Console/Failure.h"
+
+namespace Host {
+
+PrivateFolder::PrivateFolder(const std::string& name) {
+    const char* const places[] = {std::getenv("TMPDIR"), "/tmp", "/var/tmp", std::getenv("XDG_RUNTIME_DIR")};
+    for (const char* const place : places) {
+        if (!place || !*place) continue;
+        m_path = std::string(place) + '/' + name + "-XXXXXX";
+        if (mkdtemp(m_path.data())) return;
+    }
+    throw Failure(ExitCode::Environment, "No folder takes temporary files; set TMPDIR to one that does.");
+}
+
+PrivateFolder::~PrivateFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+}
+
+} // namespace Host

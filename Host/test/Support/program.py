@@ -1,0 +1,43 @@
+"""What the tests of the program's command line share: they run the real program and compare what a user sees."""
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+PROGRAM = os.path.abspath(sys.argv.pop(1)) if len(sys.argv) > 1 else None
+
+
+class ProgramTest(unittest.TestCase):
+    """Each case has a folder of its own, `self.folder`, in which the program runs."""
+
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="orvex-program-")
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+
+    def path(self, *names):
+        return os.path.join(self.folder, *names)
+
+    def run_program(self, *arguments, environment=None, timeout=300):
+        """Runs the program; `environment` adds variables, and removes those whose value is None."""
+        variables = dict(os.environ)
+        for name, value in (environment or {}).items():
+            variables.pop(name, None)
+            if value is not None:
+                variables[name] = value
+        return subprocess.run([PROGRAM, *arguments], cwd=self.folder, env=variables, stdin=subprocess.DEVNULL,
+                              capture_output=True, encoding="utf-8", errors="surrogateescape", timeout=timeout)
+
+    def expect(self, result, status, output=None, errors=None):
+        self.assertEqual(result.returncode, status, result.stdout + result.stderr)
+        if output is not None:
+            self.assertEqual(result.stdout, output)
+        if errors is not None:
+            self.assertEqual(result.stderr, errors)
+
+
+def main():
+    unittest.main(module="__main__", verbosity=2)

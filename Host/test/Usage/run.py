@@ -1,0 +1,38 @@
+"""Wrong use ends with status 2 and a sentence that says what to do; help with status 0 and an example."""
+import os
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import program
+
+
+class Usage(program.ProgramTest):
+    def test_without_a_command_says_that_one_is_required(self):
+        self.expect(self.run_program(), 2, "",
+                    'lenscorrect: A subcommand is required\n'
+                    'Run "lenscorrect --help" for the options and an example.\n')
+
+    def test_names_an_unknown_option_and_where_help_is(self):
+        self.expect(self.run_program("formats", "--bad"), 2, "",
+                    'lenscorrect: The following argument was not expected: --bad\n'
+                    'Run "lenscorrect formats --help" for the options and an example.\n')
+
+    def test_every_command_has_help_with_an_example(self):
+        help_text = self.run_program("--help")
+        self.expect(help_text, 0, errors="")
+        listing = help_text.stdout.split("Subcommands:\n")[1]
+        commands = [line.split()[0] for line in listing.splitlines() if line.startswith("  ")]
+        self.assertIn("formats", commands)
+        for command in commands:
+            with self.subTest(command):
+                result = self.run_program(command, "--help")
+                self.expect(result, 0, errors="")
+                self.assertIn("\nExample:\n  lenscorrect " + command, result.stdout)
+
+    def test_tells_its_version(self):
+        result = self.run_program("--version")
+        self.expect(result, 0, errors="")
+        self.assertRegex(result.stdout, r"^lenscorrect \d+\.\d+\.\d+\n$")
+
+
+program.main()
