@@ -1,0 +1,49 @@
+#include "CorrectionData/ContainerManager/ContainerManager.h"
+
+#include <utility>
+
+#include "CorrectionData/ContainerManager/FileMismatchException.h"
+#include "Exception/Assert.h"
+
+namespace CorrectionData {
+
+namespace {
+
+void checkThatFileBelongsToClip(const std::string& clipFileName, const std::string& correctionFilePath,
+                                const Header& header) {
+    if (clipFileName == header.videoFileName || clipFileName == header.clipName) return;
+    throw FileMismatchException(clipFileName, correctionFilePath, header.videoFileName);
+}
+
+} // namespace
+
+ContainerManager::ContainerManager(std::unique_ptr<ContainerManagerDataSource> dataSource, std::uint32_t capacity)
+    : m_dataSource((ORVEX_ASSERT(dataSource), std::move(dataSource))), m_cache(capacity) {}
+
+ContainerManager::~ContainerManager() = default;
+
+void ContainerManager::shareContent(const std::string& clipFilePath, std::shared_ptr<const Content>& content) {
+    if (m_cache.cachedContentForClipFilePath(clipFilePath, content)) return;
+    std::string correctionFilePath;
+    auto loaded = std::make_shared<Content>();
+    m_dataSource->content(clipFilePath, correctionFilePath, *loaded);
+    m_cache.cacheContent(clipFilePath, correctionFilePath, loaded);
+    content = std::move(loaded);
+}
+
+void ContainerManager::shareContent(const std::string& clipFileName, const std::string& correctionFilePath,
+                                    std::shared_ptr<const Content>& content) {
+    std::shared_ptr<const Content> cached;
+    if (m_cache.cachedContentForCorrectionFilePath(correctionFilePath, cached)) {
+        checkThatFileBelongsToClip(clipFileName, correctionFilePath, cached->header);
+        content = std::move(cached);
+        return;
+    }
+    auto loaded = std::make_shared<Content>();
+    m_dataSource->content(correctionFilePath, *loaded);
+    checkThatFileBelongsToClip(clipFileName, correctionFilePath, loaded->header);
+    m_cache.cacheContent(correctionFilePath, loaded);
+    content = std::move(loaded);
+}
+
+} // namespace CorrectionData

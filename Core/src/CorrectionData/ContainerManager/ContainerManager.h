@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "CorrectionData/Container/ManagedContainerDataSource.h"
+#include "CorrectionData/ContainerManager/ContainerManagerContentCache.h"
+#include "CorrectionData/ContainerManager/ContainerManagerDataSource.h"
+
+namespace CorrectionData {
+
+/// The shared owner of parsed correction files: each is read once and then shared by all containers of its clip.
+///
+/// Failures of its data source pass through unchanged, and nothing is cached for them.
+/// Threads: one at a time; the callers serialise.
+class ContainerManager : public ManagedContainerDataSource {
+public:
+    /// Keeps the content of at most `capacity` insertions (0: all). The data source must not be empty.
+    ContainerManager(std::unique_ptr<ContainerManagerDataSource> dataSource, std::uint32_t capacity);
+    ~ContainerManager() override;
+
+    /// No check is made that the file found near the clip names the clip.
+    void shareContent(const std::string& clipFilePath, std::shared_ptr<const Content>& content) override;
+
+    /// Throws FileMismatchException unless the clip's name is the file's `videoFileName` or `clipName`, exactly.
+    void shareContent(const std::string& clipFileName, const std::string& correctionFilePath,
+                      std::shared_ptr<const Content>& content) override;
+
+private:
+    const std::unique_ptr<ContainerManagerDataSource> m_dataSource;
+    ContainerManagerContentCache m_cache;
+};
+
+} // namespace CorrectionData

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "CorrectionData/Content.h"
+
+namespace CorrectionData {
+
+/// Keeps the parsed content of correction files, found by the file's path or by a clip's path.
+///
+/// At most `capacity` insertions are kept, first in first out; 0 means all. Look-ups do not refresh an entry.
+/// Insertions are counted, not files: a file that was cached twice goes as a whole when its older insertion comes due.
+/// Dropping content releases the cache's reference only. Threads: one at a time.
+class ContainerManagerContentCache {
+public:
+    explicit ContainerManagerContentCache(std::uint32_t capacity);
+
+    void cacheContent(const std::string& correctionFilePath, std::shared_ptr<const Content> content);
+    void cacheContent(const std::string& clipFilePath, const std::string& correctionFilePath,
+                      std::shared_ptr<const Content> content);
+
+    /// Both answer whether content was found, and set `content` only then.
+    bool cachedContentForCorrectionFilePath(const std::string& correctionFilePath,
+                                            std::shared_ptr<const Content>& content) const;
+    bool cachedContentForClipFilePath(const std::string& clipFilePath, std::shared_ptr<const Content>& content) const;
+
+    /// Forgets the file's content and every clip that it was found for.
+    void removeAllDataRelatedToCorrectionFilePath(const std::string& correctionFilePath);
+
+    /// Forgets the oldest insertions beyond the capacity.
+    void removeAllDataRelatedToCorrectionFilePathsWithLowPriority();
+
+private:
+    std::uint32_t m_capacity;
+    std::map<std::string, std::shared_ptr<const Content>> m_contentByCorrectionFilePath;
+    std::map<std::string, std::string> m_correctionFilePathByClipFilePath;
+    std::deque<std::string> m_insertions; ///< correction file paths, oldest first; one may stand here twice
+};
+
+} // namespace CorrectionData

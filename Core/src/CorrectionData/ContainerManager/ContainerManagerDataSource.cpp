@@ -1,0 +1,7 @@
+#include "CorrectionData/ContainerManager/ContainerManagerDataSource.h"
+
+namespace CorrectionData {
+
+ContainerManagerDataSource::~ContainerManagerDataSource() = default;
+
+} // namespace CorrectionData

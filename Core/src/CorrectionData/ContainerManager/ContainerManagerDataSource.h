@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "CorrectionData/Content.h"
+
+namespace CorrectionData {
+
+/// Where the container manager loads content from when it has none cached. Outputs are set on success only.
+class ContainerManagerDataSource {
+public:
+    virtual ~ContainerManagerDataSource();
+
+    /// Finds the correction file of a clip; gives its path and its parsed content.
+    virtual void content(const std::string& clipFilePath, std::string& correctionFilePath, Content& content) = 0;
+
+    /// Parses the given correction file.
+    virtual void content(const std::string& correctionFilePath, Content& content) = 0;
+};
+
+} // namespace CorrectionData
