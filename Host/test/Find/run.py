@@ -1,0 +1,72 @@
+"""Where the correction file of a clip is found, and what is said when there is none."""
+import json
+import os
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import olcf
+import program
+
+
+class Find(program.ProgramTest):
+    def give(self, *names, content="x"):
+        path = self.path(*names)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(content)
+        return path
+
+    def setUp(self):
+        super().setUp()
+        # Deep enough that the search stays away from the machine's folder for temporary files, where folders of others
+        # come and go.
+        self.folder = self.path("a", "b", "c", "d", "e")
+        os.makedirs(self.folder)
+        for frame in (1, 2):
+            self.give("deep", "shot", f"plate.{frame:04}.exr")
+
+    def test_prints_the_file_beside_a_sequence(self):
+        file = self.give("deep", "shot", "plate.olcf", content=olcf.text())
+        self.expect(self.run_program("find", self.path("deep", "shot", "plate.%04d.exr")), 0, file + "\n", "")
+
+    def test_finds_from_a_relative_folder_too(self):
+        file = self.give("lens", "my plate.olcf", content=olcf.text())
+        self.expect(self.run_program("find", "deep/shot"), 0, file + "\n", "")
+
+    def test_finds_the_file_of_a_movie(self):
+        self.give("A001.mov")
+        file = self.give("A001.olcf", content=olcf.text(videoFileName="A001.mov"))
+        self.expect(self.run_program("find", "A001.mov"), 0, file + "\n", "")
+
+    def test_lists_the_searched_folders_in_order_when_there_is_none(self):
+        self.give("deep", "shot", "other plate.olcf", content=olcf.text(videoFileName="other"))
+        result = self.run_program("find", "deep/shot/plate.####.exr")
+        self.expect(result, 2, "")
+        lines = result.stderr.splitlines()
+        self.assertEqual(lines[0], f'lenscorrect: No correction file of the clip "{self.path("deep", "shot", "plate")}" '
+                                   "was found. Searched were, in this order:")
+        self.assertEqual(lines[1:4], ["  " + self.path("deep", "shot"), "  " + self.path("deep"), "  " + self.folder])
+        self.assertEqual(lines[-1],
+                         "Its name ends in .olcf and contains the clip's name, and its header names the clip.")
+
+    def test_tells_the_same_as_json(self):
+        clip = self.path("deep", "shot", "plate")
+        missing = self.run_program("find", "deep/shot", "--json")
+        self.expect(missing, 2, errors="")
+        answer = json.loads(missing.stdout)
+        self.assertEqual((answer["clip"], answer["correctionFile"]), (clip, None))
+        self.assertEqual(answer["searchedFolders"][0], self.path("deep", "shot"))
+        file = self.give("deep", "shot", "plate.olcf", content=olcf.text())
+        found = self.run_program("find", "deep/shot", "--json")
+        self.expect(found, 0, errors="")
+        self.assertEqual(json.loads(found.stdout), {"clip": clip, "correctionFile": file})
+
+    def test_names_a_clip_that_does_not_exist(self):
+        self.expect(self.run_program("find", "no.mov"), 2, "", 'lenscorrect: Clip "no.mov" does not exist.\n')
+
+    def test_requires_a_clip(self):
+        self.expect(self.run_program("find"), 2, "", 'lenscorrect: CLIP is required\nRun "lenscorrect find --help" for '
+                                                     "the options and an example.\n")
+
+
+program.main()
