@@ -35,6 +35,7 @@ TEST(PluginLoading, FindsAClassThroughItsPointerFile) {
 TEST(PluginLoading, SearchesTheFoldersOfTheEnvironment) {
     setenv("ORVEX_PLUGIN_PATH", "/nowhere:" TEST_PLUGIN_FOLDER, 1);
     Graph graph;
+    unsetenv("ORVEX_PLUGIN_PATH");
     EXPECT_STREQ(graph.create("TestPluginFirst")->Class(), "TestPluginFirst");
 }
 
