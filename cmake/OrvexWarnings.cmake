@@ -8,6 +8,8 @@ target_compile_options(orvex_warnings INTERFACE
     # Assertion texts name files relative to the repository, and builds are reproducible.
     "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
 if(ORVEX_SANITIZE)
+    # With sanitizers GCC loses track of what is initialised and warns of code that is right.
+    target_compile_options(orvex_warnings INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-maybe-uninitialized>)
     add_compile_options(-fsanitize=${ORVEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${ORVEX_SANITIZE})
 endif()
