@@ -1,5 +1,6 @@
 #include "Commands/Command.h"
 
+#include "Commands/CheckCommand.h"
 #include "Commands/DevicesCommand.h"
 #include "Commands/FindCommand.h"
 #include "Commands/FormatsCommand.h"
@@ -11,6 +12,7 @@ Command::~Command() = default;
 std::vector<std::unique_ptr<Command>> allCommands() {
     std::vector<std::unique_ptr<Command>> commands;
     commands.push_back(std::make_unique<FindCommand>());
+    commands.push_back(std::make_unique<CheckCommand>());
     commands.push_back(std::make_unique<FormatsCommand>());
     commands.push_back(std::make_unique<DevicesCommand>());
     return commands;

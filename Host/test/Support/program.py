@@ -1,10 +1,13 @@
 """What the tests of the program's command line share: they run the real program and compare what a user sees."""
+import json
 import os
 import shutil
 import subprocess
 import sys
 import tempfile
 import unittest
+
+import jsonschema
 
 PROGRAM = os.path.abspath(sys.argv.pop(1)) if len(sys.argv) > 1 else None
 
@@ -37,6 +40,14 @@ class ProgramTest(unittest.TestCase):
             self.assertEqual(result.stdout, output)
         if errors is not None:
             self.assertEqual(result.stderr, errors)
+
+
+def validated(document, schema):
+    """The document itself, once it follows Docs/schemas/<schema>.json."""
+    root = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..")
+    with open(os.path.join(root, "Docs", "schemas", schema + ".json"), encoding="utf-8") as file:
+        jsonschema.Draft7Validator(json.load(file)).validate(document)
+    return document
 
 
 def main():

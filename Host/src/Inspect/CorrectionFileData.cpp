@@ -1,0 +1,64 @@
+#include "Inspect/CorrectionFileData.h"
+
+#include <fmt/format.h>
+
+#include <boost/lexical_cast/bad_lexical_cast.hpp>
+#include <utility>
+
+#include "Console/Failure.h"
+#include "Core/ExtendedManagedContainer.h"
+#include "CorrectionData/Container/ManagedContainerDataSource.h"
+#include "CorrectionFile/Parser/InvalidFormatException.h"
+#include "CorrectionFile/Parser/Parser.h"
+#include "CorrectionFile/Reader/NotReadableException.h"
+#include "CorrectionFile/Reader/Reader.h"
+
+namespace Host {
+
+namespace {
+
+using CorrectionData::Content;
+
+// Gives a container content that was read already.
+class GivenContent : public CorrectionData::ManagedContainerDataSource {
+public:
+    explicit GivenContent(std::shared_ptr<const Content> content) : m_content(std::move(content)) {}
+    void shareContent(const std::string&, std::shared_ptr<const Content>& content) override { content = m_content; }
+    void shareContent(const std::string&, const std::string&, std::shared_ptr<const Content>& content) override {
+        content = m_content;
+    }
+
+private:
+    const std::shared_ptr<const Content> m_content;
+};
+
+} // namespace
+
+CorrectionFileData CorrectionFileData::read(const std::string& path) {
+    const auto content = std::make_shared<Content>();
+    try {
+        std::string text;
+        CorrectionFile::Reader().readFile(path, text);
+        CorrectionFile::Parser().parse(text, *content);
+    } catch (const CorrectionFile::NotReadableException&) {
+        throw Failure(
+            ExitCode::WrongUse,
+            fmt::format("{}: the correction file could not be read; it must be a file that you may read.", path));
+    } catch (const CorrectionFile::InvalidFormatException& exception) {
+        throw Failure(ExitCode::WrongUse, fmt::format("{}: {}Run \"lenscorrect check\" on it for every defect.", path,
+                                                      exception.detailedDescription()));
+    } catch (const boost::bad_lexical_cast&) {
+        throw Failure(
+            ExitCode::WrongUse,
+            fmt::format("{}: a frame line holds text in the place of a number. Run \"lenscorrect check\" on it for "
+                        "every defect.",
+                        path));
+    }
+    return {path, content, recordingFormatOf(content)};
+}
+
+RecordingFormatDatabase::RecordingFormat recordingFormatOf(std::shared_ptr<const Content> content) {
+    return Core::ExtendedManagedContainer("clip", std::make_shared<GivenContent>(std::move(content))).recordingFormat();
+}
+
+} // namespace Host

@@ -1,0 +1,39 @@
+#include "Inspect/CorrectionFileData.h"
+
+#include <gtest/gtest.h>
+
+#include "Support/CorrectionFileText.h"
+#include "Support/FailureText.h"
+#include "Support/TemporaryFolder.h"
+
+using Host::CorrectionFileData;
+using Support::CorrectionFileText;
+
+TEST(CorrectionFileData, carriesTheRecordingFormatOfTheHeader) {
+    const TemporaryFolder folder;
+    const std::string text = CorrectionFileText().with("sensorWidth", "24").string();
+    EXPECT_FLOAT_EQ(13.566324f, CorrectionFileData::read(folder.file("a.olcf", text)).recordingFormat.imageRadius);
+}
+
+TEST(CorrectionFileData, namesAFileThatCannotBeRead) {
+    EXPECT_EQ("2: /nowhere/a.olcf: the correction file could not be read; it must be a file that you may read.",
+              failureOf([] { CorrectionFileData::read("/nowhere/a.olcf"); }));
+}
+
+TEST(CorrectionFileData, namesTheBadLineAndTheCommandThatFindsTheOthers) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("a.olcf", CorrectionFileText().withFrameLine("1;").string());
+    EXPECT_EQ("2: " + path +
+                  ": Correction file could not be parsed due to an invalid format.\nLine Number: 24\nLine Content: "
+                  "\"1;\"\nRun \"lenscorrect check\" on it for every defect.",
+              failureOf([&] { CorrectionFileData::read(path); }));
+}
+
+TEST(CorrectionFileData, refusesTextInThePlaceOfANumber) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("a.olcf", CorrectionFileText().withFrameLine("x;;;;;;;;;").string());
+    EXPECT_EQ(
+        "2: " + path +
+            ": a frame line holds text in the place of a number. Run \"lenscorrect check\" on it for every defect.",
+        failureOf([&] { CorrectionFileData::read(path); }));
+}
