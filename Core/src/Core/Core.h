@@ -56,7 +56,7 @@ private:
     std::unique_ptr<CorePrivate> m_private;
     std::shared_ptr<std::string> m_briefError;
     std::shared_ptr<std::string> m_detailedError;
-    mutable std::mutex m_mutex; ///< guards the container inside m_private and the two error texts
+    mutable std::mutex m_mutex; ///< guards the two error texts; m_private has its own locks
 };
 
 } // namespace Core
