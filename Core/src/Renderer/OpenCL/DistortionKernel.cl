@@ -146,7 +146,7 @@ kernel void distortion(global const float4* restrict input, global float4* restr
 }
 
 // Writes the identity coordinate map of the frame: (x ÷ width, y ÷ height, 0, 1), whatever the other arguments say.
-kernel void distortionMap(global float4* restrict output, uint currentWidth, uint currentHeight, uint originalWidth,
+kernel void distortionMap(global float* restrict output, uint currentWidth, uint currentHeight, uint originalWidth,
                           uint originalHeight, float imageRadius, float a0, float a1, float a2, float a3, float a4,
                           float a5, float a6, uchar reverse) {
     if (groupIsBeyondPicture(currentWidth, currentHeight)) return;
@@ -154,7 +154,10 @@ kernel void distortionMap(global float4* restrict output, uint currentWidth, uin
     const int firstItem = firstItemOfGroup();
     const int item = (int)get_local_id(0);
     const int2 pixel = pixelOfItem(firstItem, item, (int)currentWidth);
-    if ((size_t)(firstItem + item) < (size_t)currentWidth * currentHeight)
-        output[firstItem + item] =
-            (float4)((float)pixel.x / (float)currentWidth, (float)pixel.y / (float)currentHeight, 0.0f, 1.0f);
+    const int i = firstItem + item;
+    if ((size_t)i < (size_t)currentWidth * currentHeight) {
+        vstore2((float2)((float)pixel.x / (float)currentWidth, (float)pixel.y / (float)currentHeight), (size_t)i * 2,
+                output);
+        vstore2((float2)(0.0f, 1.0f), (size_t)i * 2 + 1, output);
+    }
 }

@@ -1,0 +1,219 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "Renderer/OpenCL/DistortionKernel.h"
+#include "Renderer/OpenCL/OpenCLKernel.h"
+#include "Renderer/OpenCL/ShadingKernel.h"
+#include "Support/OpenCLDevice.h"
+#include "Support/TestFrame.h"
+
+// The product's kernels are shaped for speed; those in PlainKernels are told step by step. Both give the same bits.
+namespace {
+
+struct Size {
+    std::uint32_t width, height;
+};
+
+void PrintTo(const Size& size, std::ostream* stream) { *stream << size.width << "x" << size.height; }
+
+struct Arguments {
+    const char* name;
+    float a[7];
+    float imageRadius = 15.0f;
+    cl_uchar reverse = 0;
+    float gamma = 1.0f;
+};
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
+constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
+
+const std::vector<Arguments>& distortions() {
+    static const std::vector<Arguments> arguments = {{"usual", {0, 1.0f, 0.002f, -0.0007f, 2e-5f, 1e-7f, 1e-9f}},
+                                                     {"borders in the picture", {0, 1.1f}},
+                                                     {"enlarged", {0, 0.93f, 0, 1e-4f}},
+                                                     {"identity", {0, 1}},
+                                                     {"mirrored", {0, -1}},
+                                                     {"not through zero", {3}},
+                                                     {"not a number", {0, 1, 0, notANumber}},
+                                                     {"infinite", {0, 1, infinity}},
+                                                     {"huge", {0, 1, 0, 1e30f}},
+                                                     {"infinite radius", {0, 1}, infinity}};
+    return arguments;
+}
+
+const std::vector<Arguments>& shadings() {
+    static const std::vector<Arguments> arguments = {
+        {"removed", {100, -0.5f, -0.1f, 0.001f, 1e-5f, 1e-7f, 1e-9f}},
+        {"added", {100, -0.5f, -0.1f, 0.001f, 1e-5f, 1e-7f, 1e-9f}, 15.0f, 1},
+        {"removed under a gamma", {100, -0.5f, -0.1f, 0.001f}, 15.0f, 0, 2.2f},
+        {"added under a gamma", {100, -0.5f, -0.1f, 0.001f}, 15.0f, 1, 0.45f},
+        {"no illumination", {0}},
+        {"negative illumination", {-100}},
+        {"not a number", {100, notANumber}},
+        {"infinite", {100, 0, infinity}},
+        {"no radius", {100, -1}, 0.0f}};
+    return arguments;
+}
+
+struct Program {
+    std::string kernelName;
+    std::string source;
+    std::string plainSource;
+    bool isShading;
+    bool isMap;
+
+    const std::vector<Arguments>& allArguments() const { return isShading ? shadings() : distortions(); }
+};
+
+std::string plainSource(const std::string& file) {
+    std::ifstream stream(std::string(ORVEX_SOURCE_DIR) + "/Core/test/Renderer/PlainKernels/" + file);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+Program program(const std::string& name) {
+    using namespace Renderer;
+    const std::string distortion = plainSource("DistortionKernel.cl");
+    const std::string shading = plainSource("ShadingKernel.cl");
+    if (name == distortionImageKernelName)
+        return {distortionImageKernelName, distortionKernelSource, distortion, false, false};
+    if (name == distortionMapKernelName)
+        return {distortionMapKernelName, distortionKernelSource, distortion, false, true};
+    if (name == shadingImageKernelName) return {shadingImageKernelName, shadingKernelSource, shading, true, false};
+    return {shadingMapKernelName, shadingKernelSource, shading, true, true};
+}
+
+class Kernel {
+public:
+    Kernel(const Program& program, const std::string& source)
+        : m_program(program),
+          m_kernel(source, program.kernelName, [this](cl_kernel kernel) { return setArguments(kernel); }) {}
+
+    std::vector<float> render(const Size& size, const Arguments& arguments, const std::vector<float>& input) {
+        m_size = size;
+        m_arguments = arguments;
+        std::vector<float> output(input.size(), -7.0f);
+        if (m_program.isMap)
+            m_kernel.execute(output.data(), output.size() * sizeof(float));
+        else
+            m_kernel.execute(input.data(), output.data(), output.size() * sizeof(float));
+        return output;
+    }
+
+private:
+    int setArguments(cl_kernel kernel) const {
+        cl_uint index = m_program.isMap ? 1 : 2;
+        int status = CL_SUCCESS;
+        for (const cl_uint length : {m_size.width, m_size.height, m_size.width, m_size.height})
+            status |= clSetKernelArg(kernel, index++, sizeof(length), &length);
+        status |= clSetKernelArg(kernel, index++, sizeof(float), &m_arguments.imageRadius);
+        for (const float coefficient : m_arguments.a)
+            status |= clSetKernelArg(kernel, index++, sizeof(coefficient), &coefficient);
+        if (m_program.isShading || m_program.isMap)
+            status |= clSetKernelArg(kernel, index++, sizeof(cl_uchar), &m_arguments.reverse);
+        if (m_program.isShading) status |= clSetKernelArg(kernel, index++, sizeof(float), &m_arguments.gamma);
+        return status;
+    }
+
+    const Program& m_program;
+    Size m_size = {};
+    Arguments m_arguments = {};
+    Renderer::OpenCLKernel<float> m_kernel;
+};
+
+// The same bits; two not-a-numbers count as the same whatever their bits.
+bool isSame(float left, float right) {
+    return std::memcmp(&left, &right, sizeof(left)) == 0 || (std::isnan(left) && std::isnan(right));
+}
+
+// Number of differing values, and the first of them.
+std::string differences(const std::vector<float>& expected, const std::vector<float>& actual, float tolerance = 0.0f) {
+    std::size_t count = 0, first = 0;
+    for (std::size_t i = 0; i < expected.size(); i++) {
+        if (isSame(expected[i], actual[i]) || std::fabs(expected[i] - actual[i]) <= tolerance) continue;
+        if (count++ == 0) first = i;
+    }
+    if (count == 0) return "none";
+    return std::to_string(count) + ", the first at value " + std::to_string(first) + ": " +
+           std::to_string(expected[first]) + " became " + std::to_string(actual[first]);
+}
+
+class OnPocl : public OnOpenCLDevice {
+protected:
+    void SetUp() override {
+        OnOpenCLDevice::SetUp();
+        if (!IsSkipped() && !openCLDeviceIsPocl()) GTEST_SKIP() << "the device's roundings are not known";
+    }
+};
+
+class KernelOnPocl : public OnPocl, public testing::WithParamInterface<std::tuple<std::string, Size>> {};
+
+class WholeFrameOnPocl : public OnPocl, public testing::WithParamInterface<std::string> {};
+
+} // namespace
+
+TEST_P(KernelOnPocl, GivesTheSameBitsAsThePlainKernel) {
+    const Program tested = program(std::get<0>(GetParam()));
+    const Size size = std::get<1>(GetParam());
+    Kernel kernel(tested, tested.source);
+    Kernel plain(tested, tested.plainSource);
+    const std::vector<float> input = TestFrame::noiseWithSpecialValues(size.width, size.height);
+    for (const Arguments& arguments : tested.allArguments())
+        EXPECT_EQ(differences(plain.render(size, arguments, input), kernel.render(size, arguments, input)), "none")
+            << arguments.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, KernelOnPocl,
+                         testing::Combine(testing::Values("distortion", "distortionMap", "shading", "shadingMap"),
+                                          testing::Values(Size{1, 1}, Size{1, 7}, Size{7, 1}, Size{5, 3}, Size{17, 3},
+                                                          Size{63, 37}, Size{1, 9001}, Size{9001, 1}, Size{4096, 3},
+                                                          Size{317, 241})));
+
+TEST_P(WholeFrameOnPocl, GivesTheSameBitsAsThePlainKernel) {
+    const Program tested = program(GetParam());
+    const Size size = {1433, 807}; // odd, many groups; the plain kernels take about a second
+    const std::vector<float> input = TestFrame::noise(size.width, size.height);
+    const Arguments& arguments = tested.allArguments().front();
+    EXPECT_EQ(differences(Kernel(tested, tested.plainSource).render(size, arguments, input),
+                          Kernel(tested, tested.source).render(size, arguments, input)),
+              "none");
+}
+
+TEST_P(WholeFrameOnPocl, BeyondFourThousandPixelsWideGivesThePlainKernelsValues) {
+    const Program tested = program(GetParam());
+    const Size size = {8193, 31};
+    const std::vector<float> input = TestFrame::noise(size.width, size.height);
+    const Arguments& arguments = tested.allArguments().front();
+    // Squares no longer fit a float's 24 bits, so a power and a product may be rounded differently.
+    EXPECT_EQ(differences(Kernel(tested, tested.plainSource).render(size, arguments, input),
+                          Kernel(tested, tested.source).render(size, arguments, input), 5e-4f),
+              "none");
+}
+
+INSTANTIATE_TEST_SUITE_P(Kernels, WholeFrameOnPocl,
+                         testing::Values("distortion", "distortionMap", "shading", "shadingMap"));
+
+using DistortionKernelOnPocl = OnPocl;
+
+TEST_F(DistortionKernelOnPocl, IsRightInGroupsOfMoreItemsThanItsLocalMemoryHolds) {
+    const Program tested = program("distortion");
+    std::string source = tested.source;
+    const std::string capacity = "#define POSITION_CAPACITY 4096";
+    const std::size_t found = source.find(capacity);
+    ASSERT_NE(found, std::string::npos);
+    source.replace(found, capacity.size(), "#define POSITION_CAPACITY 100");
+    const Size size = {317, 241};
+    const std::vector<float> input = TestFrame::noiseWithSpecialValues(size.width, size.height);
+    Kernel kernel(tested, tested.source);
+    Kernel small(tested, source);
+    for (const Arguments& arguments : tested.allArguments())
+        EXPECT_EQ(differences(kernel.render(size, arguments, input), small.render(size, arguments, input)), "none")
+            << arguments.name;
+}
