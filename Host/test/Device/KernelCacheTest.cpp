@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <map>
 
+#include "Support/EnvironmentVariable.h"
 #include "Support/TemporaryFolder.h"
 
 using Host::KernelCache;
@@ -29,8 +30,8 @@ TEST(KernelCache, LiesWhereTheDriverLooks) {
 
 TEST(KernelCache, IsTheUsualOneWhereItCanBeWritten) {
     TemporaryFolder folder;
-    unsetenv("POCL_CACHE_DIR");
-    setenv("XDG_CACHE_HOME", folder.path().c_str(), 1);
+    const EnvironmentVariable cacheFolder("POCL_CACHE_DIR", std::nullopt);
+    const EnvironmentVariable cacheHome("XDG_CACHE_HOME", folder.path());
     const KernelCache cache;
     EXPECT_EQ(cache.folder(), folder.path("pocl/kcache"));
     EXPECT_FALSE(cache.isPrivate());
@@ -40,9 +41,9 @@ TEST(KernelCache, IsTheUsualOneWhereItCanBeWritten) {
 
 TEST(KernelCache, IsAPrivateOneElsewhereThatDisappears) {
     TemporaryFolder folder;
-    unsetenv("POCL_CACHE_DIR");
-    setenv("XDG_CACHE_HOME", folder.file("file").c_str(), 1);
-    setenv("TMPDIR", folder.path().c_str(), 1);
+    const EnvironmentVariable cacheFolder("POCL_CACHE_DIR", std::nullopt);
+    const EnvironmentVariable cacheHome("XDG_CACHE_HOME", folder.file("file"));
+    const EnvironmentVariable temporary("TMPDIR", folder.path());
     std::string privateFolder;
     {
         const KernelCache cache;
@@ -61,7 +62,7 @@ TEST(KernelCache, IsAPrivateOneElsewhereThatDisappears) {
 TEST(KernelCache, LeavesAFolderThatTheUserNamed) {
     TemporaryFolder folder;
     const std::string named = folder.file("file") + "/cache";
-    setenv("POCL_CACHE_DIR", named.c_str(), 1);
+    const EnvironmentVariable cacheFolder("POCL_CACHE_DIR", named);
     const KernelCache cache;
     EXPECT_EQ(cache.folder(), named);
     EXPECT_EQ(cache.notice(),

@@ -66,6 +66,8 @@ TEST(FrameRange, CountsRepeatedFramesTowardsTheLimitBeforeTheyFillMemory) {
     EXPECT_NE(failure("-2147483648-2147483647"), "no failure");
 }
 
+namespace {
+
 struct Defect {
     const char* text;
     std::string reason;
@@ -75,6 +77,8 @@ struct Defect {
 std::ostream& operator<<(std::ostream& stream, const Defect& defect) { return stream << '"' << defect.text << '"'; }
 
 class FrameRangeDefect : public testing::TestWithParam<Defect> {};
+
+} // namespace
 
 TEST_P(FrameRangeDefect, IsReportedWithTheOffendingText) {
     EXPECT_EQ(failure(GetParam().text), "2: Frame range " + GetParam().reason + examples);

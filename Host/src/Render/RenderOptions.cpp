@@ -1,0 +1,162 @@
+#include "Render/RenderOptions.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+
+#include "Console/Failure.h"
+#include "Console/MemorySize.h"
+#include "Console/Progress.h"
+
+namespace Host {
+
+struct RenderOptionsReader::Texts {
+    std::string clip, output, distortion, shading, plate, correctionFile, imageArea, clipResolution, frames, pixelType,
+        compression, memory;
+    std::string window = "box";
+    std::string boxSize = "frame";
+    std::string progress = "auto";
+    bool renderMap = false, skipExisting = false, overwrite = false, keepGoing = false, stopOnError = false,
+         force = false;
+    std::optional<float> overscan;
+    std::optional<std::int32_t> start, end, step;
+    unsigned int threads = 0;
+};
+
+namespace {
+
+[[noreturn]] void refuse(const std::string& text) { throw Failure(ExitCode::WrongUse, text); }
+
+/// An option that was not given has an empty text; one that was given empty is refused by the parser already.
+std::optional<std::string> given(const std::string& text) {
+    return text.empty() ? std::nullopt : std::optional<std::string>(text);
+}
+
+std::optional<FrameRange> framesOf(const std::string& list, std::optional<std::int32_t> start,
+                                   std::optional<std::int32_t> end, std::optional<std::int32_t> step) {
+    if (!list.empty()) {
+        if (start || end || step) refuse("--frames and --start, --end, --step say the same twice; leave one of them.");
+        return FrameRange::parse(list);
+    }
+    if (!start && !end && !step) return std::nullopt;
+    if (!start || !end) refuse("--start and --end belong together.");
+    return FrameRange::fromStartToEnd(*start, *end, step.value_or(1));
+}
+
+} // namespace
+
+RenderOptionsReader::RenderOptionsReader() : m_texts(std::make_unique<Texts>()) {}
+
+RenderOptionsReader::~RenderOptionsReader() = default;
+
+void RenderOptionsReader::declareOptions(CLI::App& app) {
+    Texts& t = *m_texts;
+    app.add_option("CLIP", t.clip, "Movie, file pattern (%04d, ####), picture file, or folder with one sequence")
+        ->required();
+    app.add_option("-o,--output", t.output, "File pattern or file to write; missing folders are made")->required();
+
+    CLI::Option_group& correction = *app.add_option_group("Correction", "At least one of --distortion and --shading");
+    correction.add_option("--distortion", t.distortion, "undistort removes the lens's distortion, distort applies it")
+        ->check(CLI::IsMember({"undistort", "distort"}));
+    correction.add_option("--shading", t.shading, "remove divides the lens's shading out, add applies it")
+        ->check(CLI::IsMember({"remove", "add"}));
+    correction.add_flag("--map", t.renderMap, "Write the correction's map instead of the picture");
+
+    CLI::Option_group& lens = *app.add_option_group("Lens data");
+    lens.add_option("--plate", t.plate, "CLIP is CG; the lens data come from this clip");
+    lens.add_option("--correction-file", t.correctionFile, "Use this file instead of the one found around the clip");
+    lens.add_option("--image-area", t.imageArea, "Recording format: sensor area in mm, WxH; needs --clip-resolution");
+    lens.add_option("--clip-resolution", t.clipResolution, "Recording format: clip in px, WxH; needs --image-area");
+    lens.add_option("--overscan", t.overscan,
+                    "Overscan inside the format, in percent; without it the data window is the overscan");
+
+    CLI::Option_group& range = *app.add_option_group("Frames", "Without any of them, all frames that exist");
+    range.add_option("--frames", t.frames, "List such as 1001-1100x2,1200");
+    range.add_option("--start", t.start, "First frame; with --end");
+    range.add_option("--end", t.end, "Last frame");
+    range.add_option("--step", t.step, "Every so many frames");
+
+    CLI::Option_group& files = *app.add_option_group("Files");
+    files.add_option("--type", t.pixelType, "Pixels; without it as in CLIP")->check(CLI::IsMember({"half", "float"}));
+    files.add_option("--compression", t.compression, "Of EXR files; without it as in CLIP")
+        ->check(CLI::IsMember({"none", "rle", "zips", "zip", "piz", "pxr24", "b44", "b44a", "dwaa", "dwab"}));
+    files.add_option("--window", t.window, "Data window: all that the correction fills (box), or the format")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"box", "format"}));
+    files.add_option("--size", t.boxSize, "Box of each frame (frame), or of the largest one for all (constant)")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"frame", "constant"}));
+    files.add_flag("--skip-existing", t.skipExisting, "Leave frames that are finished and made from the same inputs");
+    files.add_flag("--overwrite", t.overwrite, "Replace existing files");
+    files.add_flag("--force", t.force, "Correct although CLIP carries the mark of a correction");
+
+    CLI::Option_group& job = *app.add_option_group("Job");
+    job.add_flag("--keep-going", t.keepGoing, "Go on with other frames when one fails (default)");
+    job.add_flag("--stop-on-error", t.stopOnError, "End at the first frame that fails");
+    job.add_option("--memory", t.memory, "Limit for frames on the way, such as 8G; without it half of the machine's");
+    job.add_option("--threads", t.threads, "Threads that decode and encode; 0: one per core")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 1024));
+    job.add_option("--progress", t.progress, "On a terminal a bar, elsewhere lines (auto); json on the standard output")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"auto", "bar", "lines", "json", "none"}));
+}
+
+RenderOptions RenderOptionsReader::read() const {
+    const Texts& t = *m_texts;
+    RenderOptions options;
+    options.clip = t.clip;
+    options.output = FilePattern::parse(t.output, FilePattern::Use::Output);
+
+    using Distortion = RenderOptions::Distortion;
+    using Shading = RenderOptions::Shading;
+    if (!t.distortion.empty()) {
+        options.distortion = t.distortion == "undistort" ? Distortion::Undistort : Distortion::Distort;
+    }
+    if (!t.shading.empty()) options.shading = t.shading == "remove" ? Shading::Remove : Shading::Add;
+    if (options.distortion == Distortion::None && options.shading == Shading::None) {
+        refuse("Nothing is to be corrected: give --distortion undistort|distort, --shading remove|add, or both.");
+    }
+    if (options.distortion != Distortion::None && options.shading != Shading::None) {
+        if (t.renderMap) refuse("--map shows one correction: leave --distortion or --shading out.");
+        if ((options.distortion == Distortion::Undistort) != (options.shading == Shading::Remove)) {
+            refuse(
+                "--distortion undistort goes with --shading remove, and distort with add: one lens either recorded the "
+                "picture or did not. For other mixtures run the program twice.");
+        }
+    }
+    options.renderMap = t.renderMap;
+
+    options.plate = given(t.plate);
+    options.correctionFile = given(t.correctionFile);
+    if (t.imageArea.empty() != t.clipResolution.empty()) refuse("--image-area and --clip-resolution belong together.");
+    if (!t.imageArea.empty()) {
+        options.imageArea = parseMillimetreSize("--image-area", t.imageArea);
+        options.clipResolution = parsePixelSize("--clip-resolution", t.clipResolution);
+    }
+    if (t.overscan && !(*t.overscan >= 0.0f && *t.overscan <= 1000.0f)) {
+        refuse(fmt::format("--overscan {} is not between 0 and 1000 percent.", *t.overscan));
+    }
+    options.overscan = t.overscan;
+
+    options.frames = framesOf(t.frames, t.start, t.end, t.step);
+    if (!t.pixelType.empty()) {
+        options.pixelType = t.pixelType == "half" ? RenderOptions::PixelType::Half : RenderOptions::PixelType::Float;
+    }
+    options.compression = given(t.compression);
+    options.window = t.window == "box" ? RenderOptions::Window::Box : RenderOptions::Window::Format;
+    options.boxSize = t.boxSize == "frame" ? RenderOptions::BoxSize::Frame : RenderOptions::BoxSize::Constant;
+
+    if (t.skipExisting && t.overwrite) refuse("--skip-existing and --overwrite contradict each other.");
+    if (t.keepGoing && t.stopOnError) refuse("--keep-going and --stop-on-error contradict each other.");
+    options.skipExisting = t.skipExisting;
+    options.overwrite = t.overwrite;
+    options.stopOnError = t.stopOnError;
+    options.force = t.force;
+    if (!t.memory.empty()) options.memory = parseMemorySize(t.memory);
+    options.threads = t.threads;
+    options.progress = t.progress;
+    return options;
+}
+
+} // namespace Host

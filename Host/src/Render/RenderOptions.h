@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Console/Dimensions.h"
+#include "Frames/FilePattern.h"
+#include "Frames/FrameRange.h"
+
+namespace CLI {
+class App;
+}
+
+namespace Host {
+
+/// What a render job is to do; checked as far as that is possible without looking at the clip.
+struct RenderOptions {
+    enum class Distortion { None, Undistort, Distort };
+    enum class Shading { None, Remove, Add };
+    enum class Window {
+        Box,    ///< data window = what the correction fills, display window = the format
+        Format, ///< both are the format; what lies outside is cut off
+    };
+    enum class BoxSize {
+        Frame,   ///< every frame has the box that it needs
+        Constant ///< all frames have the box that the largest needs
+    };
+    enum class PixelType { Half, Float };
+
+    std::string clip; ///< as written
+    FilePattern output;
+
+    Distortion distortion = Distortion::None;
+    Shading shading = Shading::None;
+    bool renderMap = false; ///< only one correction is wanted then
+
+    std::optional<std::string> plate;          ///< the lens data come from this clip; `clip` is CG then
+    std::optional<std::string> correctionFile; ///< instead of the one that is found around the clip
+    std::optional<MillimetreSize> imageArea;   ///< both or neither of these two: a manual recording format
+    std::optional<PixelSize> clipResolution;
+    std::optional<float> overscan; ///< percent, inside the format; without it the data window is the overscan
+
+    std::optional<FrameRange> frames;       ///< without it, what exists on disk
+    std::optional<PixelType> pixelType;     ///< without it, the clip's
+    std::optional<std::string> compression; ///< OpenEXR's names in lower case; without it, the clip's
+    Window window = Window::Box;
+    BoxSize boxSize = BoxSize::Frame;
+
+    bool skipExisting = false; ///< leave frames that are finished and made from the same inputs
+    bool overwrite = false;    ///< replace existing files; with neither of the two, existing files end the job
+    bool stopOnError = false;  ///< end at the first failed frame; else go on with the others
+    bool force = false;        ///< correct although the clip carries the mark of a correction
+
+    std::uint64_t memory = 0; ///< bytes for frames on the way; 0: half of the machine's
+    unsigned int threads = 0; ///< 0: one per core
+    std::string progress = "auto";
+};
+
+/// Reads RenderOptions from a command line.
+class RenderOptionsReader {
+public:
+    RenderOptionsReader();
+    ~RenderOptionsReader();
+    RenderOptionsReader(const RenderOptionsReader&) = delete;
+    RenderOptionsReader& operator=(const RenderOptionsReader&) = delete;
+
+    /// Declares the options; the reader outlives the parse.
+    void declareOptions(CLI::App& app);
+
+    /// The options of the last parse. Throws Failure (WrongUse) with what does not go together or is not understood.
+    RenderOptions read() const;
+
+private:
+    struct Texts;
+    std::unique_ptr<Texts> m_texts; ///< the options as written
+};
+
+} // namespace Host

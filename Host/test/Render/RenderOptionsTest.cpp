@@ -1,0 +1,128 @@
+#include "Render/RenderOptions.h"
+
+#include <gtest/gtest.h>
+
+#include <CLI/CLI.hpp>
+
+#include "Support/FailureText.h"
+
+using Host::RenderOptions;
+using Host::RenderOptionsReader;
+
+namespace {
+
+/// Options of `render in.exr -o out.exr` and what follows, parsed like a command line.
+RenderOptions options(const std::string& more) {
+    CLI::App app;
+    RenderOptionsReader reader;
+    reader.declareOptions(app);
+    app.parse("in.%04d.exr -o out.%04d.exr " + more);
+    return reader.read();
+}
+
+std::string failure(const std::string& more) {
+    return failureOf([&] { options(more); });
+}
+
+} // namespace
+
+TEST(RenderOptions, HaveTheirDefaults) {
+    const RenderOptions read = options("--distortion undistort");
+    EXPECT_EQ(read.clip, "in.%04d.exr");
+    EXPECT_EQ(read.output.string(), "out.%04d.exr");
+    EXPECT_EQ(read.distortion, RenderOptions::Distortion::Undistort);
+    EXPECT_EQ(read.shading, RenderOptions::Shading::None);
+    EXPECT_FALSE(read.renderMap);
+    EXPECT_FALSE(read.plate || read.correctionFile || read.imageArea || read.clipResolution || read.overscan ||
+                 read.frames || read.pixelType || read.compression);
+    EXPECT_EQ(read.window, RenderOptions::Window::Box);
+    EXPECT_EQ(read.boxSize, RenderOptions::BoxSize::Frame);
+    EXPECT_FALSE(read.skipExisting || read.overwrite || read.stopOnError || read.force);
+    EXPECT_EQ(read.memory, 0u);
+    EXPECT_EQ(read.threads, 0u);
+    EXPECT_EQ(read.progress, "auto");
+}
+
+TEST(RenderOptions, ReadEveryOption) {
+    const RenderOptions read = options(
+        "--distortion distort --shading add --plate p.mov --correction-file c.olcf --image-area 23.76x13.37 "
+        "--clip-resolution 1920x1080 --overscan 10.5 --frames 1-3 --type float --compression piz --window format "
+        "--size constant --overwrite --stop-on-error --force --memory 8G --threads 4 --progress json");
+    EXPECT_EQ(read.distortion, RenderOptions::Distortion::Distort);
+    EXPECT_EQ(read.shading, RenderOptions::Shading::Add);
+    EXPECT_EQ(read.plate, "p.mov");
+    EXPECT_EQ(read.correctionFile, "c.olcf");
+    EXPECT_EQ(read.imageArea, (Host::MillimetreSize{23.76f, 13.37f}));
+    EXPECT_EQ(read.clipResolution, (Host::PixelSize{1920, 1080}));
+    EXPECT_EQ(read.overscan, 10.5f);
+    EXPECT_EQ(read.frames->frames(), (std::vector<std::int32_t>{1, 2, 3}));
+    EXPECT_EQ(read.pixelType, RenderOptions::PixelType::Float);
+    EXPECT_EQ(read.compression, "piz");
+    EXPECT_EQ(read.window, RenderOptions::Window::Format);
+    EXPECT_EQ(read.boxSize, RenderOptions::BoxSize::Constant);
+    EXPECT_TRUE(read.overwrite && read.stopOnError && read.force);
+    EXPECT_EQ(read.memory, 8589934592u);
+    EXPECT_EQ(read.threads, 4u);
+    EXPECT_EQ(read.progress, "json");
+}
+
+TEST(RenderOptions, TakeAMapOfOneCorrection) {
+    EXPECT_TRUE(options("--shading remove --map --skip-existing --keep-going").renderMap);
+}
+
+TEST(RenderOptions, TakeStartEndAndStep) {
+    EXPECT_EQ(options("--shading remove --start -1 --end 3 --step 2").frames->frames(),
+              (std::vector<std::int32_t>{-1, 1, 3}));
+}
+
+namespace {
+
+struct Defect {
+    const char* arguments;
+    const char* text;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Defect& defect) {
+    return stream << '"' << defect.arguments << '"';
+}
+
+class RenderOptionsDefect : public testing::TestWithParam<Defect> {};
+
+} // namespace
+
+TEST_P(RenderOptionsDefect, IsReported) {
+    EXPECT_EQ(failure(GetParam().arguments), std::string("2: ") + GetParam().text);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, RenderOptionsDefect,
+    testing::Values(
+        Defect{"", "Nothing is to be corrected: give --distortion undistort|distort, --shading remove|add, or both."},
+        Defect{"--distortion undistort --shading remove --map",
+               "--map shows one correction: leave --distortion or --shading out."},
+        Defect{"--distortion undistort --shading add",
+               "--distortion undistort goes with --shading remove, and distort with add: one lens either recorded the "
+               "picture or did not. For other mixtures run the program twice."},
+        Defect{"--shading remove --image-area 24x13", "--image-area and --clip-resolution belong together."},
+        Defect{"--shading remove --clip-resolution 24x13", "--image-area and --clip-resolution belong together."},
+        Defect{"--shading remove --image-area 24 --clip-resolution 24x13",
+               "--image-area \"24\" is not a size in millimetres, such as 23.76x13.37."},
+        Defect{"--shading remove --overscan -1", "--overscan -1 is not between 0 and 1000 percent."},
+        Defect{"--shading remove --overscan nan", "--overscan nan is not between 0 and 1000 percent."},
+        Defect{"--shading remove --frames 1 --start 1 --end 2",
+               "--frames and --start, --end, --step say the same twice; leave one of them."},
+        Defect{"--shading remove --start 1", "--start and --end belong together."},
+        Defect{"--shading remove --step 2", "--start and --end belong together."},
+        Defect{"--shading remove --skip-existing --overwrite",
+               "--skip-existing and --overwrite contradict each other."},
+        Defect{"--shading remove --keep-going --stop-on-error",
+               "--keep-going and --stop-on-error contradict each other."},
+        Defect{"--shading remove --memory 0",
+               "Memory size \"0\" is not understood: it must be more than 0. Examples: 8G, 512M, 1.5G."}));
+
+TEST(RenderOptions, AreCheckedAgainstTheirListsOfWords) {
+    for (const char* more : {"--distortion remove", "--shading undistort", "--type 16", "--compression lzw",
+                             "--window all", "--size 1920x1080", "--threads -1", "--threads 1025", "--progress loud"}) {
+        EXPECT_THROW(options(more), CLI::ParseError) << more;
+    }
+}
