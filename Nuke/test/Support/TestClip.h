@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 
 #include "DDImage/Substitute/ReadSource.h"
@@ -21,5 +22,5 @@ public:
     DD::Image::MetaData::Bundle metaData;
     /// Column and row from the bottom left of the format.
     std::function<float(int x, int y, DD::Image::Channel)> pixel = [](int, int, DD::Image::Channel) { return 0.5f; };
-    int fetchCount = 0;
+    std::atomic<int> fetchCount{0};
 };
