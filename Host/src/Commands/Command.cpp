@@ -4,6 +4,7 @@
 #include "Commands/DevicesCommand.h"
 #include "Commands/FindCommand.h"
 #include "Commands/FormatsCommand.h"
+#include "Commands/PlotCommand.h"
 
 namespace Host {
 
@@ -13,6 +14,7 @@ std::vector<std::unique_ptr<Command>> allCommands() {
     std::vector<std::unique_ptr<Command>> commands;
     commands.push_back(std::make_unique<FindCommand>());
     commands.push_back(std::make_unique<CheckCommand>());
+    commands.push_back(std::make_unique<PlotCommand>());
     commands.push_back(std::make_unique<FormatsCommand>());
     commands.push_back(std::make_unique<DevicesCommand>());
     return commands;

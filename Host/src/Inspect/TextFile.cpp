@@ -1,0 +1,21 @@
+#include "Inspect/TextFile.h"
+
+#include <fmt/format.h>
+
+#include <fstream>
+
+#include "Console/Failure.h"
+#include "Output/AtomicFile.h"
+
+namespace Host {
+
+void writeTextFile(const std::string& path, const std::string& text) {
+    AtomicFile file(path);
+    std::ofstream stream(file.temporaryPath(), std::ios::binary);
+    stream << text;
+    stream.close();
+    if (!stream) throw Failure(ExitCode::Output, fmt::format("{}: could not be written; is the disk full?", path));
+    file.commit();
+}
+
+} // namespace Host
