@@ -7,9 +7,12 @@
 #include <cstdio>
 #include <random>
 
+#include "Core/Core.h"
+#include "Core/FakeCoreDataSource.h"
+#include "Core/Image.h"
 #include "Core/ReferenceLens.h"
-#include "Core/RenderTest.h"
 #include "Support/CorrectionFileText.h"
+#include "Support/OpenCLDevice.h"
 #include "Support/TemporaryFolder.h"
 
 using Support::Image;
@@ -28,7 +31,7 @@ std::string listOf(const std::vector<float>& values) {
     return list;
 }
 
-class CoreReferenceTest : public Support::RenderTest {
+class CoreReferenceTest : public OnOpenCLDevice {
 protected:
     const Support::TemporaryFolder m_folder;
     Support::HostFrame m_host;

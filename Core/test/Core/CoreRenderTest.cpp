@@ -9,9 +9,12 @@
 #include <random>
 #include <thread>
 
-#include "Core/RenderTest.h"
+#include "Core/Core.h"
+#include "Core/FakeCoreDataSource.h"
+#include "Core/Image.h"
 #include "Support/CorrectionFileText.h"
 #include "Support/JsonRecord.h"
+#include "Support/OpenCLDevice.h"
 #include "Support/TemporaryFolder.h"
 
 using Support::bytes;
@@ -31,7 +34,7 @@ constexpr Core::ShadingCorrectionParameter shadingMap{false, true};
 constexpr Core::DistortionCorrectionParameter undistort{false, false};
 constexpr Core::DistortionCorrectionParameter distortionMap{false, true};
 
-class CoreRenderTest : public Support::RenderTest {
+class CoreRenderTest : public OnOpenCLDevice {
 protected:
     Support::HostFrame m_host;
     Core::Core m_core{std::make_unique<Support::FakeCoreDataSource>(m_host)};
@@ -295,7 +298,7 @@ struct Node {
     }
 };
 
-class CoreThreadsTest : public Support::RenderTest {
+class CoreThreadsTest : public OnOpenCLDevice {
 protected:
     const Support::TemporaryFolder m_folder;
     std::list<Node> m_nodes;

@@ -44,15 +44,8 @@ protected:
         return m_core.frameSize(width, height);
     }
 
-    std::string brief() const {
-        char text[4096];
-        return m_core.briefErrorDescription(text, sizeof(text)) ? text : "no error";
-    }
-
-    std::string detailed() const {
-        char text[16384];
-        return m_core.detailedErrorDescription(text, sizeof(text)) ? text : "no error";
-    }
+    std::string brief() const { return Support::briefErrorOf(m_core); }
+    std::string detailed() const { return Support::detailedErrorOf(m_core); }
 
     std::string failureOfFrameSize() {
         EXPECT_FALSE(frameSize());

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Core/Core.h"
 #include "Core/CoreDataSource.h"
 
 namespace Support {
@@ -86,5 +87,16 @@ private:
     const HostFrame& m_frame;
     mutable std::mutex m_mutex;
 };
+
+/// The last failure's texts, or "no error".
+inline std::string briefErrorOf(const Core::Core& core) {
+    char text[4096];
+    return core.briefErrorDescription(text, sizeof(text)) ? text : "no error";
+}
+
+inline std::string detailedErrorOf(const Core::Core& core) {
+    char text[16384];
+    return core.detailedErrorDescription(text, sizeof(text)) ? text : "no error";
+}
 
 } // namespace Support
