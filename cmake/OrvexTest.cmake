@@ -1,6 +1,6 @@
 # orvex_add_test(NAME LABEL label LINK targets…): one GoogleTest program; sources are added by its folders.
 # Each case runs in a process of its own, so once-only objects are fresh in every case. The OpenCL compiler's cache of
-# the processor device lies in the build tree, so that tests need no writable home.
+# the processor device lies in the build tree, so that tests need no writable home; what that device leaks is not reported.
 if(ORVEX_BUILD_TESTS)
     enable_testing()
     find_package(GTest REQUIRED)
@@ -14,5 +14,7 @@ function(orvex_add_test name)
     target_compile_definitions(${name} PRIVATE ORVEX_SOURCE_DIR="${PROJECT_SOURCE_DIR}" ORVEX_BINARY_DIR="${PROJECT_BINARY_DIR}")
     gtest_discover_tests(${name} TEST_PREFIX "${name}/" DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
         PROPERTIES LABELS "${arg_LABEL}" TIMEOUT 300
-        ENVIRONMENT "POCL_CACHE_DIR=${PROJECT_BINARY_DIR}/opencl-cache")
+        ENVIRONMENT "POCL_CACHE_DIR=${PROJECT_BINARY_DIR}/opencl-cache"
+        ENVIRONMENT_MODIFICATION
+            "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/cmake/leak-suppressions.txt:print_suppressions=0")
 endfunction()
