@@ -33,6 +33,11 @@ RecordingFormat ExtendedManagedContainer::recordingFormat() {
     return m_recordingFormat;
 }
 
+RecordingFormatOrigin ExtendedManagedContainer::recordingFormatOrigin() {
+    recordingFormat();
+    return m_recordingFormatOrigin;
+}
+
 void ExtendedManagedContainer::computeRecordingFormat(const CorrectionData::Header& header) {
     RecordingFormat format;
     format.imageAreaWidth = header.sensorWidth;
@@ -47,6 +52,7 @@ void ExtendedManagedContainer::computeRecordingFormat(const CorrectionData::Head
         const double halfHeight = static_cast<double>(format.imageAreaHeight) * 0.5;
         format.imageRadius = static_cast<float>(std::sqrt(halfWidth * halfWidth + halfHeight * halfHeight));
         m_recordingFormat = format;
+        m_recordingFormatOrigin.kind = RecordingFormatOrigin::Kind::Header;
         return;
     }
     if (header.cameraManufacturer.empty() || header.cameraModel.empty()) return;
@@ -59,6 +65,7 @@ void ExtendedManagedContainer::computeRecordingFormat(const CorrectionData::Head
         return; // a camera that the table does not know implies no format
     }
     unsigned int candidates = 0;
+    std::string candidateName;
     for (const auto& [name, candidate] : formats) {
         const bool isSameResolution =
             candidate.clipResolutionWidth == header.clipWidth && candidate.clipResolutionHeight == header.clipHeight;
@@ -68,9 +75,12 @@ void ExtendedManagedContainer::computeRecordingFormat(const CorrectionData::Head
         ORVEX_ASSERT(!(isSameResolution && isSameImageAreaWidth));
         if (!isSameResolution && !isSameImageAreaWidth) continue;
         format = candidate;
+        candidateName = name;
         ++candidates;
     }
-    if (candidates == 1) m_recordingFormat = format;
+    if (candidates != 1) return;
+    m_recordingFormat = format;
+    m_recordingFormatOrigin = {RecordingFormatOrigin::Kind::Database, candidateName};
 }
 
 } // namespace Core

@@ -9,6 +9,19 @@
 
 namespace Core {
 
+/// Where a recording format comes from.
+struct RecordingFormatOrigin {
+    enum class Kind {
+        None,     ///< there is no complete format
+        User,     ///< entered by hand
+        Header,   ///< sensor width and clip size of the correction data
+        Database, ///< the built-in table
+    };
+
+    Kind kind = Kind::None;
+    std::string name; ///< of the table's format, for Database
+};
+
 /// A clip's correction data together with the recording format that they imply.
 ///
 /// The format is worked out once per container. Threads: as the managed container.
@@ -28,11 +41,15 @@ public:
     /// image area height and radius 0. Throws what headerData throws; a later call tries again then.
     RecordingFormatDatabase::RecordingFormat recordingFormat();
 
+    /// Of that format; throws as it does.
+    RecordingFormatOrigin recordingFormatOrigin();
+
 private:
     void computeRecordingFormat(const CorrectionData::Header& header);
 
     std::once_flag m_recordingFormatOnceFlag;
     RecordingFormatDatabase::RecordingFormat m_recordingFormat;
+    RecordingFormatOrigin m_recordingFormatOrigin;
 };
 
 } // namespace Core

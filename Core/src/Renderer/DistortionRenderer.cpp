@@ -47,6 +47,12 @@ private:
     float m_frameImageRadius;
 };
 
+void checkRadii(const DistortionParameter& parameter) {
+    if (parameter.imageRadius > 0.0f && parameter.frameImageRadius > 0.0f) return;
+    throw Exception("Image radii of " + toString(parameter.imageRadius) + " mm" + " and " +
+                    toString(parameter.frameImageRadius) + " mm" + " are invalid and need to be greater than zero.");
+}
+
 } // namespace
 
 DistortionRenderer::DistortionRenderer() : m_imageKernel(makeKernel(false)), m_mapKernel(makeKernel(true)) {}
@@ -76,14 +82,12 @@ int DistortionRenderer::setKernelArguments(cl_kernel kernel, bool isMapKernel) c
     return status;
 }
 
-void DistortionRenderer::checkParameterAndThrowExceptionIfNeeded() const {
-    if (parameter.imageRadius > 0.0f && parameter.frameImageRadius > 0.0f) return;
-    throw Exception("Image radii of " + toString(parameter.imageRadius) + " mm" + " and " +
-                    toString(parameter.frameImageRadius) + " mm" + " are invalid and need to be greater than zero.");
-}
+void DistortionRenderer::checkParameterAndThrowExceptionIfNeeded() const { checkRadii(parameter); }
 
-void DistortionRenderer::frameSize(unsigned int& width, unsigned int& height) {
-    checkParameterAndThrowExceptionIfNeeded();
+void DistortionRenderer::frameSize(unsigned int& width, unsigned int& height) { frameSize(parameter, width, height); }
+
+void DistortionRenderer::frameSize(const DistortionParameter& parameter, unsigned int& width, unsigned int& height) {
+    checkRadii(parameter);
 
     const float currentWidth = static_cast<float>(parameter.currentWidth);
     const float currentHeight = static_cast<float>(parameter.currentHeight);

@@ -30,6 +30,9 @@ public:
     /// negative factor, or a size that is not finite or above 2³¹ px); then both values are untouched.
     void frameSize(unsigned int& width, unsigned int& height);
 
+    /// The same for parameters that are no renderer's; needs no OpenCL device. Any thread.
+    static void frameSize(const DistortionParameter& parameter, unsigned int& width, unsigned int& height);
+
     /// Renders one frame; `inputBuffer` is null exactly when parameter.renderMap is set. Areas that the source does not
     /// cover fade to (0, 0, 0, 0). The map holds (x ÷ width, y ÷ height, 0, 1) whatever the coefficients.
     /// Throws NotRenderedException with the reason; then the output is undefined and the renderer stays usable.

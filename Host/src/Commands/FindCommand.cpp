@@ -8,15 +8,13 @@
 #include <nlohmann/json.hpp>
 
 #include "Console/Failure.h"
+#include "Core/FramePreparation.h"
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "CorrectionFile/Finder/NotFoundException.h"
 #include "Frames/ClipPath.h"
 
 namespace Host {
 namespace {
-
-/// As far as the correction itself searches.
-constexpr CorrectionFile::LevelOfDepth searchDepth{1, 5, 2};
 
 void printJson(const nlohmann::ordered_json& json) {
     fmt::print("{}\n", json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace));
@@ -39,7 +37,7 @@ ExitCode FindCommand::run() {
     const std::string clip = clipFilePath(FrameFiles::find(m_clip));
     std::string file;
     try {
-        CorrectionFile::ClipFilePathBasedFinder(clip, searchDepth).find(file);
+        CorrectionFile::ClipFilePathBasedFinder(clip, Core::correctionFileSearchDepth).find(file);
     } catch (const CorrectionFile::NotFoundException& exception) {
         if (m_asJson) {
             printJson(

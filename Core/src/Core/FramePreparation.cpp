@@ -1,0 +1,324 @@
+#include "Core/FramePreparation.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <sstream>
+#include <utility>
+
+#include "CorrectionData/ContainerManager/ContainerManager.h"
+#include "CorrectionData/ContainerManager/CorrectionFileBasedContainerManagerDataSource.h"
+#include "Exception/Assert.h"
+#include "Exception/DetailLines.h"
+#include "Exception/Exception.h"
+#include "Timecode/Timecode.h"
+
+namespace Core {
+
+namespace {
+
+using RecordingFormatDatabase::RecordingFormat;
+
+constexpr std::size_t textCapacity = 4096;
+constexpr std::uint32_t cachedCorrectionFiles = 100;
+constexpr float unsignedLimit = 4294967296.0f;
+
+// The process-wide objects are made on first use and never destroyed: a host thread may still render while static
+// objects are torn down.
+
+std::mutex& containerManagerLock() {
+    static auto* const lock = new std::mutex;
+    return *lock;
+}
+
+const std::shared_ptr<CorrectionData::ManagedContainerDataSource>& managedContainerDataSource() {
+    static const auto* const dataSource = new std::shared_ptr<CorrectionData::ManagedContainerDataSource>(
+        std::make_shared<CorrectionData::ContainerManager>(
+            std::make_unique<CorrectionData::CorrectionFileBasedContainerManagerDataSource>(correctionFileSearchDepth),
+            cachedCorrectionFiles));
+    return *dataSource;
+}
+
+/// Asks one of the data source's text questions. An empty text counts as none: nothing can be found by it.
+template <typename Question>
+bool ask(Question question, std::string& text) {
+    char buffer[textCapacity] = {};
+    if (!question(buffer, sizeof(buffer))) return false;
+    text.assign(buffer, strnlen(buffer, sizeof(buffer)));
+    return !text.empty();
+}
+
+template <typename Width, typename Height>
+std::string size(Width width, Height height, const char* unit) {
+    std::ostringstream stream;
+    stream.imbue(std::locale::classic());
+    stream << width << 'x' << height << ' ' << unit;
+    return stream.str();
+}
+
+std::string length(float value, const char* unit) {
+    std::ostringstream stream;
+    stream.imbue(std::locale::classic());
+    stream << value << ' ' << unit;
+    return stream.str();
+}
+
+void checkAspectRatio(const FrameData& frame, const RecordingFormat& format) {
+    const float aspectRatio =
+        static_cast<float>(format.clipResolutionWidth) / static_cast<float>(format.clipResolutionHeight);
+    const float roundedUp = std::ceil(static_cast<float>(frame.width) / aspectRatio);
+    // A height that no frame has is only shown, as the largest number.
+    const std::uint32_t expectedHeight =
+        roundedUp < unsignedLimit ? static_cast<std::uint32_t>(roundedUp) : static_cast<std::uint32_t>(-1);
+    const std::uint32_t difference =
+        expectedHeight > frame.height ? expectedHeight - frame.height : frame.height - expectedHeight;
+    if (difference < 2) return;
+    throw Exception(
+        "Aspect ratio of the current frame is not as expected. Recommended resolution is " +
+            size(frame.width, expectedHeight, "px."),
+        DetailLines()
+            .number("Current Frame Resolution", size(frame.width, frame.height, "px"))
+            .number("Recording Format Resolution", size(format.clipResolutionWidth, format.clipResolutionHeight, "px"))
+            .string());
+}
+
+/// The image radius in mm that belongs to the rendered frame's half-diagonal.
+float renderedImageRadius(const RecordingFormat& format, const FrameData& frame) {
+    return format.imageRadius * (1.0f + frame.overscan / 100.0f);
+}
+
+void checkImageRadius(float imageRadius, const FrameData& frame) {
+    if (std::isfinite(imageRadius)) return;
+    throw Exception("There is no valid image radius available for the current frame.",
+                    DetailLines()
+                        .number("Image Radius", length(imageRadius, "mm"))
+                        .number("Overscan", length(frame.overscan, "%"))
+                        .string());
+}
+
+/// Both blocks begin alike.
+template <typename Parameter>
+Parameter parameterOf(const FrameData& frame, const RecordingFormat& format, bool renderMap) {
+    Parameter parameter;
+    parameter.currentWidth = frame.width;
+    parameter.currentHeight = frame.height;
+    parameter.originalWidth = format.clipResolutionWidth;
+    parameter.originalHeight = format.clipResolutionHeight;
+    parameter.renderMap = renderMap;
+    return parameter;
+}
+
+template <typename Parameter>
+void setKernelCoefficients(const Polynomial& polynomial, Parameter& parameter) {
+    const auto& c = polynomial.coefficients;
+    parameter.a0 = c[0];
+    parameter.a1 = c[1];
+    parameter.a2 = c[2];
+    parameter.a3 = c[3];
+    parameter.a4 = c[4];
+    parameter.a5 = c[5];
+    parameter.a6 = c[6];
+}
+
+void setFrameCoefficients(const Polynomial& polynomial, Renderer::DistortionParameter& parameter) {
+    const auto& c = polynomial.coefficients;
+    parameter.b0 = c[0];
+    parameter.b1 = c[1];
+    parameter.b2 = c[2];
+    parameter.b3 = c[3];
+    parameter.b4 = c[4];
+    parameter.b5 = c[5];
+    parameter.b6 = c[6];
+}
+
+} // namespace
+
+FramePreparation::FramePreparation(std::unique_ptr<CoreDataSource> dataSource) : m_dataSource(std::move(dataSource)) {}
+
+FramePreparation::~FramePreparation() = default;
+
+RecordingFormat FramePreparation::recordingFormat() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    ExtendedManagedContainer* const container = extendedManagedContainer();
+    const std::lock_guard<std::mutex> managerLock(containerManagerLock());
+    return container->recordingFormat();
+}
+
+std::optional<FrameToCorrect> FramePreparation::retrieveFrameToCorrect() {
+    FrameToCorrect frame;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        ShadingCorrectionParameter shading;
+        DistortionCorrectionParameter distortion;
+        if (m_dataSource->shouldPerformShadingCorrection(shading)) frame.wantedShading = shading;
+        if (m_dataSource->shouldPerformDistortionCorrection(distortion)) frame.wantedDistortion = distortion;
+        if (!frame.wantedShading && !frame.wantedDistortion) return std::nullopt;
+        retrieveRecordingFormat(frame);
+        frame.frameData = retrieveFrameData();
+        retrieveRecord(frame);
+        frame.source = m_containerSource;
+    }
+    checkAspectRatio(frame.frameData, frame.recordingFormat);
+    return frame;
+}
+
+FrameParameters FramePreparation::parameters(const FrameToCorrect& frame) {
+    FrameParameters parameters;
+    if (frame.wantedShading) parameters.shading = shadingParameter(*frame.wantedShading, frame);
+    if (frame.wantedDistortion) parameters.distortion = distortionParameter(*frame.wantedDistortion, frame);
+    return parameters;
+}
+
+void FramePreparation::retrieveRecordingFormat(FrameToCorrect& frame) {
+    // Needed even if the user has chosen a format, so that missing clip data fail here first.
+    ExtendedManagedContainer* const extendedContainer = extendedManagedContainer();
+    ORVEX_ASSERT(extendedContainer);
+    RecordingFormat& format = frame.recordingFormat;
+    if (m_dataSource->recordingFormat(format)) {
+        frame.recordingFormatOrigin.kind = RecordingFormatOrigin::Kind::User;
+    } else {
+        const std::lock_guard<std::mutex> lock(containerManagerLock());
+        format = extendedContainer->recordingFormat();
+        frame.recordingFormatOrigin = extendedContainer->recordingFormatOrigin();
+    }
+    if (format.clipResolutionWidth != 0 && format.clipResolutionHeight != 0 && format.imageRadius > 0.0f &&
+        std::isfinite(format.imageRadius)) {
+        return;
+    }
+    throw Exception("There is no valid data available for the recording format.",
+                    DetailLines()
+                        .number("Image Area Size", size(format.imageAreaWidth, format.imageAreaHeight, "mm"))
+                        .number("Clip Resolution", size(format.clipResolutionWidth, format.clipResolutionHeight, "px"))
+                        .number("Image Radius", length(format.imageRadius, "mm"))
+                        .string());
+}
+
+FrameData FramePreparation::retrieveFrameData() const {
+    constexpr const char* brief = "There is some frame related data missing.";
+    FrameData frameData;
+    if (!m_dataSource->frameData(frameData)) throw Exception(brief);
+    if (frameData.width == 0 || frameData.height == 0) {
+        throw Exception(
+            brief,
+            DetailLines().number("Current Frame Resolution", size(frameData.width, frameData.height, "px")).string());
+    }
+    return frameData;
+}
+
+void FramePreparation::retrieveRecord(FrameToCorrect& frame) {
+    const FrameData& frameData = frame.frameData;
+    ExtendedManagedContainer* const container = extendedManagedContainer();
+    const std::lock_guard<std::mutex> lock(containerManagerLock());
+    CorrectionData::Header header;
+    container->headerData(header);
+
+    unsigned int frameNumber = frameData.frameNumber;
+    if (frameData.frameRate != 0.0f && frameData.frameRate != header.tcFps) {
+        const float converted =
+            std::trunc(header.tcFps / frameData.frameRate * static_cast<float>(frameData.frameNumber));
+        // Written so that a number that is none fails too.
+        if (!(converted >= 0.0f && converted < unsignedLimit)) {
+            throw Exception("Frame number could not be converted to the frame rate of the correction data.",
+                            DetailLines()
+                                .number("Frame Number", frameData.frameNumber)
+                                .number("Frame Rate", frameData.frameRate)
+                                .number("Frame Rate of the Correction Data", header.tcFps)
+                                .string());
+        }
+        frameNumber = static_cast<unsigned int>(converted);
+    }
+
+    const std::string timecode(frameData.timecode, strnlen(frameData.timecode, sizeof(frameData.timecode)));
+    if (header.tcFps == 0.0f || timecode.empty()) {
+        frame.key = RecordKey::FrameNumber;
+        frame.keyText = std::to_string(frameNumber);
+        container->frameData(frameNumber, frame.record);
+    } else {
+        const Timecode::Timecode wanted = Timecode::Timecode(timecode.c_str(), header.tcFps) + frameNumber;
+        frame.key = RecordKey::Timecode;
+        frame.keyText = wanted.string(false);
+        container->frameData(wanted, frame.record);
+    }
+    if (m_containerSource.kind == ContainerSource::Kind::FrameMetadata) frame.key = RecordKey::OwnRecord;
+}
+
+ExtendedManagedContainer* FramePreparation::extendedManagedContainer() {
+    const ContainerSource source = containerSource();
+    if (m_container && m_containerSource.kind == source.kind && m_containerSource.first == source.first &&
+        m_containerSource.second == source.second) {
+        return m_container.get();
+    }
+    switch (source.kind) {
+        case ContainerSource::Kind::CorrectionFile:
+            m_container =
+                std::make_unique<ExtendedManagedContainer>(source.first, source.second, managedContainerDataSource());
+            break;
+        case ContainerSource::Kind::FrameMetadata:
+            m_container = std::make_unique<ExtendedManagedContainer>(source.first);
+            break;
+        case ContainerSource::Kind::ClipFile:
+        case ContainerSource::Kind::None: // containerSource never answers it
+            m_container = std::make_unique<ExtendedManagedContainer>(source.first, managedContainerDataSource());
+            break;
+    }
+    m_containerSource = source;
+    return m_container.get();
+}
+
+ContainerSource FramePreparation::containerSource() const {
+    const CoreDataSource& source = *m_dataSource;
+    std::string correctionFilePath, clipFileName, frameMetadata, clipFilePath;
+    const auto pathQuestion = [&](char* text, unsigned long capacity) {
+        return source.correctionFilePath(text, capacity);
+    };
+    const auto nameQuestion = [&](char* text, unsigned long capacity) { return source.clipFileName(text, capacity); };
+    const auto metadataQuestion = [&](char* text, unsigned long capacity) {
+        return source.frameMetadata(text, capacity);
+    };
+    const auto clipQuestion = [&](char* text, unsigned long capacity) { return source.clipFilePath(text, capacity); };
+    const bool hasCorrectionFilePath = ask(pathQuestion, correctionFilePath);
+    const bool hasClipFileName = ask(nameQuestion, clipFileName);
+    const bool hasFrameMetadata = ask(metadataQuestion, frameMetadata);
+    const bool hasClipFilePath = ask(clipQuestion, clipFilePath);
+
+    if (hasCorrectionFilePath && hasClipFileName) {
+        return {ContainerSource::Kind::CorrectionFile, clipFileName, correctionFilePath};
+    }
+    if (hasFrameMetadata) return {ContainerSource::Kind::FrameMetadata, frameMetadata, ""};
+    if (hasClipFilePath) return {ContainerSource::Kind::ClipFile, clipFilePath, ""};
+
+    DetailLines details;
+    if (hasCorrectionFilePath) details.text("Correction File Path", correctionFilePath);
+    if (hasClipFileName) details.text("Clip File Name", clipFileName);
+    throw Exception("There is some clip and correction file related data missing.", details.string());
+}
+
+Renderer::ShadingParameter FramePreparation::shadingParameter(const ShadingCorrectionParameter& wanted,
+                                                              const FrameToCorrect& frame) {
+    auto parameter = parameterOf<Renderer::ShadingParameter>(frame.frameData, frame.recordingFormat, wanted.renderMap);
+    parameter.imageRadius = renderedImageRadius(frame.recordingFormat, frame.frameData);
+    checkImageRadius(parameter.imageRadius, frame.frameData);
+    setKernelCoefficients(m_polynomials.shading(frame.record), parameter);
+    parameter.reverse = wanted.addShading ? 1 : 0;
+    parameter.gamma = 1.0f;
+    return parameter;
+}
+
+Renderer::DistortionParameter FramePreparation::distortionParameter(const DistortionCorrectionParameter& wanted,
+                                                                    const FrameToCorrect& frame) {
+    auto parameter =
+        parameterOf<Renderer::DistortionParameter>(frame.frameData, frame.recordingFormat, wanted.renderMap);
+    const float imageRadius = renderedImageRadius(frame.recordingFormat, frame.frameData);
+    checkImageRadius(imageRadius, frame.frameData);
+    const DistortionPolynomials polynomials = m_polynomials.distortion(frame.record);
+    const float distortedImageRadius = polynomials.distorted.at(imageRadius);
+    checkImageRadius(distortedImageRadius, frame.frameData);
+    // Kernel coefficients and image radius belong to the picture that is rendered, the others to the one it comes from.
+    setKernelCoefficients(wanted.distort ? polynomials.distorted : polynomials.undistorted, parameter);
+    setFrameCoefficients(wanted.distort ? polynomials.undistorted : polynomials.distorted, parameter);
+    parameter.imageRadius = wanted.distort ? imageRadius : distortedImageRadius;
+    parameter.frameImageRadius = wanted.distort ? distortedImageRadius : imageRadius;
+    return parameter;
+}
+
+} // namespace Core
