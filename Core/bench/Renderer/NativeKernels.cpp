@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <thread>
 #include <vector>
@@ -19,10 +20,15 @@ Float4 load(const float* from) {
 void store(Float4 value, float* to) { std::memcpy(to, &value, sizeof(value)); }
 
 template <typename Rows>
-void onTwoThreads(int height, const Rows& rows) {
-    std::thread other([&] { rows(height / 2, height); });
-    rows(0, height / 2);
-    other.join();
+void onThreads(unsigned int threads, int height, const Rows& rows) {
+    const auto begin = [=](unsigned int share) {
+        return static_cast<int>(static_cast<std::int64_t>(height) * share / threads);
+    };
+    std::vector<std::thread> others;
+    for (unsigned int share = 1; share < threads; share++)
+        others.emplace_back([&, share] { rows(begin(share), begin(share + 1)); });
+    rows(0, begin(1));
+    for (std::thread& other : others) other.join();
 }
 
 template <typename Parameter>
@@ -61,45 +67,75 @@ inline Float4 sampleInside(const float* topLeft, std::size_t width, float x, flo
            ((1.0f - right) * (1.0f - bottom)) * load(topLeft) + (right * (1.0f - bottom)) * load(topLeft + 4);
 }
 
+void positionsOfRow(const Renderer::DistortionParameter& p, int y, float* xs, float* ys) {
+    const int width = static_cast<int>(p.currentWidth);
+    const float floatWidth = static_cast<float>(width), floatHeight = static_cast<float>(p.currentHeight);
+    const float centerX = floatWidth / 2.0f - 0.5f, centerY = floatHeight / 2.0f - 0.5f;
+    const float halfDiagonal = std::sqrt(floatWidth * floatWidth + floatHeight * floatHeight) / 2.0f;
+    const Renderer::DistortionParameter copy = p; // so that no store can seem to change it
+    const float deltaY = static_cast<float>(y) - centerY;
+    for (int x = 0; x < width; x++) {
+        const float deltaX = static_cast<float>(x) - centerX;
+        const float distance = std::sqrt(deltaX * deltaX + deltaY * deltaY) / halfDiagonal * copy.imageRadius;
+        const float sourceDistance = sextic(copy, distance);
+        const float factor = distance > 0.0f ? sourceDistance / distance : 1.0f;
+        xs[x] = limited(centerX + deltaX * factor, floatWidth);
+        ys[x] = limited(centerY + deltaY * factor, floatHeight);
+    }
+}
+
+template <typename X, typename Y>
+void sampleRowAt(const float* input, int width, int height, const X& xAt, const Y& yAt, float* row) {
+    for (int column = 0; column < width; column++) {
+        const float x = xAt(column), y = yAt(column);
+        const int left = static_cast<int>(x), top = static_cast<int>(y);
+        const bool isInside = x >= 0.0f && y >= 0.0f && left < width - 1 && top < height - 1;
+        const std::size_t offset = static_cast<std::size_t>(isInside ? top : 0) * static_cast<std::size_t>(width) +
+                                   static_cast<std::size_t>(isInside ? left : 0);
+        store(isInside ? sampleInside(input + offset * 4, static_cast<std::size_t>(width), x, y,
+                                      static_cast<float>(left), static_cast<float>(top))
+                       : sample(input, width, height, x, y),
+              row + static_cast<std::size_t>(column) * 4);
+    }
+}
+
 } // namespace
 
-void NativeKernels::distortion(const Renderer::DistortionParameter& parameter, const float* input, float* output) {
-    onTwoThreads(static_cast<int>(parameter.currentHeight), [&](int begin, int end) {
-        const Renderer::DistortionParameter p = parameter; // a copy, so that no store can seem to change it
-        const int width = static_cast<int>(p.currentWidth), height = static_cast<int>(p.currentHeight);
-        const float floatWidth = static_cast<float>(width), floatHeight = static_cast<float>(height);
-        const float centerX = floatWidth / 2.0f - 0.5f, centerY = floatHeight / 2.0f - 0.5f;
-        const float halfDiagonal = std::sqrt(floatWidth * floatWidth + floatHeight * floatHeight) / 2.0f;
-        std::vector<float> positionsX(p.currentWidth), positionsY(p.currentWidth);
-        float* const xs = positionsX.data();
-        float* const ys = positionsY.data();
+void NativeKernels::distortion(const Renderer::DistortionParameter& parameter, const float* input, float* output,
+                               unsigned int threads) {
+    const int width = static_cast<int>(parameter.currentWidth), height = static_cast<int>(parameter.currentHeight);
+    onThreads(threads, height, [&](int begin, int end) {
+        std::vector<float> positionsX(parameter.currentWidth), positionsY(parameter.currentWidth);
+        const float* const xs = positionsX.data();
+        const float* const ys = positionsY.data();
         for (int y = begin; y < end; y++) {
-            const float deltaY = static_cast<float>(y) - centerY;
-            for (int x = 0; x < width; x++) {
-                const float deltaX = static_cast<float>(x) - centerX;
-                const float distance = std::sqrt(deltaX * deltaX + deltaY * deltaY) / halfDiagonal * p.imageRadius;
-                const float sourceDistance = sextic(p, distance);
-                const float factor = distance > 0.0f ? sourceDistance / distance : 1.0f;
-                xs[x] = limited(centerX + deltaX * factor, floatWidth);
-                ys[x] = limited(centerY + deltaY * factor, floatHeight);
-            }
-            float* const row = output + static_cast<std::size_t>(y) * p.currentWidth * 4;
-            for (int x = 0; x < width; x++) {
-                const int left = static_cast<int>(xs[x]), top = static_cast<int>(ys[x]);
-                const bool isInside = xs[x] >= 0.0f && ys[x] >= 0.0f && left < width - 1 && top < height - 1;
-                const std::size_t offset = static_cast<std::size_t>(isInside ? top : 0) * p.currentWidth +
-                                           static_cast<std::size_t>(isInside ? left : 0);
-                store(isInside ? sampleInside(input + offset * 4, p.currentWidth, xs[x], ys[x],
-                                              static_cast<float>(left), static_cast<float>(top))
-                               : sample(input, width, height, xs[x], ys[x]),
-                      row + static_cast<std::size_t>(x) * 4);
-            }
+            positionsOfRow(parameter, y, positionsX.data(), positionsY.data());
+            sampleRowAt(
+                input, width, height, [=](int x) { return xs[x]; }, [=](int x) { return ys[x]; },
+                output + static_cast<std::size_t>(y) * parameter.currentWidth * 4);
         }
     });
 }
 
-void NativeKernels::shading(const Renderer::ShadingParameter& parameter, const float* input, float* output) {
-    onTwoThreads(static_cast<int>(parameter.currentHeight), [&](int begin, int end) {
+void NativeKernels::positions(const Renderer::DistortionParameter& parameter, float* xs, float* ys,
+                              unsigned int threads) {
+    onThreads(threads, static_cast<int>(parameter.currentHeight), [&](int begin, int end) {
+        for (int y = begin; y < end; y++) {
+            const std::size_t offset = static_cast<std::size_t>(y) * parameter.currentWidth;
+            positionsOfRow(parameter, y, xs + offset, ys + offset);
+        }
+    });
+}
+
+void NativeKernels::sampleRow(const float* input, int width, int height, const float* positions, float* row) {
+    sampleRowAt(
+        input, width, height, [=](int x) { return positions[2 * x]; }, [=](int x) { return positions[2 * x + 1]; },
+        row);
+}
+
+void NativeKernels::shading(const Renderer::ShadingParameter& parameter, const float* input, float* output,
+                            unsigned int threads) {
+    onThreads(threads, static_cast<int>(parameter.currentHeight), [&](int begin, int end) {
         const Renderer::ShadingParameter p = parameter; // a copy, so that no store can seem to change it
         const int width = static_cast<int>(p.currentWidth);
         const float floatWidth = static_cast<float>(p.currentWidth), floatHeight = static_cast<float>(p.currentHeight);

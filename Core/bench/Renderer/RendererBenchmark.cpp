@@ -5,20 +5,16 @@
 #include <vector>
 
 #include "Exception/Exception.h"
+#include "Renderer/DeviceKernel.h"
 #include "Renderer/DistortionRenderer.h"
 #include "Renderer/NativeKernels.h"
-#include "Renderer/OpenCL/CLMemory.h"
-#include "Renderer/OpenCL/DistortionKernel.h"
-#include "Renderer/OpenCL/OpenCLKernelHelper.h"
-#include "Renderer/OpenCL/ShadingKernel.h"
 #include "Renderer/ShadingRenderer.h"
 
 namespace {
 
 using namespace Renderer;
 
-// Items launched: one per byte as the renderers do, or one per pixel.
-enum class Launch { perByte, perPixel };
+using Launch = DeviceKernel::Launch;
 
 std::vector<float> noise(const benchmark::State& state) {
     std::vector<float> values(static_cast<std::size_t>(state.range(0) * state.range(1)) * 4);
@@ -56,64 +52,22 @@ ShadingParameter shadingFor(const benchmark::State& state) {
 }
 
 template <typename Parameter>
-void setSharedArguments(cl_kernel kernel, const Parameter& p) {
-    cl_uint index = 2;
-    for (const std::uint32_t* length : {&p.currentWidth, &p.currentHeight, &p.originalWidth, &p.originalHeight})
-        clSetKernelArg(kernel, index++, sizeof(*length), length);
-    for (const float* value : {&p.imageRadius, &p.a0, &p.a1, &p.a2, &p.a3, &p.a4, &p.a5, &p.a6})
-        clSetKernelArg(kernel, index++, sizeof(*value), value);
-}
-
-void setArguments(cl_kernel kernel, const DistortionParameter& parameter) { setSharedArguments(kernel, parameter); }
-
-void setArguments(cl_kernel kernel, const ShadingParameter& parameter) {
-    setSharedArguments(kernel, parameter);
-    clSetKernelArg(kernel, 14, sizeof(parameter.reverse), &parameter.reverse);
-    clSetKernelArg(kernel, 15, sizeof(parameter.gamma), &parameter.gamma);
-}
-
-/// The kernel alone, on buffers that are already on the device.
-template <typename Parameter>
-void runKernel(benchmark::State& state, const char* source, const char* name, const Parameter& parameter,
-               Launch launch) {
+void runKernel(benchmark::State& state, const Parameter& parameter, Launch launch) {
     try {
-        const cl_device_id device = OpenCLKernelHelper::idOfMostPowerfulDevice();
-        const CLContext context(device);
-        const CLCommandQueue queue(device, context);
-        const CLProgram program(device, context, source);
-        const CLKernel kernel(program, name);
         const std::vector<float> frame = noise(state);
-        const std::size_t size = frame.size() * sizeof(float);
-        const CLMemory input(context, CL_MEM_READ_ONLY, size), output(context, CL_MEM_WRITE_ONLY, size);
-        clEnqueueWriteBuffer(queue, input, CL_TRUE, 0, size, frame.data(), 0, nullptr, nullptr);
-        const cl_mem inputHandle = input, outputHandle = output;
-        clSetKernelArg(kernel, 0, sizeof(cl_mem), &inputHandle);
-        clSetKernelArg(kernel, 1, sizeof(cl_mem), &outputHandle);
-        setArguments(kernel, parameter);
-        std::size_t local = 0;
-        clGetKernelWorkGroupInfo(kernel, device, CL_KERNEL_WORK_GROUP_SIZE, sizeof(local), &local, nullptr);
-        const std::size_t items = launch == Launch::perByte ? size : frame.size() / 4;
-        const std::size_t global = (items + local - 1) / local * local;
-        const auto run = [&] {
-            clEnqueueNDRangeKernel(queue, kernel, 1, nullptr, &global, &local, 0, nullptr, nullptr);
-            if (const cl_int status = clFinish(queue)) state.SkipWithError(std::to_string(status).c_str());
-        };
+        DeviceKernel kernel(parameter, frame.data());
         // The first run generates machine code and touches the output's pages.
-        run();
-        for (auto _ : state) run();
-        state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size));
+        kernel.run(launch);
+        for (auto _ : state) kernel.run(launch);
+        state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(frame.size() * sizeof(float)));
     } catch (const Exception& exception) {
         state.SkipWithError(exception.what());
     }
 }
 
-void distortionKernel(benchmark::State& state, Launch launch) {
-    runKernel(state, distortionKernelSource, distortionImageKernelName, distortionFor(state), launch);
-}
+void distortionKernel(benchmark::State& state, Launch launch) { runKernel(state, distortionFor(state), launch); }
 
-void shadingKernel(benchmark::State& state, Launch launch) {
-    runKernel(state, shadingKernelSource, shadingImageKernelName, shadingFor(state), launch);
-}
+void shadingKernel(benchmark::State& state, Launch launch) { runKernel(state, shadingFor(state), launch); }
 
 /// Anything that makes an output frame from an input frame in host memory.
 template <typename Operation>
