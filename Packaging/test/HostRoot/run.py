@@ -1,0 +1,64 @@
+"""Building the plug-in against the folder of a host. No host is here: a folder of the same layout is made of the
+substitute's headers, and its version is changed so that it cannot be mistaken for the substitute."""
+import json
+import os
+import re
+import shlex
+import shutil
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import packaging
+
+
+class HostRoot(packaging.PackagingTest):
+    def setUp(self):
+        super().setUp()
+        self.root = self.path("Host99.7v1")
+        headers = os.path.join(self.root, "include", "DDImage")
+        shutil.copytree(os.path.join(packaging.SOURCE, "DDImage", "include", "DDImage"), headers,
+                        ignore=shutil.ignore_patterns("Substitute"))
+        self.numbers = os.path.join(headers, "ddImageVersionNumbers.h")
+        with open(self.numbers, encoding="utf-8") as file:
+            text = file.read()
+        with open(self.numbers, "w", encoding="utf-8") as file:
+            file.write(text.replace('"11.2v4"', '"99.7v1"'))
+        self.library = os.path.join(self.root, "libDDImage.so")
+        with open(self.library, "w", encoding="utf-8"):
+            pass
+
+    def configure(self, status=0):
+        output = self.run_command("cmake", "-S", packaging.SOURCE, "-B", self.path("build"), "-G", "Ninja",
+                                  "-DCMAKE_BUILD_TYPE=Release", "-DORVEX_BUILD_TESTS=OFF", "-DDDIMAGE_ROOT=" + self.root,
+                                  status=status)
+        return re.sub(r"\s+", " ", output)
+
+    def test_compiles_with_the_hosts_headers_alone_into_a_folder_of_its_version(self):
+        self.assertIn("Plug-in for version 99.7 of the host: host-plugins/99.7", self.configure())
+        with open(self.path("build", "compile_commands.json"), encoding="utf-8") as file:
+            entries = [entry for entry in json.load(file) if "HostPlugin.dir" in entry["command"]]
+        self.assertIn("LensDistortionCorrection.cpp", [os.path.basename(entry["file"]) for entry in entries])
+        for entry in entries:
+            self.assertIn(self.root + "/include", entry["command"])
+            self.assertNotIn(os.path.join(packaging.SOURCE, "DDImage"), entry["command"])
+        entry = next(entry for entry in entries if entry["file"].endswith("/PackedPlane.cpp"))
+        self.run_command(*shlex.split(entry["command"]), cwd=entry["directory"])
+        with open(self.path("build", "host-plugins/99.7/OrvexLensShadingCorrection.tcl"), encoding="utf-8") as file:
+            self.assertEqual(file.read(), "load OrvexLensDistortionCorrection\n")
+
+    def test_names_the_header_that_a_wrong_folder_lacks(self):
+        shutil.rmtree(os.path.join(self.root, "include"))
+        self.assertIn(f'DDIMAGE_ROOT is "{self.root}", which has no include/DDImage/PlanarIop.h. Give the folder in which '
+                      "the host is installed.", self.configure(status=1))
+
+    def test_names_the_missing_library(self):
+        os.remove(self.library)
+        self.assertIn("which has no libDDImage.so.", self.configure(status=1))
+
+    def test_says_when_the_version_cannot_be_read(self):
+        with open(self.numbers, "w", encoding="utf-8"):
+            pass
+        self.assertIn("does not tell kDDImageVersion.", self.configure(status=1))
+
+
+packaging.main()

@@ -1,0 +1,59 @@
+"""What `cmake --install` puts below a prefix works from there, wherever the prefix is moved."""
+import os
+import re
+import shutil
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import packaging
+
+
+class Install(packaging.PackagingTest):
+    def test_the_program_and_the_plugin_run_from_a_moved_tree(self):
+        self.install(self.path("first"), "program", "plugin")
+        shutil.move(self.path("first"), self.path("second"))
+        self.expect_working_program(self.path("second"))
+        self.expect_loadable_plugin(self.path("second"))
+
+    def test_nothing_refers_to_the_build_tree(self):
+        self.install(self.path("tree"), "program", "plugin", "development")
+        for name in packaging.files_below(self.path("tree")):
+            with self.subTest(name), open(self.path("tree", name), "rb") as file:
+                self.assertNotIn(packaging.BUILD.encode(), file.read())
+
+    def test_the_plugin_folder_holds_library_pointer_file_and_start_up_files(self):
+        self.install(self.path("tree"), "plugin")
+        folder = self.path("tree", "lib/orvex/nuke")
+        names = packaging.files_below(folder)
+        self.assertEqual([name for name in names if not re.match(r"plugins/\d", name)],
+                         ["init.py", "menu.py", "plugins/substitute/OrvexLensDistortionCorrection.so",
+                          "plugins/substitute/OrvexLensShadingCorrection.tcl"])
+        with open(os.path.join(folder, "plugins/substitute/OrvexLensShadingCorrection.tcl"), encoding="utf-8") as file:
+            self.assertEqual(file.read(), "load OrvexLensDistortionCorrection\n")
+
+    def test_the_substitute_library_lies_only_where_nobody_else_looks(self):
+        self.install(self.path("tree"), "program", "plugin", "development")
+        self.assertEqual([name for name in packaging.files_below(self.path("tree")) if "libDDImage" in name],
+                         ["lib/orvex/libDDImage.so"])
+
+    def test_another_project_finds_the_core_and_renders_with_it(self):
+        self.install(self.path("tree"), "development")
+        consumer = os.path.join(packaging.SOURCE, "Packaging", "test", "Consumer")
+        self.run_command("cmake", "-S", consumer, "-B", self.path("consumer"), "-G", "Ninja",
+                         "-DCMAKE_PREFIX_PATH=" + self.path("tree"))
+        self.run_command("cmake", "--build", self.path("consumer"))
+        self.assertEqual(self.run_command(self.path("consumer", "consumer")),
+                         "A corner of the white frame is 2.00.\n")
+
+    def test_a_project_that_needs_another_version_is_refused(self):
+        self.install(self.path("tree"), "development")
+        os.mkdir(self.path("other"))
+        with open(self.path("other", "CMakeLists.txt"), "w", encoding="utf-8") as file:
+            file.write("cmake_minimum_required(VERSION 3.25)\nproject(Other LANGUAGES CXX)\n"
+                       "find_package(OrvexLensCorrection 0.17 REQUIRED)\n")
+        output = self.run_command("cmake", "-S", self.path("other"), "-B", self.path("b"), "-G", "Ninja",
+                                  "-DCMAKE_PREFIX_PATH=" + self.path("tree"), status=1)
+        self.assertIn("compatible with", output)
+
+
+packaging.main()

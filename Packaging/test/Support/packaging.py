@@ -1,0 +1,54 @@
+"""What the packaging tests share: the build folder under test, a folder per case, commands that must succeed."""
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+BUILD = os.path.abspath(sys.argv.pop(1))
+SOURCE = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", "..", ".."))
+
+
+class PackagingTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="orvex-packaging-")
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+
+    def path(self, *names):
+        return os.path.join(self.folder, *names)
+
+    def run_command(self, *command, status=0, **options):
+        """The output of a command that ends with `status`."""
+        result = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                                encoding="utf-8", timeout=600, **options)
+        self.assertEqual(result.returncode, status, " ".join(command) + "\n" + result.stdout)
+        return result.stdout
+
+    def install(self, prefix, *components):
+        for component in components:
+            self.run_command("cmake", "--install", BUILD, "--prefix", prefix, "--component", component)
+
+    def expect_working_program(self, root):
+        """`root`/bin/lenscorrect starts, knows its tables and renders on the OpenCL device."""
+        program = os.path.join(root, "bin", "lenscorrect")
+        self.assertRegex(self.run_command(program, "--version"), r"^lenscorrect \d+\.\d+\.\d+\n$")
+        self.assertIn("A test picture was rendered.", self.run_command(program, "devices"))
+
+    def expect_loadable_plugin(self, root):
+        """The plug-in library loads in a process that knows nothing of its place, and finds its libraries."""
+        plugin = os.path.join(root, "lib/orvex/nuke/plugins/substitute/OrvexLensDistortionCorrection.so")
+        maps = self.run_command(sys.executable, "-c",
+                                "import ctypes, sys; ctypes.CDLL(sys.argv[1]); print(open('/proc/self/maps').read())", plugin)
+        self.assertIn(os.path.join(root, "lib/orvex/libDDImage.so"), maps)
+
+
+def files_below(folder):
+    return sorted(os.path.relpath(os.path.join(parent, name), folder)
+                  for parent, _, names in os.walk(folder) for name in names)
+
+
+def main():
+    unittest.main(module="__main__", verbosity=2)
