@@ -1,0 +1,24 @@
+// A list of frames as typed: frames whose shortest text means the same frames, or wrong use; nothing else may leave.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <unordered_set>
+
+#include "Console/Failure.h"
+#include "Frames/FrameRange.h"
+#include "Support/Require.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    try {
+        const Host::FrameRange range = Host::FrameRange::parse(text);
+        const auto& frames = range.frames();
+        REQUIRE(!frames.empty() && frames.size() <= Host::FrameRange::maximumCount);
+        REQUIRE(std::unordered_set(frames.begin(), frames.end()).size() == frames.size());
+        REQUIRE(Host::FrameRange::parse(range.string()).frames() == frames);
+    } catch (const Host::Failure& failure) {
+        REQUIRE(failure.exitCode() == Host::ExitCode::WrongUse);
+    }
+    return 0;
+}
