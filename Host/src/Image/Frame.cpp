@@ -212,4 +212,13 @@ void Part::allocatePixels() {
     for (Plane& plane : planes) plane.pixels.resize(plane.rowBytes() * plane.height);
 }
 
+void Frame::assignHeader(const Frame& header) {
+    std::vector<Part> old = std::move(parts);
+    parts = header.parts;
+    format = header.format;
+    for (std::size_t part = 0; part < std::min(old.size(), parts.size()); ++part)
+        for (std::size_t plane = 0; plane < std::min(old[part].planes.size(), parts[part].planes.size()); ++plane)
+            parts[part].planes[plane].pixels = std::move(old[part].planes[plane].pixels);
+}
+
 } // namespace HostImage

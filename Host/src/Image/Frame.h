@@ -123,6 +123,9 @@ struct Frame {
     /// Which reader it came from: "exr", "dpx", "tiff", "png", "mov", …
     std::string format;
     std::vector<Part> parts;
+
+    /// Becomes `header` (whose planes have no memory) but keeps the memory of its own planes for the next pixels.
+    void assignHeader(const Frame& header);
 };
 
 /// n samples to floats and back, by the rules told at PixelType and Plane::rowFromFloat.

@@ -11,12 +11,12 @@ namespace HostImage {
 /// How a frame is stored where it is not to be stored as it says itself.
 struct WriteOptions {
     /// Of every part, as Part::compression; the parts' own if absent.
-    std::optional<std::string> compression;
+    std::optional<std::string> compression = {};
     /// Of every channel that is not UInt32; the channels' own if absent.
-    std::optional<PixelType> pixelType;
+    std::optional<PixelType> pixelType = {};
     /// ZIP and ZIPS: 1 (fast) to 12. DWAA and DWAB: the amount of loss. The default (1; 45 or the file's own) if
     /// absent.
-    std::optional<float> level;
+    std::optional<float> level = {};
     /// Threads that encode, the caller's included.
     unsigned threads = 1;
 };

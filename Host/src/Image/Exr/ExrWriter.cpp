@@ -1,0 +1,469 @@
+#include "Image/Exr/ExrWriter.h"
+
+#include <openexr.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <vector>
+
+#include "Image/Exr/ExrContext.h"
+#include "Image/Exr/ExrHeader.h"
+#include "Image/Exr/ImfBlocks.h"
+#include "Image/Exr/SampleRows.h"
+#include "Image/Exr/ZipBlock.h"
+#include "Image/OutputFile.h"
+#include "Image/ParallelFor.h"
+
+namespace HostImage {
+
+namespace {
+
+constexpr float defaultDwaLevel = 45.0f;
+
+/// A block to encode, in the file's order, and its bytes once they are there.
+struct Block {
+    std::size_t part = 0;
+    /// Place in the part's chunk table.
+    std::size_t tableIndex = 0;
+    Window window;
+    std::int32_t tileX = 0;
+    std::int32_t tileY = 0;
+    std::vector<std::uint8_t> encoded;
+    bool ready = false;
+};
+
+/// A part as it is stored.
+struct StoredPart {
+    const Part* part = nullptr;
+    std::vector<PixelType> types;
+    std::vector<std::size_t> channelOrder;
+    std::int32_t linesPerBlock = 1;
+    float dwaLevel = 0.0f;
+    std::size_t chunkCount = 0;
+    std::uint64_t tableOffset = 0;
+};
+
+/// What the callbacks of one thread's pipeline need to know about the block at hand.
+struct Source {
+    const StoredPart* stored = nullptr;
+    /// As stored->part, but with the compression it is stored with.
+    const Part* header = nullptr;
+    Block* block = nullptr;
+    ZipBlockCompressor* compressor = nullptr;
+    std::vector<std::uint8_t*> rows;
+    std::vector<float> floats;
+    std::vector<std::uint8_t> converted;
+    std::vector<std::uint8_t> compressed;
+};
+
+std::size_t samplesBetween(std::int64_t minimum, std::int64_t maximum, std::int64_t sampling) {
+    const std::int64_t rest = ((minimum % sampling) + sampling) % sampling;
+    const std::int64_t first = rest == 0 ? minimum : minimum + sampling - rest;
+    return first > maximum ? 0 : static_cast<std::size_t>((maximum - first) / sampling + 1);
+}
+
+/// Bytes of the block with all its channels one after the other.
+std::size_t packedBytes(const StoredPart& stored, const Window& window) {
+    std::size_t bytes = 0;
+    for (std::size_t i = 0; i < stored.types.size(); ++i) {
+        const Channel& channel = stored.part->channels[i];
+        bytes += samplesBetween(window.minX, window.maxX, channel.xSampling) *
+                 samplesBetween(window.minY, window.maxY, channel.ySampling) * bytesPerSample(stored.types[i]);
+    }
+    return bytes;
+}
+
+/// Lays out a block's lines (channel after channel in each) from the part's planes, converting where stored otherwise.
+exr_result_t pack(exr_encode_pipeline_t* pipeline) {
+    Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
+    const StoredPart& stored = *source.stored;
+    const Part& part = *stored.part;
+    const Window& window = source.block->window;
+    const std::size_t bytes = packedBytes(stored, window);
+    std::uint8_t* to = static_cast<std::uint8_t*>(pipeline->packed_buffer);
+    if (to == nullptr || pipeline->packed_alloc_size < bytes) return EXR_ERR_INVALID_ARGUMENT;
+    pipeline->packed_bytes = bytes;
+    source.rows.resize(part.planes.size() * 4);
+    for (std::int64_t y = window.minY; y <= window.maxY; ++y) {
+        std::fill(source.rows.begin(), source.rows.end(), nullptr);
+        for (const std::size_t index : stored.channelOrder) {
+            const Channel& channel = part.channels[index];
+            if (y % channel.ySampling != 0) continue;
+            source.rows[channel.plane * 4 + channel.component] = to;
+            to += samplesBetween(window.minX, window.maxX, channel.xSampling) * bytesPerSample(stored.types[index]);
+        }
+        for (std::size_t p = 0; p < part.planes.size(); ++p) {
+            std::uint8_t* const* const rows = source.rows.data() + p * 4;
+            if (rows[0] == nullptr) continue;
+            const Plane& plane = part.planes[p];
+            const auto member = std::find_if(part.channels.begin(), part.channels.end(),
+                                             [p](const Channel& channel) { return channel.plane == p; });
+            const PixelType type = stored.types[static_cast<std::size_t>(member - part.channels.begin())];
+            const std::size_t row = samplesBetween(part.dataWindow.minY, y - 1, member->ySampling);
+            const std::size_t column =
+                samplesBetween(part.dataWindow.minX, std::int64_t{window.minX} - 1, member->xSampling);
+            const std::size_t pixels = samplesBetween(window.minX, window.maxX, member->xSampling);
+            const std::size_t samples = pixels * plane.components;
+            const std::uint8_t* from = plane.row(row) + column * plane.components * bytesPerSample(plane.type);
+            if (type != plane.type) {
+                source.converted.resize(samples * bytesPerSample(type));
+                if (plane.type == PixelType::Float) {
+                    samplesFromFloat(type, reinterpret_cast<const float*>(from), source.converted.data(), samples);
+                } else {
+                    source.floats.resize(samples);
+                    samplesToFloat(plane.type, from, source.floats.data(), samples);
+                    samplesFromFloat(type, source.floats.data(), source.converted.data(), samples);
+                }
+                from = source.converted.data();
+            }
+            deinterleaveRow(from, plane.components, bytesPerSample(type), rows, pixels);
+        }
+    }
+    return EXR_ERR_SUCCESS;
+}
+
+/// The block's own bytes or their libdeflate stream, straight into the block.
+exr_result_t deflateZip(exr_encode_pipeline_t* pipeline) {
+    Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
+    const std::uint8_t* const from = static_cast<const std::uint8_t*>(pipeline->packed_buffer);
+    const std::size_t n = static_cast<std::size_t>(pipeline->packed_bytes);
+    source.compressed.resize(std::max(n, source.compressed.size()));
+    const std::size_t compressed = source.compressor->compress(from, n, source.compressed.data());
+    if (compressed == 0)
+        source.block->encoded.assign(from, from + n);
+    else
+        source.block->encoded.assign(source.compressed.data(), source.compressed.data() + compressed);
+    return EXR_ERR_SUCCESS;
+}
+
+/// DWAA and DWAB, which the C library does not have, and B44, whose small blocks it makes larger.
+exr_result_t compressElsewhere(exr_encode_pipeline_t* pipeline) {
+    Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
+    try {
+        source.block->encoded =
+            compressWithImf(*source.header, source.stored->channelOrder, source.stored->types, source.block->window,
+                            static_cast<const std::uint8_t*>(pipeline->packed_buffer), source.stored->dwaLevel);
+        return EXR_ERR_SUCCESS;
+    } catch (const std::exception&) {
+        return EXR_ERR_UNKNOWN;
+    }
+}
+
+/// Takes the compressed block instead of letting the library write it: blocks go into the file in one order, whichever
+/// thread is first.
+exr_result_t keep(exr_encode_pipeline_t* pipeline) {
+    Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
+    if (pipeline->compress_fn == deflateZip || pipeline->compress_fn == compressElsewhere) return EXR_ERR_SUCCESS;
+    // A block that would not become smaller is stored as it is; B44 makes small ones larger.
+    const bool compressed = pipeline->compressed_buffer != nullptr && pipeline->compressed_bytes != 0 &&
+                            pipeline->compressed_bytes < pipeline->packed_bytes;
+    const std::uint8_t* const from =
+        static_cast<const std::uint8_t*>(compressed ? pipeline->compressed_buffer : pipeline->packed_buffer);
+    const std::size_t n = compressed ? pipeline->compressed_bytes : static_cast<std::size_t>(pipeline->packed_bytes);
+    source.block->encoded.assign(from, from + n);
+    return EXR_ERR_SUCCESS;
+}
+
+/// Owns an encoding pipeline's buffers.
+class Pipeline {
+public:
+    explicit Pipeline(exr_context_t context) : m_context(context) {}
+    ~Pipeline() { reset(); }
+    Pipeline(const Pipeline&) = delete;
+    Pipeline& operator=(const Pipeline&) = delete;
+
+    exr_result_t encode(const exr_chunk_info_t& info, int part, Source& source) {
+        if (m_part != part) reset();
+        exr_result_t result;
+        const bool fresh = m_part < 0;
+        if (fresh) {
+            result = exr_encoding_initialize(m_context, part, &info, &m_pipeline);
+            m_part = part;
+        } else {
+            result = exr_encoding_update(m_context, part, &info, &m_pipeline);
+        }
+        if (result != EXR_ERR_SUCCESS) return result;
+        m_pipeline.encoding_user_data = &source;
+        // The library wants to see that every channel has pixels; pack takes them from the planes.
+        for (std::int16_t i = 0; i < m_pipeline.channel_count; ++i) {
+            exr_coding_channel_info_t& channel = m_pipeline.channels[i];
+            channel.encode_from_ptr = source.stored->part->planes.front().pixels.data();
+            channel.user_bytes_per_element = channel.bytes_per_element;
+            channel.user_data_type = channel.data_type;
+            channel.user_pixel_stride = channel.bytes_per_element * 2;
+            channel.user_line_stride = channel.user_pixel_stride;
+        }
+        if (fresh) result = exr_encoding_choose_default_routines(m_context, part, &m_pipeline);
+        if (result != EXR_ERR_SUCCESS) return result;
+        m_pipeline.convert_and_pack_fn = pack;
+        m_pipeline.yield_until_ready_fn = nullptr;
+        m_pipeline.write_fn = keep;
+        if (info.compression == EXR_COMPRESSION_ZIP || info.compression == EXR_COMPRESSION_ZIPS)
+            m_pipeline.compress_fn = deflateZip;
+        if (info.compression >= EXR_COMPRESSION_B44 && info.compression <= EXR_COMPRESSION_DWAB)
+            m_pipeline.compress_fn = compressElsewhere;
+        return exr_encoding_run(m_context, part, &m_pipeline);
+    }
+
+private:
+    void reset() {
+        if (m_part >= 0) exr_encoding_destroy(m_context, &m_pipeline);
+        m_pipeline = exr_encode_pipeline_t{};
+        m_part = -1;
+    }
+
+    exr_context_t m_context;
+    exr_encode_pipeline_t m_pipeline{};
+    int m_part = -1;
+};
+
+PixelType storedType(const std::string& path, PixelType type, const std::optional<PixelType>& wanted) {
+    if (type == PixelType::UInt32) return type;
+    if (wanted) {
+        if (exrPixelTypeNumber(*wanted) < 0)
+            throw ImageError(path,
+                             "cannot be written: OpenEXR stores half, float or 32-bit integers; choose half or float");
+        return *wanted;
+    }
+    if (type == PixelType::UInt8) return PixelType::Half;
+    return type == PixelType::UInt16 ? PixelType::Float : type;
+}
+
+exr_attr_box2i_t box(const Window& window) {
+    exr_attr_box2i_t value{};
+    value.min.x = window.minX;
+    value.min.y = window.minY;
+    value.max.x = window.maxX;
+    value.max.y = window.maxY;
+    return value;
+}
+
+float dwaLevel(const Part& part, const WriteOptions& options) {
+    if (options.level) return *options.level;
+    const Attribute* attribute = part.findAttribute("dwaCompressionLevel");
+    float level = defaultDwaLevel;
+    if (attribute != nullptr && attribute->type == "float" && attribute->value.size() == sizeof level)
+        std::memcpy(&level, attribute->value.data(), sizeof level);
+    return std::isfinite(level) && level >= 0.0f ? level : defaultDwaLevel;
+}
+
+/// Tells the library what it has to know to encode the part.
+void declarePart(const ExrContext& context, const std::string& path, const StoredPart& stored, std::size_t partCount) {
+    const Part& part = *stored.part;
+    int index = 0;
+    const auto check = [&](exr_result_t result) {
+        if (result != EXR_ERR_SUCCESS) throw ImageError(path, "cannot be written: " + context.errorText(result));
+    };
+    check(exr_add_part(context.get(), partCount > 1 ? part.name.c_str() : nullptr,
+                       part.tileWidth != 0 ? EXR_STORAGE_TILED : EXR_STORAGE_SCANLINE, &index));
+    const exr_attr_box2i_t displayWindow = box(part.displayWindow);
+    const exr_attr_box2i_t dataWindow = box(part.dataWindow);
+    exr_attr_v2f_t centre{};
+    const exr_compression_t compression = static_cast<exr_compression_t>(exrCompressionNumber(part.compression));
+    check(exr_initialize_required_attr(context.get(), index, &displayWindow, &dataWindow, part.pixelAspectRatio,
+                                       &centre, 1.0f, EXR_LINEORDER_INCREASING_Y, compression));
+    if (part.tileWidth != 0)
+        check(exr_set_tile_descriptor(context.get(), index, part.tileWidth, part.tileHeight, EXR_TILE_ONE_LEVEL,
+                                      EXR_TILE_ROUND_DOWN));
+    for (const std::size_t i : stored.channelOrder) {
+        const Channel& channel = part.channels[i];
+        check(exr_add_channel(context.get(), index, channel.name.c_str(),
+                              static_cast<exr_pixel_type_t>(exrPixelTypeNumber(stored.types[i])),
+                              channel.perceptuallyLinear ? EXR_PERCEPTUALLY_LINEAR : EXR_PERCEPTUALLY_LOGARITHMIC,
+                              channel.xSampling, channel.ySampling));
+    }
+}
+
+std::vector<Block> blocksOf(const StoredPart& stored, std::size_t index) {
+    std::vector<Block> blocks;
+    const Part& part = *stored.part;
+    const Window& whole = part.dataWindow;
+    const std::int64_t width = part.tileWidth != 0 ? std::int64_t{part.tileWidth} : whole.width();
+    const std::int64_t height =
+        part.tileWidth != 0 ? std::int64_t{part.tileHeight} : std::int64_t{stored.linesPerBlock};
+    for (std::int64_t y = whole.minY; y <= whole.maxY; y += height) {
+        for (std::int64_t x = whole.minX; x <= whole.maxX; x += width) {
+            Block block;
+            block.part = index;
+            block.tableIndex = blocks.size();
+            block.window = {static_cast<std::int32_t>(x), static_cast<std::int32_t>(y),
+                            static_cast<std::int32_t>(std::min<std::int64_t>(x + width - 1, whole.maxX)),
+                            static_cast<std::int32_t>(std::min<std::int64_t>(y + height - 1, whole.maxY))};
+            block.tileX = static_cast<std::int32_t>((x - whole.minX) / width);
+            block.tileY = static_cast<std::int32_t>((y - whole.minY) / height);
+            blocks.push_back(std::move(block));
+        }
+    }
+    return blocks;
+}
+
+template <typename Value>
+void append(std::vector<std::uint8_t>& bytes, Value value) {
+    const std::size_t at = bytes.size();
+    bytes.resize(at + sizeof value);
+    std::memcpy(bytes.data() + at, &value, sizeof value);
+}
+
+/// What stands before a block's bytes in the file.
+std::vector<std::uint8_t> leader(const Block& block, const StoredPart& stored, bool multiPart) {
+    std::vector<std::uint8_t> bytes;
+    if (multiPart) append(bytes, static_cast<std::int32_t>(block.part));
+    if (stored.part->tileWidth != 0) {
+        append(bytes, block.tileX);
+        append(bytes, block.tileY);
+        append(bytes, std::int64_t{0}); // both levels
+    } else {
+        append(bytes, block.window.minY);
+    }
+    append(bytes, static_cast<std::int32_t>(block.encoded.size()));
+    return bytes;
+}
+
+/// Checks what the header's composition does not, and applies the options.
+std::vector<Part> preparedParts(const std::string& path, const Frame& frame, const WriteOptions& options) {
+    if (frame.parts.empty()) throw ImageError(path, "cannot be written: the frame has no parts");
+    std::vector<Part> parts(frame.parts.size());
+    std::set<std::string> names;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const Part& from = frame.parts[i];
+        Part& part = parts[i];
+        if (frame.parts.size() > 1 && (from.name.empty() || !names.insert(from.name).second))
+            throw ImageError(path, "cannot be written: the parts need different names");
+        // Everything but the pixels, which stay where they are.
+        part.name = from.name;
+        part.dataWindow = from.dataWindow;
+        part.displayWindow = from.displayWindow;
+        part.pixelAspectRatio = from.pixelAspectRatio;
+        part.lineOrder = from.lineOrder;
+        part.tileWidth = from.tileWidth;
+        part.tileHeight = from.tileHeight;
+        part.channels = from.channels;
+        part.attributes = from.attributes;
+        part.compression = options.compression ? *options.compression : from.compression;
+        if (exrCompressionNumber(part.compression) < 0) {
+            if (options.compression)
+                throw ImageError(path,
+                                 "cannot be written: \"" + part.compression +
+                                     "\" is not a compression of OpenEXR; choose none, rle, zips, zip, piz, pxr24, "
+                                     "b44, b44a, dwaa or dwab");
+            // Another format's own compression.
+            part.compression = "zip";
+        }
+        if (part.tileWidth == 0 && part.lineOrder == LineOrder::RandomY) part.lineOrder = LineOrder::IncreasingY;
+        if (options.level && part.findAttribute("dwaCompressionLevel") != nullptr &&
+            part.compression.starts_with("dwa")) {
+            std::string value(sizeof(float), '\0');
+            std::memcpy(value.data(), &*options.level, sizeof(float));
+            part.setAttribute({"dwaCompressionLevel", "float", value});
+        }
+        if (part.dataWindow.width() < 1 || part.dataWindow.height() < 1 || part.channels.empty())
+            throw ImageError(path, "cannot be written: a part has no pixels");
+        // The library checks these too, but its write context then waits for itself for ever.
+        for (const Channel& channel : part.channels)
+            if (!exrSamplingFits(channel, part.dataWindow))
+                throw ImageError(path, "cannot be written: the sub-sampled channel " + channel.name +
+                                           " does not fit the data window");
+        if (!(part.pixelAspectRatio >= 1e-6f && part.pixelAspectRatio <= 1e6f)) part.pixelAspectRatio = 1.0f;
+        for (const Plane& plane : from.planes)
+            if (plane.pixels.size() < plane.rowBytes() * plane.height)
+                throw ImageError(path, "cannot be written: a part's pixels do not fill its data window");
+    }
+    return parts;
+}
+
+} // namespace
+
+void writeExr(const std::string& path, const Frame& frame, const WriteOptions& options) {
+    std::vector<Part> headers = preparedParts(path, frame, options);
+    std::vector<StoredPart> stored(headers.size());
+    std::vector<std::vector<PixelType>> types(headers.size());
+    const ExrContext context(path);
+    for (std::size_t i = 0; i < headers.size(); ++i) {
+        for (const Channel& channel : headers[i].channels)
+            types[i].push_back(storedType(path, channel.type, options.pixelType));
+        stored[i].part = &headers[i];
+        stored[i].types = types[i];
+        stored[i].channelOrder = exrChannelOrder(headers[i]);
+        stored[i].dwaLevel = dwaLevel(headers[i], options);
+        declarePart(context, path, stored[i], headers.size());
+    }
+    exr_result_t result = exr_write_header(context.get());
+    if (result != EXR_ERR_SUCCESS) throw ImageError(path, "cannot be written: " + context.errorText(result));
+
+    std::vector<Block> blocks;
+    std::vector<std::int32_t> chunkCounts;
+    for (std::size_t i = 0; i < headers.size(); ++i) {
+        if (headers[i].tileWidth == 0) {
+            result = exr_get_scanlines_per_chunk(context.get(), static_cast<int>(i), &stored[i].linesPerBlock);
+            if (result != EXR_ERR_SUCCESS) throw ImageError(path, "cannot be written: " + context.errorText(result));
+        }
+        std::vector<Block> own = blocksOf(stored[i], i);
+        stored[i].chunkCount = own.size();
+        chunkCounts.push_back(static_cast<std::int32_t>(own.size()));
+        if (headers[i].lineOrder == LineOrder::DecreasingY) std::reverse(own.begin(), own.end());
+        std::move(own.begin(), own.end(), std::back_inserter(blocks));
+    }
+    const std::string header = composeExrHeader(path, headers, types, chunkCounts);
+    std::uint64_t offset = header.size();
+    for (StoredPart& part : stored) {
+        part.tableOffset = offset;
+        offset += part.chunkCount * 8;
+    }
+
+    // From here on the parts with the pixels count; their compression and types are settled above.
+    for (std::size_t i = 0; i < headers.size(); ++i) stored[i].part = &frame.parts[i];
+    OutputFile file(path);
+    file.write(header.data(), header.size(), 0);
+    std::vector<std::uint64_t> table((offset - header.size()) / 8);
+    std::mutex libraryMutex;
+    std::mutex fileMutex;
+    std::size_t nextBlock = 0;
+    const int level =
+        options.level && (*options.level >= 1.0f && *options.level <= 12.0f) ? static_cast<int>(*options.level) : 1;
+    parallelFor(options.threads, blocks.size(), [&](WorkQueue& queue) {
+        Pipeline pipeline(context.get());
+        ZipBlockCompressor compressor(level);
+        Source source;
+        source.compressor = &compressor;
+        for (std::size_t i = 0; queue.next(i);) {
+            Block& block = blocks[i];
+            source.stored = &stored[block.part];
+            source.header = &headers[block.part];
+            source.block = &block;
+            const int part = static_cast<int>(block.part);
+            exr_chunk_info_t info{};
+            exr_result_t status;
+            {
+                const std::lock_guard<std::mutex> lock(libraryMutex);
+                status = source.stored->part->tileWidth != 0
+                             ? exr_write_tile_chunk_info(context.get(), part, block.tileX, block.tileY, 0, 0, &info)
+                             : exr_write_scanline_chunk_info(context.get(), part, block.window.minY, &info);
+            }
+            if (status == EXR_ERR_SUCCESS) status = pipeline.encode(info, part, source);
+            if (status != EXR_ERR_SUCCESS)
+                throw ImageError(path, "the block at line " + std::to_string(block.window.minY) +
+                                           " could not be compressed (" + context.errorText(status) + ")");
+            // Whoever has made the next block writes it and all that wait behind it.
+            const std::lock_guard<std::mutex> lock(fileMutex);
+            block.ready = true;
+            for (; nextBlock < blocks.size() && blocks[nextBlock].ready; ++nextBlock) {
+                Block& done = blocks[nextBlock];
+                const StoredPart& owner = stored[done.part];
+                table[(owner.tableOffset - header.size()) / 8 + done.tableIndex] = offset;
+                const std::vector<std::uint8_t> head = leader(done, owner, headers.size() > 1);
+                file.write(head.data(), head.size(), offset);
+                file.write(done.encoded.data(), done.encoded.size(), offset + head.size());
+                offset += head.size() + done.encoded.size();
+                done.encoded = {};
+            }
+        }
+    });
+    file.write(table.data(), table.size() * 8, header.size());
+    file.close();
+}
+
+} // namespace HostImage

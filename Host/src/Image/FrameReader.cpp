@@ -1,0 +1,34 @@
+#include "Image/FrameReader.h"
+
+#include <array>
+
+#include "Image/Exr/ExrReader.h"
+#include "Image/FileExtension.h"
+#include "Image/ImageModule.h"
+#include "Image/InputFile.h"
+
+namespace HostImage {
+
+namespace {
+
+constexpr std::array<const char*, 6> movieExtensions{"mov", "mp4", "m4v", "mxf", "mkv", "avi"};
+
+bool hasExrContent(const std::string& path) { return isExr(InputFile(path)); }
+
+} // namespace
+
+bool isMovie(const std::string& path) {
+    const std::string extension = fileExtension(path);
+    for (const char* const movie : movieExtensions)
+        if (extension == movie) return true;
+    return false;
+}
+
+std::unique_ptr<FrameReader> openReader(const std::string& path, const Limits& limits) {
+    if (fileExtension(path) == "exr" || hasExrContent(path)) return std::make_unique<ExrReader>(path, limits);
+    const char* const module = isMovie(path) ? "MovieModule" : "StillsModule";
+    const auto open = reinterpret_cast<OpenModuleReader>(moduleFunction(path, module, "orvexOpenReader"));
+    return std::unique_ptr<FrameReader>(open(path, limits));
+}
+
+} // namespace HostImage

@@ -1,0 +1,75 @@
+#include "Image/Exr/ZipBlock.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes noise(std::size_t n) {
+    Bytes bytes(n);
+    std::uint32_t state = 7;
+    for (std::uint8_t& byte : bytes) {
+        state = state * 1664525u + 1013904223u;
+        byte = static_cast<std::uint8_t>(state >> 24);
+    }
+    return bytes;
+}
+
+/// The rule as OpenEXR's format description tells it, a byte at a time.
+Bytes plainSplit(const Bytes& bytes) {
+    Bytes split;
+    for (std::size_t i = 0; i < bytes.size(); i += 2) split.push_back(bytes[i]);
+    for (std::size_t i = 1; i < bytes.size(); i += 2) split.push_back(bytes[i]);
+    for (std::size_t i = split.size(); i-- > 1;) split[i] = static_cast<std::uint8_t>(split[i] - split[i - 1] + 128);
+    return split;
+}
+
+TEST(ZipBlock, SplitsAndPredictsAsThePlainRuleDoesAtEveryLength) {
+    for (std::size_t n = 0; n < 200; ++n) {
+        const Bytes bytes = noise(n);
+        Bytes split(n);
+        HostImage::splitAndPredict(bytes.data(), split.data(), n);
+        EXPECT_EQ(split, plainSplit(bytes)) << n;
+    }
+}
+
+TEST(ZipBlock, ReconstructsWhatWasSplitAtEveryLength) {
+    for (std::size_t n = 0; n < 200; ++n) {
+        const Bytes bytes = noise(n);
+        Bytes split = plainSplit(bytes);
+        Bytes back(n);
+        HostImage::reconstructAndMerge(split.data(), back.data(), n);
+        EXPECT_EQ(back, bytes) << n;
+    }
+}
+
+TEST(ZipBlock, ComesBackFromItsCompressedForm) {
+    Bytes bytes = noise(5000);
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] &= 3;
+    Bytes compressed(bytes.size());
+    const std::size_t size = HostImage::ZipBlockCompressor(1).compress(bytes.data(), bytes.size(), compressed.data());
+    ASSERT_GT(size, 0u);
+    Bytes back(bytes.size());
+    EXPECT_TRUE(HostImage::ZipBlockDecompressor().decompress(compressed.data(), size, back.data(), back.size()));
+    EXPECT_EQ(back, bytes);
+}
+
+TEST(ZipBlock, ThatWouldNotBecomeSmallerIsNotCompressed) {
+    const Bytes bytes = noise(500);
+    Bytes compressed(bytes.size());
+    EXPECT_EQ(HostImage::ZipBlockCompressor(12).compress(bytes.data(), bytes.size(), compressed.data()), 0u);
+}
+
+TEST(ZipBlock, OfAnotherLengthThanToldIsRefused) {
+    const Bytes bytes(1000);
+    Bytes compressed(bytes.size());
+    const std::size_t size = HostImage::ZipBlockCompressor(1).compress(bytes.data(), bytes.size(), compressed.data());
+    Bytes back(1001);
+    EXPECT_FALSE(HostImage::ZipBlockDecompressor().decompress(compressed.data(), size, back.data(), 999));
+    EXPECT_FALSE(HostImage::ZipBlockDecompressor().decompress(compressed.data(), size, back.data(), 1001));
+}
+
+} // namespace
