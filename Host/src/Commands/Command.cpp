@@ -4,6 +4,7 @@
 #include "Commands/DevicesCommand.h"
 #include "Commands/FindCommand.h"
 #include "Commands/FormatsCommand.h"
+#include "Commands/HelpCommand.h"
 #include "Commands/PlotCommand.h"
 
 namespace Host {
@@ -17,6 +18,7 @@ std::vector<std::unique_ptr<Command>> allCommands() {
     commands.push_back(std::make_unique<PlotCommand>());
     commands.push_back(std::make_unique<FormatsCommand>());
     commands.push_back(std::make_unique<DevicesCommand>());
+    commands.push_back(std::make_unique<HelpCommand>());
     return commands;
 }
 

@@ -15,6 +15,14 @@ class Install(packaging.PackagingTest):
         self.expect_working_program(self.path("second"))
         self.expect_loadable_plugin(self.path("second"))
 
+    def test_the_manual_page_and_the_completion_are_those_of_the_program(self):
+        self.install(self.path("tree"), "program")
+        program = self.path("tree", "bin/lenscorrect")
+        for option, name in (("--man", "share/man/man1/lenscorrect.1"),
+                             ("--completion", "share/bash-completion/completions/lenscorrect")):
+            with self.subTest(name), open(self.path("tree", name), encoding="utf-8") as file:
+                self.assertEqual(file.read(), self.run_command(program, "help", option))
+
     def test_nothing_refers_to_the_build_tree(self):
         self.install(self.path("tree"), "program", "plugin", "development")
         for name in packaging.files_below(self.path("tree")):

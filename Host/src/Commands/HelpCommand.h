@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Commands/Command.h"
+
+namespace Host {
+
+/// `lenscorrect help [COMMAND]`: the help texts. With hidden options that packaging uses: as a manual page, or as what
+/// a shell completes; all of it comes from the commands' own declarations.
+class HelpCommand : public Command {
+public:
+    std::string name() const override { return "help"; }
+    std::string summary() const override { return "Tell what a command does and takes"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+    ExitCode run() override;
+
+private:
+    /// Throws Failure (WrongUse) for an unknown command.
+    std::string helpText() const;
+
+    CLI::App* m_program = nullptr;
+    std::string m_command;
+    bool m_asManPage = false;
+    bool m_asCompletion = false;
+};
+
+} // namespace Host

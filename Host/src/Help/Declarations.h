@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
+
+namespace Host {
+
+/// What the command line parser was told, in the form in which texts are made of it. All lists are in the order of
+/// declaration, hidden ones left out.
+std::vector<const CLI::App*> visibleCommands(const CLI::App& app);
+std::vector<const CLI::Option*> visibleOptions(const CLI::App& app);
+
+/// "-h" and "--help", or a positional's "FILE".
+std::vector<std::string> namesOf(const CLI::Option& option);
+
+/// Word for an option's value, "WORD"; empty for flags and positionals, whose name says it.
+std::string valueOf(const CLI::Option& option);
+
+/// The words that an option accepts, if it accepts only certain ones.
+std::vector<std::string> choicesOf(const CLI::Option& option);
+
+} // namespace Host

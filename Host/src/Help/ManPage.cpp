@@ -1,0 +1,102 @@
+#include "Help/ManPage.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+
+#include "Help/Declarations.h"
+
+namespace Host {
+namespace {
+
+constexpr const char* exitStatus =
+    ".SH EXIT STATUS\n"
+    ".TP\n.B 0\nEvery frame was written or was already there.\n"
+    ".TP\n.B 1\nSome frames failed; the others are written, and the failed ones are listed.\n"
+    ".TP\n.B 2\nWrong use: options, ranges, patterns or input files are not usable.\n"
+    ".TP\n.B 3\nNo OpenCL device, or its kernel cache cannot be used.\n"
+    ".TP\n.B 4\nOutput could not be written.\n"
+    ".TP\n.BR 130 \", \" 143\nStopped by SIGINT or SIGTERM; no partial file is left under a final name.\n";
+
+/// Plain text for roff: no escapes, no requests at the start of a line, and signs that can be copied into a shell.
+std::string escaped(const std::string& text) {
+    std::string result;
+    bool isLineStart = true;
+    for (const char character : text) {
+        if (isLineStart && (character == '.' || character == '\'')) result += "\\&";
+        isLineStart = character == '\n';
+        switch (character) {
+            case '\\':
+                result += "\\e";
+                break;
+            case '-':
+                result += "\\-";
+                break;
+            case '\'':
+                result += "\\(aq";
+                break;
+            case '`':
+                result += "\\(ga";
+                break;
+            case '^':
+                result += "\\(ha";
+                break;
+            case '~':
+                result += "\\(ti";
+                break;
+            default:
+                result += character;
+        }
+    }
+    return result;
+}
+
+std::string optionText(const CLI::Option& option) {
+    std::string names;
+    for (const std::string& name : namesOf(option)) names += (names.empty() ? "" : ", ") + name;
+    std::string text = ".TP\n\\fB" + escaped(names) + "\\fR";
+    const std::string value = valueOf(option);
+    if (!value.empty()) text += " \\fI" + escaped(value) + "\\fR";
+    text += '\n' + escaped(option.get_description());
+    if (!option.get_default_str().empty()) text += " (default: " + escaped(option.get_default_str()) + ")";
+    return text + (option.get_required() ? " (required)\n" : "\n");
+}
+
+std::string optionTexts(const CLI::App& app) {
+    std::string text;
+    for (const CLI::Option* option : visibleOptions(app)) text += optionText(*option);
+    return text;
+}
+
+std::string commandText(const CLI::App& command) {
+    std::string usage;
+    for (const CLI::Option* option : visibleOptions(command)) {
+        if (!option->get_positional()) continue;
+        const std::string name = "\\fI" + escaped(namesOf(*option).front()) + "\\fR";
+        usage += option->get_required() ? " " + name : " [" + name + "]";
+        if (option->get_items_expected_max() > 1) usage += "...";
+    }
+    std::string text =
+        fmt::format(".SS {}\n.B lenscorrect {}\n[\\fIoptions\\fR]{}\n.PP\n{}.\n", escaped(command.get_name()),
+                    escaped(command.get_name()), usage, escaped(command.get_description()));
+    text += optionTexts(command);
+    const std::string footer = command.get_footer();
+    if (const std::size_t start = footer.find_first_not_of('\n'); start != std::string::npos)
+        text += ".PP\n.nf\n" + escaped(footer.substr(start)) + "\n.fi\n";
+    return text;
+}
+
+} // namespace
+
+std::string manPage(const CLI::App& program) {
+    const std::string version = program.version();
+    std::string text = fmt::format(
+        ".TH LENSCORRECT 1 \"\" \"{0}\"\n.SH NAME\nlenscorrect \\- {1}\n"
+        ".SH SYNOPSIS\n.B lenscorrect\n\\fIcommand\\fR [\\fIoptions\\fR]\n"
+        ".SH OPTIONS\n{2}.SH COMMANDS\n",
+        escaped(version), escaped(program.get_description()), optionTexts(program));
+    for (const CLI::App* command : visibleCommands(program)) text += commandText(*command);
+    return text + exitStatus;
+}
+
+} // namespace Host
