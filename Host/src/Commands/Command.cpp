@@ -5,6 +5,7 @@
 #include "Commands/FindCommand.h"
 #include "Commands/FormatsCommand.h"
 #include "Commands/HelpCommand.h"
+#include "Commands/InfoCommand.h"
 #include "Commands/PlotCommand.h"
 
 namespace Host {
@@ -14,6 +15,7 @@ Command::~Command() = default;
 std::vector<std::unique_ptr<Command>> allCommands() {
     std::vector<std::unique_ptr<Command>> commands;
     commands.push_back(std::make_unique<FindCommand>());
+    commands.push_back(std::make_unique<InfoCommand>());
     commands.push_back(std::make_unique<CheckCommand>());
     commands.push_back(std::make_unique<PlotCommand>());
     commands.push_back(std::make_unique<FormatsCommand>());

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "Console/Failure.h"
-#include "Core/ExtendedManagedContainer.h"
 #include "CorrectionData/Container/ManagedContainerDataSource.h"
 #include "CorrectionFile/Parser/InvalidFormatException.h"
 #include "CorrectionFile/Parser/Parser.h"
@@ -54,11 +53,18 @@ CorrectionFileData CorrectionFileData::read(const std::string& path) {
                         "every defect.",
                         path));
     }
-    return {path, content, recordingFormatOf(content)};
+    CorrectionFileData data = correctionFileDataOf(content);
+    data.path = path;
+    return data;
 }
 
-RecordingFormatDatabase::RecordingFormat recordingFormatOf(std::shared_ptr<const Content> content) {
-    return Core::ExtendedManagedContainer("clip", std::make_shared<GivenContent>(std::move(content))).recordingFormat();
+CorrectionFileData correctionFileDataOf(std::shared_ptr<const Content> content) {
+    Core::ExtendedManagedContainer container("clip", std::make_shared<GivenContent>(content));
+    CorrectionFileData data;
+    data.content = std::move(content);
+    data.recordingFormat = container.recordingFormat();
+    data.recordingFormatOrigin = container.recordingFormatOrigin();
+    return data;
 }
 
 } // namespace Host

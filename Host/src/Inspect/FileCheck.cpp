@@ -320,7 +320,7 @@ private:
         }
         auto content = std::make_shared<CorrectionData::Content>();
         content->header = m_header;
-        m_imageRadius = recordingFormatOf(content).imageRadius;
+        m_imageRadius = correctionFileDataOf(content).recordingFormat.imageRadius;
         if (m_hasHeaderStart && !(m_imageRadius > 0.0f)) {
             warning(0, "recording-format",
                     "the header gives no recording format and the built-in table has no single match; it must be "

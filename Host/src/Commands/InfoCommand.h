@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+#include "Commands/Command.h"
+
+namespace Host {
+
+/// `info`: what a correction file holds, and how the frames are corrected.
+class InfoCommand : public Command {
+public:
+    std::string name() const override { return "info"; }
+    std::string summary() const override { return "Tell how frames are corrected, or why they cannot be"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+
+    /// SomeFramesFailed if a frame cannot be corrected.
+    ExitCode run() override;
+
+private:
+    std::string m_path;
+    std::string m_imageArea; ///< empty, as m_clipResolution: the format that the file implies
+    std::string m_clipResolution;
+    bool m_withFrames = false;
+    bool m_asJson = false;
+};
+
+} // namespace Host

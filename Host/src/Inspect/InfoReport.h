@@ -1,0 +1,32 @@
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Inspect/CorrectionFileData.h"
+#include "Inspect/FrameInfo.h"
+
+namespace Host {
+
+/// What is known about a correction file or a clip, for people and for programs.
+struct InfoReport {
+    std::string clip;                       ///< as found on disk; empty: only a correction file is looked at
+    std::optional<CorrectionFileData> file; ///< none: no correction file belongs to the clip
+    std::string fileError;                  ///< why there is none, when that is a failure
+    std::vector<std::string> searchedFolders;
+    RecordingFormatDatabase::RecordingFormat recordingFormat; ///< the one that is used
+    Core::RecordingFormatOrigin recordingFormatOrigin;
+    std::vector<FrameInfo> frames;
+
+    std::size_t failedCount() const;
+
+    /// Several lines; with a line per frame if wanted.
+    std::string text(bool withFrames) const;
+
+    /// By Docs/schemas/info.json.
+    nlohmann::ordered_json json(bool withFrames) const;
+};
+
+} // namespace Host
