@@ -2,10 +2,11 @@
 
 #include <cmath>
 
-#include "Core/RenderTest.h"
-#include "Exception/Exception.h"
-#include "Renderer/OpenCL/OpenCLKernelHelper.h"
+#include "Core/Core.h"
+#include "Core/FakeCoreDataSource.h"
+#include "Core/Image.h"
 #include "Sample/SampleClip.h"
+#include "Support/OpenCLDevice.h"
 #include "Support/TemporaryFolder.h"
 
 using Host::PixelSize;
@@ -18,11 +19,7 @@ namespace {
 class SampleCorrection : public testing::TestWithParam<PixelSize> {
 protected:
     void SetUp() override {
-        try {
-            Renderer::OpenCLKernelHelper::idOfMostPowerfulDevice();
-        } catch (const Exception& exception) {
-            GTEST_SKIP() << exception.what();
-        }
+        if (!openCLDeviceExists()) GTEST_SKIP() << "no OpenCL device here";
     }
 
     /// RGBA of width × height in the middle of grown × grown; what is outside is black, or cut off.
