@@ -7,6 +7,7 @@
 #include "Commands/HelpCommand.h"
 #include "Commands/InfoCommand.h"
 #include "Commands/PlotCommand.h"
+#include "Commands/SampleCommand.h"
 
 namespace Host {
 
@@ -14,6 +15,7 @@ Command::~Command() = default;
 
 std::vector<std::unique_ptr<Command>> allCommands() {
     std::vector<std::unique_ptr<Command>> commands;
+    commands.push_back(std::make_unique<SampleCommand>());
     commands.push_back(std::make_unique<FindCommand>());
     commands.push_back(std::make_unique<InfoCommand>());
     commands.push_back(std::make_unique<CheckCommand>());
