@@ -2,6 +2,7 @@
 
 #include "Commands/CheckCommand.h"
 #include "Commands/DevicesCommand.h"
+#include "Commands/ExportCommand.h"
 #include "Commands/FindCommand.h"
 #include "Commands/FormatsCommand.h"
 #include "Commands/HelpCommand.h"
@@ -20,6 +21,7 @@ std::vector<std::unique_ptr<Command>> allCommands() {
     commands.push_back(std::make_unique<InfoCommand>());
     commands.push_back(std::make_unique<CheckCommand>());
     commands.push_back(std::make_unique<PlotCommand>());
+    commands.push_back(std::make_unique<ExportCommand>());
     commands.push_back(std::make_unique<FormatsCommand>());
     commands.push_back(std::make_unique<DevicesCommand>());
     commands.push_back(std::make_unique<HelpCommand>());
