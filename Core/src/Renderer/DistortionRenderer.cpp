@@ -11,6 +11,7 @@
 #include "Exception/Exception.h"
 #include "Renderer/NotRenderedException.h"
 #include "Renderer/OpenCL/DistortionKernel.h"
+#include "Renderer/OpenCL/KernelArguments.h"
 
 namespace Renderer {
 namespace {
@@ -65,21 +66,14 @@ OpenCLKernel<float> DistortionRenderer::makeKernel(bool isMapKernel) {
 
 int DistortionRenderer::setKernelArguments(cl_kernel kernel, bool isMapKernel) const {
     checkParameterAndThrowExceptionIfNeeded();
-    cl_uint index = isMapKernel ? 1 : 2;
-    for (const std::uint32_t* length :
-         {&parameter.currentWidth, &parameter.currentHeight, &parameter.originalWidth, &parameter.originalHeight})
-        clSetKernelArg(kernel, index++, sizeof(*length), length);
-    // An argument that could not be set makes the launch fail, so the last status is enough.
-    cl_int status = CL_SUCCESS;
-    for (const float* value : {&parameter.imageRadius, &parameter.a0, &parameter.a1, &parameter.a2, &parameter.a3,
-                               &parameter.a4, &parameter.a5, &parameter.a6})
-        status = clSetKernelArg(kernel, index++, sizeof(*value), value);
-    if (isMapKernel) {
-        // The map kernel declares it without reading it; some runtimes refuse a launch with an argument left unset.
-        const cl_uchar reverse = 0;
-        status = clSetKernelArg(kernel, index, sizeof(reverse), &reverse);
-    }
-    return status;
+    KernelArguments arguments(kernel, isMapKernel ? 1 : 2);
+    const DistortionParameter& p = parameter;
+    for (const std::uint32_t length : {p.currentWidth, p.currentHeight, p.originalWidth, p.originalHeight})
+        arguments.set(length);
+    for (const float value : {p.imageRadius, p.a0, p.a1, p.a2, p.a3, p.a4, p.a5, p.a6}) arguments.set(value);
+    // The map kernel declares it without reading it; some runtimes refuse a launch with an argument left unset.
+    if (isMapKernel) arguments.set(cl_uchar{0});
+    return arguments.statusOfLast();
 }
 
 void DistortionRenderer::checkParameterAndThrowExceptionIfNeeded() const { checkRadii(parameter); }

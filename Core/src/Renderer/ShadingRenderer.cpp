@@ -5,6 +5,7 @@
 
 #include "Exception/Assert.h"
 #include "Renderer/NotRenderedException.h"
+#include "Renderer/OpenCL/KernelArguments.h"
 #include "Renderer/OpenCL/ShadingKernel.h"
 
 namespace Renderer {
@@ -18,16 +19,14 @@ OpenCLKernel<float> ShadingRenderer::makeKernel(bool isMapKernel) {
 }
 
 int ShadingRenderer::setKernelArguments(cl_kernel kernel, bool isMapKernel) const {
-    cl_uint index = isMapKernel ? 1 : 2;
-    for (const std::uint32_t* length :
-         {&parameter.currentWidth, &parameter.currentHeight, &parameter.originalWidth, &parameter.originalHeight})
-        clSetKernelArg(kernel, index++, sizeof(*length), length);
-    for (const float* value : {&parameter.imageRadius, &parameter.a0, &parameter.a1, &parameter.a2, &parameter.a3,
-                               &parameter.a4, &parameter.a5, &parameter.a6})
-        clSetKernelArg(kernel, index++, sizeof(*value), value);
-    clSetKernelArg(kernel, index++, sizeof(parameter.reverse), &parameter.reverse);
-    // An argument that could not be set makes the launch fail, so the last status is enough.
-    return clSetKernelArg(kernel, index, sizeof(parameter.gamma), &parameter.gamma);
+    KernelArguments arguments(kernel, isMapKernel ? 1 : 2);
+    const ShadingParameter& p = parameter;
+    for (const std::uint32_t length : {p.currentWidth, p.currentHeight, p.originalWidth, p.originalHeight})
+        arguments.set(length);
+    for (const float value : {p.imageRadius, p.a0, p.a1, p.a2, p.a3, p.a4, p.a5, p.a6}) arguments.set(value);
+    arguments.set(p.reverse);
+    arguments.set(p.gamma);
+    return arguments.statusOfLast();
 }
 
 void ShadingRenderer::frameSize(unsigned int& width, unsigned int& height) {

@@ -137,10 +137,9 @@ TEST(DistortionRenderer, ReportsTheStatusOfItsLastArgument) {
               "Reason: Failed to set kernel specific arguments! (-51)\nData Size: 16 bytes\n");
 }
 
-TEST(DistortionRenderer, LeavesAnEarlierArgumentThatFailsToTheLaunch) {
+TEST(DistortionRenderer, ReportsAnEarlierArgumentThatFailsAsALaunchThatIsRefused) {
     DistortionUnderTest renderer;
     fakeOpenCL.statuses["clSetKernelArg"][3] = -51;
-    fakeOpenCL.statuses["clEnqueueNDRangeKernel"][1] = CL_INVALID_KERNEL_ARGS;
     EXPECT_EQ(descriptionOfRendering(renderer),
               "An issue did occur during execution of the distortion correction renderer.\n"
               "Reason: Failed to execute kernel! (-52)\nData Size: 16 bytes\n");
@@ -195,6 +194,14 @@ TEST(ShadingRenderer, ReportsTheStatusOfItsLastArgument) {
     EXPECT_EQ(descriptionOfRendering(renderer),
               "An issue did occur during execution of the shading correction renderer.\n"
               "Reason: Failed to set kernel specific arguments! (-51)\nData Size: 16 bytes\n");
+}
+
+TEST(ShadingRenderer, ReportsAnEarlierArgumentThatFailsAsALaunchThatIsRefused) {
+    ShadingUnderTest renderer;
+    fakeOpenCL.statuses["clSetKernelArg"][15] = -51;
+    EXPECT_EQ(descriptionOfRendering(renderer),
+              "An issue did occur during execution of the shading correction renderer.\n"
+              "Reason: Failed to execute kernel! (-52)\nData Size: 16 bytes\n");
 }
 
 TEST(ShadingRenderer, StaysUsableAfterAFailure) {
