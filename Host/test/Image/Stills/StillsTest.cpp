@@ -1,0 +1,196 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "Image/FrameReader.h"
+#include "Image/FrameWriter.h"
+#include "Image/HostMetadata.h"
+#include "Image/Support/NoiseFrame.h"
+#include "Image/Support/RawExr.h"
+#include "Image/Support/TemporaryFolder.h"
+
+namespace {
+
+using namespace HostImage;
+using testing::HasSubstr;
+
+std::vector<Channel> rgb(PixelType type) {
+    return {namedChannel("R", type), namedChannel("G", type), namedChannel("B", type)};
+}
+
+class Stills : public testing::Test {
+protected:
+    Frame readFrame(const std::string& path) {
+        Frame frame;
+        openReader(path)->readPixels(frame);
+        return frame;
+    }
+    std::string complaintOfReading(const std::string& path, const Limits& limits = {}) {
+        try {
+            Frame frame;
+            openReader(path, limits)->readPixels(frame);
+        } catch (const ImageError& error) {
+            return std::string(error.what()).substr(path.size() + 2);
+        }
+        return "none";
+    }
+    std::string complaintOfWriting(const std::string& path, const Frame& frame) {
+        try {
+            writeFrame(path, frame);
+        } catch (const ImageError& error) {
+            return std::string(error.what()).substr(path.size() + 2);
+        }
+        return "none";
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(Stills, OfEightSixteenAndThirtyTwoBitsComeBackAsTheyWere) {
+    for (const auto& [extension, type] : {std::pair{"tif", PixelType::UInt8},
+                                          {"tif", PixelType::UInt16},
+                                          {"tif", PixelType::Float},
+                                          {"png", PixelType::UInt8},
+                                          {"png", PixelType::UInt16},
+                                          {"dpx", PixelType::UInt8},
+                                          {"dpx", PixelType::UInt16}}) {
+        const std::string path = folder / ("frame." + std::string(extension));
+        const Frame frame = noiseFrame({0, 0, 30, 20}, rgb(type));
+        writeFrame(path, frame);
+        const Frame back = readFrame(path);
+        ASSERT_EQ(back.parts[0].planes.size(), 1u) << path;
+        EXPECT_EQ(back.parts[0].planes[0].type, type) << path;
+        EXPECT_TRUE(pixelBytes(back.parts[0]) == pixelBytes(frame.parts[0])) << path << static_cast<int>(type);
+    }
+}
+
+TEST_F(Stills, OfHalfPixelsAreStoredInTheNearestTypeThatTheFormatHas) {
+    const Frame frame = noiseFrame({0, 0, 30, 20}, rgb(PixelType::Half));
+    writeFrame(folder / "a.tif", frame);
+    writeFrame(folder / "a.dpx", frame);
+    EXPECT_EQ(readFrame(folder / "a.tif").parts[0].channels[0].type, PixelType::Float);
+    EXPECT_EQ(readFrame(folder / "a.dpx").parts[0].channels[0].type, PixelType::UInt16);
+}
+
+TEST_F(Stills, OfMixedPlanesAreInterleaved) {
+    std::vector<Channel> channels = rgb(PixelType::Half);
+    channels.push_back(namedChannel("A", PixelType::Float));
+    const Frame frame = noiseFrame({0, 0, 9, 9}, channels);
+    writeFrame(folder / "a.tif", frame);
+    const Frame back = readFrame(folder / "a.tif");
+    std::vector<float> row(40);
+    back.parts[0].planes[0].rowToFloat(5, row.data());
+    std::vector<float> colour(30);
+    frame.parts[0].planes[0].rowToFloat(5, colour.data());
+    std::vector<float> alpha(10);
+    frame.parts[0].planes[1].rowToFloat(5, alpha.data());
+    EXPECT_EQ(row[7 * 4 + 1], colour[7 * 3 + 1]);
+    EXPECT_EQ(row[7 * 4 + 3], alpha[7]);
+}
+
+TEST_F(Stills, AreEqualByteForByteWhenWrittenTwice) {
+    const Frame frame = noiseFrame({0, 0, 30, 20}, rgb(PixelType::UInt16));
+    for (const std::string extension : {"dpx", "tif", "png"}) {
+        writeFrame(folder / ("a." + extension), frame);
+        const std::string first = readBytes(folder / ("a." + extension));
+        // The writers' own stamp counts seconds.
+        EXPECT_EQ(first.find("2026"), std::string::npos) << extension;
+        writeFrame(folder / ("a." + extension), frame);
+        EXPECT_TRUE(readBytes(folder / ("a." + extension)) == first) << extension;
+    }
+}
+
+TEST_F(Stills, KeepADpxTimecodeOnTheWayToEveryFormatThatHasOne) {
+    Frame frame = noiseFrame({0, 0, 30, 20}, rgb(PixelType::UInt16));
+    frame.parts[0].setAttribute({"timeCode", "timecode", RawExr::words({0x10000147, 0})});
+    writeFrame(folder / "a.dpx", frame);
+    const Frame dpx = readFrame(folder / "a.dpx");
+    EXPECT_EQ(metadataText(hostMetadata(dpx, folder / "a.dpx", 1).at("input/timecode")), "10:00:01:07");
+    writeFrame(folder / "b.dpx", dpx);
+    writeFrame(folder / "b.exr", dpx);
+    for (const std::string name : {"b.dpx", "b.exr"}) {
+        const Frame back = readFrame(folder / name);
+        ASSERT_NE(back.parts[0].findAttribute("timeCode"), nullptr) << name;
+        EXPECT_TRUE(back.parts[0].findAttribute("timeCode")->value == RawExr::words({0x10000147, 0})) << name;
+    }
+}
+
+TEST_F(Stills, KeepTheTextsOfADpxHeader) {
+    Frame frame = noiseFrame({0, 0, 30, 20}, rgb(PixelType::UInt16));
+    frame.parts[0].setAttribute({"dpx:InputDevice", "string", "Camera 7"});
+    writeFrame(folder / "a.dpx", frame);
+    const Frame back = readFrame(folder / "a.dpx");
+    EXPECT_EQ(metadataText(hostMetadata(back, folder / "a.dpx", 1).at("dpx/InputDevice")), "Camera 7");
+}
+
+TEST_F(Stills, KeepTenBitsOfADpxAsTenBits) {
+    const std::string path = folder / "a.dpx";
+    ASSERT_EQ(outputOf("oiiotool --pattern fill:color=0.25,0.5,0.75 32x16 3 -d uint10 -o " + path), "");
+    writeFrame(folder / "b.dpx", readFrame(path));
+    EXPECT_THAT(outputOf("oiiotool --info -v " + folder / "b.dpx"), HasSubstr("uint10"));
+    EXPECT_THAT(outputOf("idiff " + path + " " + folder / "b.dpx"), HasSubstr("PASS"));
+}
+
+TEST_F(Stills, OfADpxWithPixelsAsAbgrOrCbycrAreRefused) {
+    const std::string path = folder / "a.dpx";
+    writeFrame(path, noiseFrame({0, 0, 30, 20}, rgb(PixelType::UInt8)));
+    std::string bytes = readBytes(path);
+    bytes[800] = 52;
+    writeBytes(path, bytes);
+    EXPECT_EQ(complaintOfReading(path), "DPX files with pixels stored as ABGR are not supported; convert to RGBA");
+    for (const int descriptor : {100, 101, 102, 103}) {
+        bytes[800] = static_cast<char>(descriptor);
+        writeBytes(path, bytes);
+        EXPECT_EQ(complaintOfReading(path), "DPX files with pixels stored as CbYCr are not supported; convert to RGB");
+    }
+}
+
+TEST_F(Stills, ThatAreCutFailWithTheFilesName) {
+    for (const std::string extension : {"dpx", "tif", "png"}) {
+        const std::string path = folder / ("a." + extension);
+        writeFrame(path, noiseFrame({0, 0, 99, 99}, rgb(PixelType::UInt16)));
+        std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
+        EXPECT_NE(complaintOfReading(path), "none") << extension;
+    }
+}
+
+TEST_F(Stills, BeyondTheLimitsAreRefusedBeforeTheirPixels) {
+    writeFrame(folder / "a.png", noiseFrame({0, 0, 99, 49}, rgb(PixelType::UInt8)));
+    Limits limits;
+    limits.maxSide = 64;
+    EXPECT_EQ(complaintOfReading(folder / "a.png", limits),
+              "the picture of 100 x 50 pixels exceeds the limit of 64 pixels a side");
+}
+
+TEST_F(Stills, OfAnUnknownKindAreRefused) {
+    writeBytes(folder / "a.dpx", std::string(5000, 'x'));
+    EXPECT_EQ(complaintOfReading(folder / "a.dpx"), "is not a DPX file");
+    writeBytes(folder / "a.txt", "text");
+    EXPECT_THAT(complaintOfReading(folder / "a.txt"), testing::StartsWith("cannot be read as an image ("));
+    EXPECT_EQ(complaintOfWriting(folder / "b.txt", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
+              "cannot be written: \".txt\" is not a known image format; choose .exr, .dpx, .tif or .png");
+}
+
+TEST_F(Stills, WithoutRoomForTheDataWindowAreRefused) {
+    Frame frame = noiseFrame({-5, -5, 30, 20}, rgb(PixelType::UInt8));
+    frame.parts[0].displayWindow = {0, 0, 25, 15};
+    EXPECT_EQ(complaintOfWriting(folder / "a.dpx", frame),
+              "cannot be written: this format has no room for pixels around or apart from the picture; choose .exr, or "
+              "have the frame cut to its format");
+    EXPECT_FALSE(std::filesystem::exists(folder / "a.dpx"));
+}
+
+TEST_F(Stills, WithSeveralPartsAreRefused) {
+    Frame frame = noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8));
+    frame.parts.push_back(frame.parts[0]);
+    EXPECT_EQ(complaintOfWriting(folder / "a.png", frame),
+              "cannot be written: the frame has several parts, which only OpenEXR holds; choose .exr");
+}
+
+TEST_F(Stills, IntoAMissingFolderAreAnError) {
+    EXPECT_THAT(complaintOfWriting(folder / "none/a.dpx", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
+                testing::StartsWith("cannot be written: "));
+}
+
+} // namespace
