@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <locale>
+#include <new>
 #include <sstream>
 #include <tuple>
 #include <utility>
@@ -89,6 +90,8 @@ void JsonParser::parse(const std::string& json, Header& header, Frame& frame) {
     try {
         if (!isReadableRecursively(json)) throw Exception("The text is too long or nested too deeply.");
         std::tie(header, frame) = parsed(json);
+    } catch (const std::bad_alloc&) {
+        throw; // says nothing about the text
     } catch (const std::exception&) {
         throw Exception("JSON metadata string has an invalid format.");
     }

@@ -17,7 +17,8 @@ public:
     /// width (4096 × 2160 px with 15 mm: about 26.54 mm), and the frame's three lists; every other field is default.
     ///
     /// Throws Exception "JSON metadata string has an invalid format." with both records untouched, also when the text
-    /// is longer than 1 MiB or nested deeper than 64 levels. Independent of the process's locale. Any thread.
+    /// is longer than 1 MiB or nested deeper than 64 levels, and std::bad_alloc. Independent of the process's locale.
+    /// Any thread.
     static void parse(const std::string& json, Header& header, Frame& frame);
 };
 

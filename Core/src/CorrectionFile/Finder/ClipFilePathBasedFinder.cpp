@@ -53,10 +53,12 @@ public:
     const std::vector<std::string>& searchedDirectoryPaths() const { return m_searchedDirectoryPaths; }
 
 private:
+    // `excluded` is an entry of the directory, or empty.
     void queueSubdirectories(const fs::path& directory, int depth, const fs::path& excluded) {
         if (depth == 0) return;
         for (fs::recursive_directory_iterator entry(directory), end; entry != end; ++entry) {
-            const bool isWanted = isDirectory(*entry) && !isHidden(entry->path()) && entry->path() != excluded;
+            const bool isExcluded = entry.depth() == 0 && nameOf(entry->path()) == nameOf(excluded);
+            const bool isWanted = isDirectory(*entry) && !isHidden(entry->path()) && !isExcluded;
             if (isWanted) m_queue.push_back(entry->path());
             // Folders at the last level need not be opened here: all they hold is too deep.
             if (!isWanted || entry.depth() + 1 >= depth) entry.disable_recursion_pending();
@@ -84,7 +86,7 @@ private:
 
     bool isCandidate(const fs::directory_entry& entry) const {
         const fs::path& path = entry.path();
-        if (path.extension() != ".olcf") return false;
+        if (path.extension().native() != ".olcf") return false;
         if (path.filename().string().find(m_clipStem) == std::string::npos) return false;
         boost::system::error_code ignored;
         return entry.status(ignored).type() == fs::regular_file;
@@ -108,7 +110,11 @@ private:
         return entry.status(ignored).type() == fs::directory_file;
     }
 
-    static bool isHidden(const fs::path& path) { return path.filename().string().front() == '.'; }
+    static bool isHidden(const fs::path& path) { return nameOf(path).front() == '.'; }
+
+    // As text: paths must not be compared themselves, since that allocates memory and ends the process when there is
+    // none left.
+    static std::string nameOf(const fs::path& path) { return path.filename().string(); }
 
     std::string m_clipFileName;
     std::string m_clipStem;
