@@ -6,6 +6,9 @@ if(ORVEX_BUILD_TESTS)
     find_package(GTest REQUIRED)
     include(GoogleTest)
 endif()
+set(ORVEX_TEST_ENVIRONMENT "POCL_CACHE_DIR=${PROJECT_BINARY_DIR}/opencl-cache")
+set(ORVEX_TEST_ENVIRONMENT_MODIFICATION
+    "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/cmake/leak-suppressions.txt:print_suppressions=0")
 function(orvex_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL" "LINK")
     add_executable(${name})
@@ -14,7 +17,6 @@ function(orvex_add_test name)
     target_compile_definitions(${name} PRIVATE ORVEX_SOURCE_DIR="${PROJECT_SOURCE_DIR}" ORVEX_BINARY_DIR="${PROJECT_BINARY_DIR}")
     gtest_discover_tests(${name} TEST_PREFIX "${name}/" DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
         PROPERTIES LABELS "${arg_LABEL}" TIMEOUT 300
-        ENVIRONMENT "POCL_CACHE_DIR=${PROJECT_BINARY_DIR}/opencl-cache"
-        ENVIRONMENT_MODIFICATION
-            "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/cmake/leak-suppressions.txt:print_suppressions=0")
+        ENVIRONMENT "${ORVEX_TEST_ENVIRONMENT}"
+        ENVIRONMENT_MODIFICATION "${ORVEX_TEST_ENVIRONMENT_MODIFICATION}")
 endfunction()

@@ -367,6 +367,17 @@ void LensCorrection::setBoxCenteredOnFormat(unsigned int width, unsigned int hei
     info_.set(-dx, -dy, formatWidth + dx, formatHeight + dy);
 }
 
+bool LensCorrection::isOutputBoxAccepted() {
+    const std::lock_guard<std::mutex> lock(m_coreAccess);
+    unsigned int width = 0;
+    unsigned int height = 0;
+    try {
+        return m_core.frameSize(width, height);
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
 // --- Rendering ---
 
 DD::Image::PlanarI::PackedPreference LensCorrection::packedPreference() const { return ePackedPreferencePacked; }
@@ -437,7 +448,7 @@ void LensCorrection::append(DD::Image::Hash& hash) {
 void LensCorrection::reportException(const char* activity, const char* text) {
     error("%s failed: %s", activity, text);
     try {
-        m_logger.log(std::string(activity) + " failed: " + text + "\n");
+        log(std::string(activity) + " failed: " + text + "\n");
     } catch (const std::exception&) {
         // Out of memory: the node shows the error all the same.
     }
@@ -458,6 +469,19 @@ void LensCorrection::reportCoreError() {
     std::string brief;
     std::string detailed;
     retrieveCoreErrorDescription(brief, detailed);
-    m_logger.log(detailed);
+    log(detailed);
     error("%s", brief.c_str());
+}
+
+void LensCorrection::log(const std::string& details) {
+    {
+        const std::lock_guard<std::mutex> lock(m_lastErrorDetailsAccess);
+        m_lastErrorDetails = details;
+    }
+    m_logger.log(details);
+}
+
+std::string LensCorrection::lastErrorDetails() const {
+    const std::lock_guard<std::mutex> lock(m_lastErrorDetailsAccess);
+    return m_lastErrorDetails;
 }

@@ -53,6 +53,13 @@ public:
     unsigned int frameWidth() const { return m_frameWidth; }
     unsigned int frameHeight() const { return m_frameHeight; }
 
+    /// Whether the core takes the current output box, in whole pixels, for a frame of the recording format's aspect
+    /// ratio. After validation; reports nothing.
+    bool isOutputBoxAccepted();
+
+    /// The text of the last failure as it went to the log file; empty when there was none. Any thread.
+    std::string lastErrorDetails() const;
+
     void knobs(DD::Image::Knob_Callback callback) override;
     int knob_changed(DD::Image::Knob* knob) override;
     bool updateUI(const DD::Image::OutputContext& context) override;
@@ -106,6 +113,7 @@ private:
     template <typename Operation>
     void guard(const char* activity, Operation operation);
     void reportException(const char* activity, const char* text);
+    void log(const std::string& details);
 
     void validateFrame(bool forReal);
     void setBoxCenteredOnFormat(unsigned int width, unsigned int height);
@@ -133,5 +141,7 @@ private:
     unsigned int m_frameHeight = 0; ///< px
     Core::Core m_core;
     Core::Logger m_logger;
+    std::string m_lastErrorDetails;
+    mutable std::mutex m_lastErrorDetailsAccess;
     std::mutex m_coreAccess; ///< keeps the error texts of a thread's own failure from being replaced by another's
 };

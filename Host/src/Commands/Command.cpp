@@ -8,6 +8,7 @@
 #include "Commands/HelpCommand.h"
 #include "Commands/InfoCommand.h"
 #include "Commands/PlotCommand.h"
+#include "Commands/RenderCommand.h"
 #include "Commands/SampleCommand.h"
 
 namespace Host {
@@ -16,6 +17,7 @@ Command::~Command() = default;
 
 std::vector<std::unique_ptr<Command>> allCommands() {
     std::vector<std::unique_ptr<Command>> commands;
+    commands.push_back(std::make_unique<RenderCommand>());
     commands.push_back(std::make_unique<SampleCommand>());
     commands.push_back(std::make_unique<FindCommand>());
     commands.push_back(std::make_unique<InfoCommand>());

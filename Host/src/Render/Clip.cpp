@@ -1,0 +1,54 @@
+#include "Render/Clip.h"
+
+#include <filesystem>
+
+#include "Frames/ClipPath.h"
+#include "Image/ImageError.h"
+
+namespace Host {
+
+Clip::Clip(const std::string& path)
+    : m_files(FrameFiles::find(path)),
+      m_isMovie(HostImage::isMovie(m_files.files.begin()->second)),
+      m_searchPath(clipFilePath(m_files)) {
+    if (m_isMovie) {
+        const std::string& movie = m_files.files.begin()->second;
+        const std::int64_t count = HostImage::openReader(movie)->frameCount();
+        for (std::int64_t frame = 1; frame <= count; ++frame) m_frames[static_cast<std::int32_t>(frame)] = movie;
+    } else {
+        m_frames = m_files.files;
+    }
+    const std::string sidecar = HostImage::MetadataSidecar::pathFor(path);
+    if (std::filesystem::exists(sidecar)) m_sidecar.emplace(sidecar);
+}
+
+ClipSource::Range Clip::range() const { return {m_frames.begin()->first, m_frames.rbegin()->first}; }
+
+std::int64_t Clip::indexInFile(std::int32_t frame) const { return m_isMovie ? std::int64_t{frame} - 1 : 0; }
+
+std::string Clip::path(std::int32_t frame) const {
+    const auto file = m_frames.find(frame);
+    // One picture serves every frame, as a still does on a timeline.
+    if (file == m_frames.end() && m_frames.size() == 1 && !m_files.pattern.hasFrameNumber())
+        return std::filesystem::absolute(m_frames.begin()->second).lexically_normal().string();
+    if (file == m_frames.end())
+        throw HostImage::ImageError(m_files.pattern.string(), "The clip has no frame " + std::to_string(frame) + ".");
+    return std::filesystem::absolute(file->second).lexically_normal().string();
+}
+
+HostImage::Frame Clip::readHeader(std::int32_t frame) const {
+    return HostImage::openReader(path(frame))->readHeader(indexInFile(frame));
+}
+
+void Clip::read(std::int32_t frame, HostImage::Frame& into, unsigned int threads) const {
+    HostImage::openReader(path(frame))->readPixels(into, threads, indexInFile(frame));
+}
+
+HostImage::Metadata Clip::metadata(std::int32_t frame, const HostImage::Frame& header) const {
+    HostImage::Metadata metadata = HostImage::hostMetadata(header, path(frame), frame);
+    if (m_sidecar)
+        for (const auto& [key, value] : m_sidecar->values(frame)) metadata[key] = value;
+    return metadata;
+}
+
+} // namespace Host

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Frames/FrameFiles.h"
+#include "Image/FrameReader.h"
+#include "Image/HostMetadata.h"
+#include "Image/MetadataSidecar.h"
+#include "Render/ClipSource.h"
+
+namespace Host {
+
+/// A clip on disk, ready to be read frame by frame: a sequence of pictures, one picture, or a movie, with its metadata
+/// sidecar if there is one. A movie's frames are counted from 1.
+///
+/// Immutable after construction; any thread may read frames, each with a reader of its own.
+class Clip {
+public:
+    /// Throws Failure (WrongUse) when nothing is there, HostImage::ImageError for a movie or a sidecar that cannot be
+    /// read.
+    explicit Clip(const std::string& path);
+
+    const FrameFiles& files() const { return m_files; }
+    /// Every frame and its file.
+    const std::map<std::int32_t, std::string>& frames() const { return m_frames; }
+    ClipSource::Range range() const;
+    /// The clip's path for the finder of correction files.
+    const std::string& searchPath() const { return m_searchPath; }
+
+    /// A frame's header. Throws HostImage::ImageError.
+    HostImage::Frame readHeader(std::int32_t frame) const;
+    /// The whole frame; memory of `into` is used again. Throws HostImage::ImageError.
+    void read(std::int32_t frame, HostImage::Frame& into, unsigned int threads) const;
+    /// What the host's reader shows for a frame whose header or pixels were read.
+    HostImage::Metadata metadata(std::int32_t frame, const HostImage::Frame& header) const;
+    /// The frame's file with its folder's full path. Throws HostImage::ImageError when the clip has no such frame.
+    std::string path(std::int32_t frame) const;
+
+private:
+    std::int64_t indexInFile(std::int32_t frame) const;
+
+    FrameFiles m_files;
+    bool m_isMovie;
+    std::map<std::int32_t, std::string> m_frames;
+    std::string m_searchPath;
+    std::optional<HostImage::MetadataSidecar> m_sidecar;
+};
+
+} // namespace Host

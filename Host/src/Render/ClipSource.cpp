@@ -1,0 +1,57 @@
+#include "Render/ClipSource.h"
+
+#include <algorithm>
+#include <type_traits>
+
+#include "DDImage/IopInfo.h"
+#include "Render/HostChannels.h"
+#include "Render/PlaneTransfer.h"
+
+namespace Host {
+
+ClipSource::ClipSource(const HostImage::Frame& frame, std::size_t part, const HostImage::Metadata& metadata,
+                       Range range, Settings settings)
+    : m_part(frame.parts.at(part)),
+      m_metadata(metadata),
+      m_range(range),
+      m_settings(settings),
+      m_channels(hostChannels(m_part)) {}
+
+void ClipSource::fillInfo(double, DD::Image::IopInfo& info) {
+    const DD::Image::Format format(static_cast<int>(m_part.displayWindow.width()),
+                                   static_cast<int>(m_part.displayWindow.height()),
+                                   static_cast<double>(m_part.pixelAspectRatio));
+    info.format(format);
+    info.full_size_format(format);
+    const DD::Image::Box box = hostBox(m_part.dataWindow, m_part.displayWindow);
+    // The border begins at the format: a data window inside of it has black there anyway.
+    info.set(std::min(box.x(), 0) - m_settings.border, box.y(), std::max(box.r(), format.r()) + m_settings.border,
+             box.t());
+    if (m_settings.border == 0) info.setBox(box);
+    DD::Image::ChannelSet channels;
+    if (m_settings.isMap) channels += DD::Image::Mask_RGBA;
+    for (const DD::Image::Channel channel : m_channels) channels += channel;
+    info.channels(channels);
+    info.first_frame(m_range.first);
+    info.last_frame(m_range.last);
+}
+
+void ClipSource::fillMetaData(double, DD::Image::MetaData::Bundle& metaData) {
+    for (const auto& [key, value] : m_metadata) {
+        std::visit(
+            [&, name = key](const auto& content) {
+                if constexpr (std::is_same_v<std::decay_t<decltype(content)>, std::vector<int>>)
+                    metaData.setData(name, std::vector<std::int64_t>(content.begin(), content.end()));
+                else
+                    metaData.setData(name, content);
+            },
+            value);
+    }
+}
+
+void ClipSource::fillPlane(double, DD::Image::ImagePlane& plane) {
+    if (m_settings.isMap) return;
+    Host::fillPlane(plane, m_part, m_channels, m_settings.threads);
+}
+
+} // namespace Host

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "DDImage/Substitute/ReadSource.h"
+#include "Image/Frame.h"
+#include "Image/HostMetadata.h"
+
+namespace Host {
+
+/// One decoded picture as the host's reader node shows it: a part of a frame, with the frame's metadata.
+///
+/// Holds references only: frame and metadata outlive it and do not change. Immutable, so any thread may ask.
+class ClipSource : public DD::Image::ReadSource {
+public:
+    /// First and last frame of the whole clip: the correction counts frames from the first one.
+    struct Range {
+        std::int32_t first = 0;
+        std::int32_t last = 0;
+    };
+
+    struct Settings {
+        unsigned int threads = 1; ///< convert the pixels
+        /// The picture shows red, green, blue and alpha whatever it holds: a map depends on its size only.
+        bool isMap = false;
+        int border = 0; ///< px of black that the box has more on the left and on the right
+    };
+
+    ClipSource(const HostImage::Frame& frame, std::size_t part, const HostImage::Metadata& metadata, Range range,
+               Settings settings);
+
+    void fillInfo(double frame, DD::Image::IopInfo& info) override;
+    void fillMetaData(double frame, DD::Image::MetaData::Bundle& metaData) override;
+    void fillPlane(double frame, DD::Image::ImagePlane& plane) override;
+
+    /// The host's channel of each of the part's channels.
+    const std::vector<DD::Image::Channel>& channels() const { return m_channels; }
+
+private:
+    const HostImage::Part& m_part;
+    const HostImage::Metadata& m_metadata;
+    Range m_range;
+    Settings m_settings;
+    std::vector<DD::Image::Channel> m_channels;
+};
+
+} // namespace Host

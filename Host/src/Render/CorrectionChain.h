@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "DDImage/Substitute/Graph.h"
+#include "Image/Frame.h"
+#include "Image/HostMetadata.h"
+#include "Render/ClipSource.h"
+#include "Render/RenderOptions.h"
+
+class LensCorrection;
+
+namespace Host {
+
+/// Why the nodes could not correct a frame: the error that the node shows, and the text that names all values involved.
+class CorrectionError : public std::runtime_error {
+public:
+    CorrectionError(const std::string& brief, const std::string& details);
+    ~CorrectionError() override;
+    const std::string& details() const { return m_details; }
+
+private:
+    std::string m_details;
+};
+
+/// A frame's header or the whole frame, with what the host's reader would know about it.
+struct ClipFrame {
+    const HostImage::Frame* frame = nullptr;
+    const HostImage::Metadata* metadata = nullptr;
+    std::string path; ///< of the file; the correction file is searched around it
+    ClipSource::Range range;
+};
+
+/// The two nodes behind a reader node, set up as the options say: Read → Shading → Distortion when the lens is taken
+/// out, Read → Distortion → Shading when it is put back.
+///
+/// One thread at a time.
+class CorrectionChain {
+public:
+    /// `threads`: how many convert pixels from and to the file's type.
+    CorrectionChain(const RenderOptions& options, unsigned int threads);
+    ~CorrectionChain();
+
+    /// Chooses the frame, one of its parts, and the frame of the plate from which the lens data come (the same one when
+    /// there is no plate). All must live until the next call.
+    void setFrame(std::int32_t frame, const ClipFrame& image, std::size_t part, const ClipFrame& plate);
+
+    /// Works out the corrected picture's box. Needs headers only. Throws CorrectionError.
+    ///
+    /// The nodes centre the box that the core asks for on the format, in whole pixels; for some formats that are not
+    /// 16:9 the rounding makes the core refuse its own box for a wrong aspect ratio. Such a picture gets a black border
+    /// of a few px left and right, which changes the rounding and nothing else.
+    DD::Image::Box validate();
+
+    using Store = std::function<void(const DD::Image::ImagePlane&, const std::vector<DD::Image::Channel>&)>;
+    /// After validate: renders layer after layer and hands each to `store`, with the host's channels of the part's
+    /// channels. Throws CorrectionError.
+    void render(const Store& store);
+
+private:
+    void addNode(const char* className, bool isInverse);
+    void setControls(DD::Image::Op* node);
+    void setImage(int border);
+    bool isBoxAccepted() const;
+    [[noreturn]] void fail() const;
+
+    const RenderOptions& m_options;
+    unsigned int m_threads;
+    DD::Image::Graph m_graph;
+    DD::Image::Read* m_imageRead;
+    DD::Image::Read* m_plateRead;
+    std::vector<LensCorrection*> m_nodes; ///< in the order of the chain
+    std::vector<DD::Image::Channel> m_channels;
+    ClipFrame m_image;
+    std::size_t m_part = 0;
+    bool m_hasControls = false;
+};
+
+} // namespace Host

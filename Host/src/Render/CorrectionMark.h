@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "Image/Frame.h"
+#include "Render/RenderOptions.h"
+
+namespace Host {
+
+/// The mark that a corrected picture carries: text attributes that say what was done last, by which version, and from
+/// which correction file.
+///
+///     com.orvex.lenscorrect.distortion       "undistort" or "distort"
+///     com.orvex.lenscorrect.shading          "remove" or "add"
+///     com.orvex.lenscorrect.correctionFile   path; absent when the lens data came with the frame
+///     com.orvex.lenscorrect.version          "0.18.1"
+class CorrectionMark {
+public:
+    /// Writes the mark for a job into every part, replacing what an earlier job left of the same kind.
+    static void write(const RenderOptions& options, const std::string& correctionFile, HostImage::Frame& frame);
+
+    /// Why the frame should not be corrected like this: it says that the very same was done to it already. Empty when
+    /// nothing speaks against it; the opposite direction never does, since that is how a lens is put back.
+    static std::string objection(const RenderOptions& options, const HostImage::Frame& frame);
+};
+
+} // namespace Host

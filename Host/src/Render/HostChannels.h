@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "DDImage/Channel.h"
+#include "Image/Frame.h"
+
+namespace Host {
+
+/// The host's channel for each channel of a part, in the part's order; no two are the same.
+///
+/// | In the file              | In the host                              |
+/// |--------------------------|------------------------------------------|
+/// | R, G, B, A               | rgba.red, rgba.green, …                  |
+/// | Y, where there is no R   | rgba.red: a grey picture is colour       |
+/// | Z                        | depth.Z                                  |
+/// | L.R, L.G, L.B, L.A       | L.red, L.green, …                        |
+/// | L.X                      | L.X                                      |
+/// | X                        | other.X                                  |
+std::vector<DD::Image::Channel> hostChannels(const HostImage::Part& part);
+
+} // namespace Host

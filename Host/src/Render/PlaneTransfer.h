@@ -1,0 +1,30 @@
+#pragma once
+
+#include <vector>
+
+#include "DDImage/Box.h"
+#include "DDImage/Channel.h"
+#include "DDImage/ImagePlane.h"
+#include "Image/Frame.h"
+
+namespace Host {
+
+/// A window of a picture file (corners inclusive, y downwards) as a box of the host: the display window's bottom left
+/// corner is its origin, right and top are exclusive, y upwards. Throws std::runtime_error for windows that lie
+/// further than 2^24 px away from the display window, where single precision no longer tells pixels apart.
+DD::Image::Box hostBox(const HostImage::Window& window, const HostImage::Window& displayWindow);
+
+/// The reverse.
+HostImage::Window fileWindow(const DD::Image::Box& box, const HostImage::Window& displayWindow);
+
+/// Copies the part's pixels into the plane where the part's data window and the plane's box overlap, for the channels
+/// that both have; everything else in the plane is left as it is. `channels` belongs to the part's channels
+/// (hostChannels). The plane must be writable. `threads`: how many threads, the caller's included, convert.
+void fillPlane(DD::Image::ImagePlane& plane, const HostImage::Part& part,
+               const std::vector<DD::Image::Channel>& channels, unsigned int threads);
+
+/// Copies the plane's pixels into the part, which has memory for them, likewise.
+void storePlane(const DD::Image::ImagePlane& plane, HostImage::Part& part,
+                const std::vector<DD::Image::Channel>& channels, unsigned int threads);
+
+} // namespace Host

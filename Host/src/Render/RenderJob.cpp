@@ -1,0 +1,388 @@
+#include "Render/RenderJob.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <thread>
+
+#include "Console/Failure.h"
+#include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
+#include "Exception/Exception.h"
+#include "Image/FrameWriter.h"
+#include "Image/ImageError.h"
+#include "Output/AtomicFile.h"
+#include "Output/Interruption.h"
+#include "Render/CorrectionMark.h"
+#include "Render/PlaneTransfer.h"
+
+namespace Host {
+
+/// A frame on its way, and the memory that it takes along.
+struct RenderJob::Slot {
+    FrameJob job;
+    HostImage::Frame input;
+    HostImage::Metadata metadata;
+    HostImage::Frame plate; ///< header only; empty without a plate
+    HostImage::Metadata plateMetadata;
+    HostImage::Frame output;
+};
+
+namespace {
+
+constexpr CorrectionFile::LevelOfDepth searchDepth{1, 5, 2};
+
+std::string searchedCorrectionFile(const std::string& clip) {
+    std::string file;
+    try {
+        CorrectionFile::ClipFilePathBasedFinder(clip, searchDepth).find(file);
+    } catch (const std::exception&) {
+        // The frames may bring their lens data along; if they do not, the nodes say what is missing.
+        return {};
+    }
+    return file;
+}
+
+std::uint64_t halfOfTheMemory() {
+    return static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) * static_cast<std::uint64_t>(sysconf(_SC_PAGE_SIZE)) / 2;
+}
+
+std::string withoutLastLineFeeds(std::string text) {
+    while (!text.empty() && text.back() == '\n') text.pop_back();
+    return text;
+}
+
+std::string textOf(const CorrectionError& error) {
+    // The details begin with the brief text.
+    return withoutLastLineFeeds(error.details().empty() ? error.what() : error.details());
+}
+
+/// All but the pixels, whose memory stays.
+void copyHeader(const HostImage::Part& from, HostImage::Part& to) {
+    to.name = from.name;
+    to.dataWindow = from.dataWindow;
+    to.displayWindow = from.displayWindow;
+    to.pixelAspectRatio = from.pixelAspectRatio;
+    to.compression = from.compression;
+    to.lineOrder = from.lineOrder;
+    to.tileWidth = from.tileWidth;
+    to.tileHeight = from.tileHeight;
+    to.channels = from.channels;
+    to.attributes = from.attributes;
+}
+
+DD::Image::Box unionOf(DD::Image::Box a, const DD::Image::Box& b) {
+    a.set(std::min(a.x(), b.x()), std::min(a.y(), b.y()), std::max(a.r(), b.r()), std::max(a.t(), b.t()));
+    return a;
+}
+
+bool isExr(const std::string& path) { return path.size() > 4 && path.compare(path.size() - 4, 4, ".exr") == 0; }
+
+} // namespace
+
+RenderJob::RenderJob(const RenderOptions& options)
+    : m_options(options),
+      m_threads(options.threads != 0 ? options.threads : std::max(1u, std::thread::hardware_concurrency())),
+      m_clip(options.clip),
+      m_jobs(frameJobs(options, m_clip.frames())),
+      m_finished(options.output) {
+    if (options.plate) m_plate.emplace(*options.plate);
+    const Clip& lensClip = m_plate ? *m_plate : m_clip;
+    m_correctionFile = options.correctionFile ? *options.correctionFile : searchedCorrectionFile(lensClip.searchPath());
+}
+
+RenderJob::~RenderJob() = default;
+
+bool RenderJob::mustStop() const { return m_isStopped || Interruption::requested(); }
+
+/// Everything that a frame is made from.
+std::string RenderJob::outputKey(const FrameJob& job) const {
+    const auto identity = [](const std::string& path) { return path.empty() ? "-" : FinishedFrames::identity(path); };
+    std::string plate = "-";
+    if (m_plate) {
+        const auto file = m_plate->frames().find(job.frame);
+        plate = file == m_plate->frames().end() ? "missing" : identity(file->second);
+    }
+    const auto sidecar = [&](const std::string& clip) { return identity(HostImage::MetadataSidecar::pathFor(clip)); };
+    return FinishedFrames::fingerprint(fmt::format(
+        "{}|{}|{}|{}|{}|{}|{}|{}x{}|{}x{}|{}|{}|{}|{}|{}|{}|{}|{}", ORVEX_VERSION, job.frame, identity(job.input),
+        plate, identity(m_correctionFile), sidecar(m_options.clip), m_options.plate ? sidecar(*m_options.plate) : "-",
+        m_options.imageArea ? m_options.imageArea->width : 0, m_options.imageArea ? m_options.imageArea->height : 0,
+        m_options.clipResolution ? m_options.clipResolution->width : 0,
+        m_options.clipResolution ? m_options.clipResolution->height : 0, static_cast<int>(m_options.distortion),
+        static_cast<int>(m_options.shading), m_options.renderMap, m_options.overscan.value_or(-1.0f),
+        m_options.pixelType ? static_cast<int>(*m_options.pixelType) : -1, m_options.compression.value_or("-"),
+        static_cast<int>(m_options.window), static_cast<int>(m_options.boxSize)));
+}
+
+std::vector<FrameJob> RenderJob::remainingJobs(Progress& progress) {
+    std::vector<FrameJob> remaining;
+    for (const FrameJob& job : m_jobs) {
+        if (job.input.empty()) {
+            fail(progress, job, "The clip \"" + m_clip.files().pattern.string() + "\" has no such frame.", false);
+        } else if (m_options.skipExisting && m_finished.isFinished(job.output, outputKey(job))) {
+            progress.skipped(job.frame, job.output);
+        } else {
+            remaining.push_back(job);
+        }
+    }
+    return remaining;
+}
+
+void RenderJob::validateHeader(CorrectionChain& chain, const FrameJob& job,
+                               std::map<std::size_t, DD::Image::Box>& boxes) {
+    const HostImage::Frame header = m_clip.readHeader(job.frame);
+    const HostImage::Metadata metadata = m_clip.metadata(job.frame, header);
+    const ClipFrame image{&header, &metadata, m_clip.path(job.frame), m_clip.range()};
+    HostImage::Frame plateHeader;
+    HostImage::Metadata plateMetadata;
+    ClipFrame plate = image;
+    if (m_plate) {
+        plateHeader = m_plate->readHeader(job.frame);
+        plateMetadata = m_plate->metadata(job.frame, plateHeader);
+        plate = {&plateHeader, &plateMetadata, m_plate->path(job.frame), m_plate->range()};
+    }
+    for (std::size_t part = 0; part < (m_options.renderMap ? 1 : header.parts.size()); ++part) {
+        chain.setFrame(job.frame, image, part, plate);
+        const DD::Image::Box box = chain.validate();
+        const auto [known, isNew] = boxes.emplace(part, box);
+        if (!isNew) known->second = unionOf(known->second, box);
+    }
+}
+
+/// Lens data that serve no frame are one message, not one for each of a thousand frames.
+void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs) {
+    std::map<std::size_t, DD::Image::Box> boxes;
+    std::string firstText;
+    for (const FrameJob* job : {&jobs.front(), &jobs[jobs.size() / 2], &jobs.back()}) {
+        try {
+            validateHeader(chain, *job, boxes);
+            return;
+        } catch (const CorrectionError& error) {
+            if (firstText.empty()) firstText = textOf(error);
+        } catch (const HostImage::ImageError&) {
+            // This frame's own trouble, told when its turn comes.
+            if (jobs.size() > 1) return;
+        }
+    }
+    if (firstText.empty()) return;
+    std::string advice;
+    if (m_correctionFile.empty())
+        advice =
+            "\nNo correction file was found around the clip: lay it beside the clip, or name it with "
+            "--correction-file. \"lenscorrect find\" tells where it is searched.";
+    throw Failure(ExitCode::WrongUse,
+                  fmt::format("The lens data do not fit the clip \"{}\": {}{}", m_options.clip, firstText, advice));
+}
+
+void RenderJob::findConstantBoxes(CorrectionChain& chain, const std::vector<FrameJob>& jobs) {
+    for (const FrameJob& job : jobs) {
+        if (mustStop()) return;
+        try {
+            validateHeader(chain, job, m_constantBoxes);
+        } catch (const std::exception&) {
+            // Such a frame is told about when its turn comes; it has no say in the box.
+        }
+    }
+}
+
+std::size_t RenderJob::slotCount(const FrameJob& first, std::size_t most) const {
+    std::uint64_t inFile = 0, asFloats = 0;
+    try {
+        for (const HostImage::Part& part : m_clip.readHeader(first.frame).parts) {
+            for (const HostImage::Plane& plane : part.planes) {
+                inFile += plane.rowBytes() * plane.height;
+                asFloats = std::max(asFloats, std::uint64_t{plane.width} * plane.height * 4 * sizeof(float));
+            }
+        }
+    } catch (const HostImage::ImageError&) {
+        return most;
+    }
+    // The picture before and after, with room for growth and for the packed file; beside the slots one layer is
+    // rendered: plane, node's output, the device's two buffers.
+    const std::uint64_t perSlot = inFile * 3 + 1;
+    const std::uint64_t limit = m_options.memory != 0 ? m_options.memory : halfOfTheMemory();
+    const std::uint64_t forRendering = asFloats * 5;
+    const std::uint64_t forSlots = limit > forRendering ? limit - forRendering : 0;
+    return static_cast<std::size_t>(std::clamp<std::uint64_t>(forSlots / perSlot, 1, most));
+}
+
+void RenderJob::decode(Slot& slot) {
+    m_clip.read(slot.job.frame, slot.input, m_codecThreads);
+    slot.metadata = m_clip.metadata(slot.job.frame, slot.input);
+    if (m_plate) {
+        slot.plate = m_plate->readHeader(slot.job.frame);
+        slot.plateMetadata = m_plate->metadata(slot.job.frame, slot.plate);
+    }
+    if (m_options.force) return;
+    const std::string objection = CorrectionMark::objection(m_options, slot.input);
+    if (!objection.empty()) throw std::runtime_error(objection);
+}
+
+void RenderJob::layOut(const HostImage::Part& input, const DD::Image::Box& box, std::size_t part,
+                       HostImage::Part& output) {
+    copyHeader(input, output);
+    const auto constant = m_constantBoxes.find(part);
+    const HostImage::Window boxWindow =
+        fileWindow(constant != m_constantBoxes.end() ? unionOf(constant->second, box) : box, input.displayWindow);
+    output.dataWindow = m_options.window == RenderOptions::Window::Box ? boxWindow : input.displayWindow;
+    if (m_options.renderMap) {
+        output.channels.clear();
+        for (const char* const name : {"A", "B", "G", "R"}) {
+            HostImage::Channel channel;
+            channel.name = name;
+            channel.type = HostImage::PixelType::Float;
+            output.channels.push_back(channel);
+        }
+    }
+    output.layOutPlanes();
+    output.allocatePixels();
+    if (output.dataWindow == fileWindow(box, input.displayWindow)) return;
+    // What no pixel is rendered for is black.
+    for (HostImage::Plane& plane : output.planes) std::memset(plane.pixels.data(), 0, plane.pixels.size());
+}
+
+void RenderJob::render(CorrectionChain& chain, Slot& slot) {
+    const ClipFrame image{&slot.input, &slot.metadata, m_clip.path(slot.job.frame), m_clip.range()};
+    const ClipFrame plate =
+        m_plate ? ClipFrame{&slot.plate, &slot.plateMetadata, m_plate->path(slot.job.frame), m_plate->range()} : image;
+    slot.output.format = slot.input.format;
+    slot.output.parts.resize(m_options.renderMap ? 1 : slot.input.parts.size());
+    for (std::size_t part = 0; part < slot.output.parts.size(); ++part) {
+        chain.setFrame(slot.job.frame, image, part, plate);
+        HostImage::Part& output = slot.output.parts[part];
+        layOut(slot.input.parts[part], chain.validate(), part, output);
+        chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
+            const std::vector<DD::Image::Channel> map{DD::Image::Chan_Alpha, DD::Image::Chan_Blue,
+                                                      DD::Image::Chan_Green, DD::Image::Chan_Red};
+            storePlane(plane, output, m_options.renderMap ? map : channels, m_codecThreads);
+        });
+    }
+    CorrectionMark::write(m_options, m_correctionFile, slot.output);
+}
+
+void RenderJob::encode(Slot& slot, Progress& progress) {
+    HostImage::WriteOptions writing;
+    writing.compression = m_options.compression;
+    if (m_options.renderMap && !writing.compression) writing.compression = "zip"; // a map must not lose anything
+    if (m_options.pixelType)
+        writing.pixelType = *m_options.pixelType == RenderOptions::PixelType::Half ? HostImage::PixelType::Half
+                                                                                   : HostImage::PixelType::Float;
+    writing.threads = m_codecThreads;
+    // Formats without a data window keep the whole picture as their only window.
+    if (!isExr(slot.job.output))
+        for (HostImage::Part& part : slot.output.parts) part.displayWindow = part.dataWindow;
+    AtomicFile file(slot.job.output);
+    HostImage::writeFrame(file.temporaryPath(), slot.output, writing);
+    file.commit();
+    m_finished.add(slot.job.output, outputKey(slot.job));
+    progress.done(slot.job.frame, slot.job.output);
+}
+
+void RenderJob::fail(Progress& progress, const FrameJob& job, const std::string& text, bool isOutput) {
+    if (isOutput) m_hasOutputFailed = true;
+    if (m_options.stopOnError) m_isStopped = true;
+    const std::string file = isOutput || job.input.empty() ? job.output : job.input;
+    // Some texts name the file already.
+    const bool isNamed = text.find(file) != std::string::npos;
+    progress.failed(job.frame, file,
+                    isNamed ? fmt::format("Frame {}: {}", job.frame, text)
+                            : fmt::format("Frame {} ({}): {}", job.frame, file, text));
+    const std::lock_guard<std::mutex> lock(m_failedFramesAccess);
+    m_failedFrames.push_back(job.frame);
+}
+
+template <typename Step>
+bool RenderJob::attempt(Slot& slot, Progress& progress, Step step) {
+    try {
+        step();
+        return true;
+    } catch (const Failure& failure) {
+        fail(progress, slot.job, failure.what(), failure.exitCode() == ExitCode::Output);
+    } catch (const CorrectionError& error) {
+        fail(progress, slot.job, textOf(error), false);
+    } catch (const std::bad_alloc&) {
+        fail(progress, slot.job, "There is not enough memory for this frame. Try a smaller --memory or --threads 1.",
+             false);
+    } catch (const std::exception& exception) {
+        fail(progress, slot.job, exception.what(), false);
+    }
+    return false;
+}
+
+ExitCode RenderJob::run() {
+    const Progress::Mode mode = Progress::parseMode(m_options.progress, isatty(STDERR_FILENO) == 1);
+    Progress progress(mode, m_jobs.size(), Progress::standardOutput(mode));
+    AtomicFile::removeAbandoned(m_options.output.folder());
+    const std::vector<FrameJob> jobs = remainingJobs(progress);
+    if (jobs.empty()) return finish(progress, m_jobs.size());
+
+    // One frame alone is coded by all threads; of several, each is coded by one.
+    m_codecThreads = jobs.size() == 1 ? m_threads : 1;
+    CorrectionChain chain(m_options, m_codecThreads);
+    checkBeforeTheFirstFrame(chain, jobs);
+    if (m_options.boxSize == RenderOptions::BoxSize::Constant) findConstantBoxes(chain, jobs);
+
+    const std::size_t decoders = std::min<std::size_t>(std::max(1u, m_threads / 2), jobs.size());
+    const std::size_t encoders = std::min<std::size_t>(m_threads, jobs.size());
+    const std::size_t slots = slotCount(jobs.front(), decoders + encoders + 2);
+
+    // The slots bound the memory, so the queues between the stages need no bound of their own.
+    Queue free(UINT64_MAX), decoded(UINT64_MAX), rendered(UINT64_MAX);
+    for (std::size_t slot = 0; slot < slots; ++slot) free.push(std::make_unique<Slot>(), 0);
+    std::atomic<std::size_t> next{0}, decodersLeft{decoders};
+
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < decoders; ++i) {
+        threads.emplace_back([&] {
+            while (!mustStop()) {
+                std::optional<std::unique_ptr<Slot>> slot = free.pop();
+                if (!slot) break;
+                const std::size_t index = mustStop() ? jobs.size() : next.fetch_add(1);
+                if (index >= jobs.size()) {
+                    free.push(std::move(*slot), 0);
+                    break;
+                }
+                (*slot)->job = jobs[index];
+                if (attempt(**slot, progress, [&] { decode(**slot); }))
+                    decoded.push(std::move(*slot), 0);
+                else
+                    free.push(std::move(*slot), 0);
+            }
+            if (decodersLeft.fetch_sub(1) == 1) decoded.close();
+        });
+    }
+    for (std::size_t i = 0; i < encoders; ++i) {
+        threads.emplace_back([&] {
+            while (std::optional<std::unique_ptr<Slot>> slot = rendered.pop()) {
+                attempt(**slot, progress, [&] { encode(**slot, progress); });
+                free.push(std::move(*slot), 0);
+            }
+        });
+    }
+    while (std::optional<std::unique_ptr<Slot>> slot = decoded.pop()) {
+        if (!(m_isStopped && m_options.stopOnError) && attempt(**slot, progress, [&] { render(chain, **slot); }))
+            rendered.push(std::move(*slot), 0);
+        else
+            free.push(std::move(*slot), 0);
+    }
+    rendered.close();
+    for (std::thread& thread : threads) thread.join();
+    return finish(progress, m_jobs.size());
+}
+
+ExitCode RenderJob::finish(Progress& progress, std::size_t frames) const {
+    progress.end();
+    if (!m_failedFrames.empty()) {
+        std::vector<std::int32_t> failed = m_failedFrames;
+        std::sort(failed.begin(), failed.end());
+        fmt::print(stderr, "lenscorrect: {} of {} frames failed: {}\n", failed.size(), frames,
+                   FrameRange::string(failed));
+    }
+    if (Interruption::requested()) return Interruption::exitCode();
+    if (m_hasOutputFailed) return ExitCode::Output;
+    return m_failedFrames.empty() ? ExitCode::Done : ExitCode::SomeFramesFailed;
+}
+
+} // namespace Host

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Console/ExitCode.h"
+#include "Console/Progress.h"
+#include "Output/FinishedFrames.h"
+#include "Pipeline/BoundedQueue.h"
+#include "Render/Clip.h"
+#include "Render/CorrectionChain.h"
+#include "Render/FrameJob.h"
+#include "Render/RenderOptions.h"
+
+namespace Host {
+
+/// Corrects the frames of a clip: decoding, rendering and encoding of different frames overlap.
+///
+///     frames → decoders (threads) → chain of nodes (this thread) → encoders (threads) → files
+///
+/// Frames travel in slots, which keep their memory from one frame to the next; there are as many as the memory limit
+/// allows, so a stage that is ahead waits for a slot. The nodes run on one thread, since the OpenCL device already uses
+/// every core. A frame that fails is reported and its slot goes on with another frame.
+class RenderJob {
+public:
+    /// Looks the clips up and lays the frames out. Throws Failure, HostImage::ImageError.
+    explicit RenderJob(const RenderOptions& options);
+    ~RenderJob();
+
+    /// Does the job and answers the program's exit status; reports to the error stream (JSON progress to the standard
+    /// output). Throws Failure for what concerns every frame, before any is begun.
+    ExitCode run();
+
+private:
+    struct Slot;
+    using Queue = BoundedQueue<std::unique_ptr<Slot>>;
+
+    std::string outputKey(const FrameJob& job) const;
+    std::vector<FrameJob> remainingJobs(Progress& progress);
+    void checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs);
+    void validateHeader(CorrectionChain& chain, const FrameJob& job, std::map<std::size_t, DD::Image::Box>& boxes);
+    void findConstantBoxes(CorrectionChain& chain, const std::vector<FrameJob>& jobs);
+    std::size_t slotCount(const FrameJob& first, std::size_t most) const;
+
+    void decode(Slot& slot);
+    void render(CorrectionChain& chain, Slot& slot);
+    void layOut(const HostImage::Part& input, const DD::Image::Box& box, std::size_t part, HostImage::Part& output);
+    void encode(Slot& slot, Progress& progress);
+    template <typename Step>
+    bool attempt(Slot& slot, Progress& progress, Step step);
+    void fail(Progress& progress, const FrameJob& job, const std::string& text, bool isOutput);
+    bool mustStop() const;
+    ExitCode finish(Progress& progress, std::size_t frames) const;
+
+    const RenderOptions& m_options;
+    unsigned int m_threads;
+    Clip m_clip;
+    std::optional<Clip> m_plate;
+    std::vector<FrameJob> m_jobs;
+    FinishedFrames m_finished;
+    std::string m_correctionFile;                          ///< the one found around the clip or given; empty: none
+    std::map<std::size_t, DD::Image::Box> m_constantBoxes; ///< by part, when all frames share one box
+    unsigned int m_codecThreads = 1;
+    std::atomic<bool> m_isStopped{false};
+    std::atomic<bool> m_hasOutputFailed{false};
+    std::mutex m_failedFramesAccess;
+    std::vector<std::int32_t> m_failedFrames;
+};
+
+} // namespace Host

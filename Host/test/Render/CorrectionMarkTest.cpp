@@ -1,0 +1,63 @@
+#include "Render/CorrectionMark.h"
+
+#include <gtest/gtest.h>
+
+namespace Host {
+namespace {
+
+RenderOptions undistort() {
+    RenderOptions options;
+    options.distortion = RenderOptions::Distortion::Undistort;
+    return options;
+}
+
+RenderOptions distort() {
+    RenderOptions options;
+    options.distortion = RenderOptions::Distortion::Distort;
+    return options;
+}
+
+HostImage::Frame frameMarkedBy(const RenderOptions& options) {
+    HostImage::Frame frame;
+    frame.parts.resize(2);
+    CorrectionMark::write(options, "/shots/A001.olcf", frame);
+    return frame;
+}
+
+TEST(CorrectionMark, StandsInEveryPart) {
+    for (const HostImage::Part& part : frameMarkedBy(undistort()).parts) {
+        std::string mark;
+        for (const HostImage::Attribute& attribute : part.attributes)
+            mark += attribute.name + " (" + attribute.type + ") = " + attribute.value + "\n";
+        EXPECT_EQ(mark,
+                  "com.orvex.lenscorrect.distortion (string) = undistort\n"
+                  "com.orvex.lenscorrect.correctionFile (string) = /shots/A001.olcf\n"
+                  "com.orvex.lenscorrect.version (string) = 0.18.1\n");
+    }
+}
+
+TEST(CorrectionMark, SpeaksAgainstTheSameCorrectionASecondTime) {
+    EXPECT_EQ(
+        CorrectionMark::objection(undistort(), frameMarkedBy(undistort())),
+        "It carries the mark of this very correction (com.orvex.lenscorrect.distortion = \"undistort\"). Take the "
+        "original, or give --force to correct it again.");
+}
+
+TEST(CorrectionMark, LetsTheOppositeDirectionPass) {
+    EXPECT_EQ(CorrectionMark::objection(distort(), frameMarkedBy(undistort())), "");
+}
+
+TEST(CorrectionMark, LetsAFrameWithoutAMarkPass) {
+    HostImage::Frame frame;
+    frame.parts.resize(1);
+    EXPECT_EQ(CorrectionMark::objection(undistort(), frame), "");
+}
+
+TEST(CorrectionMark, ForgetsTheCorrectionFileOfAnEarlierCorrection) {
+    HostImage::Frame frame = frameMarkedBy(undistort());
+    CorrectionMark::write(distort(), "", frame);
+    EXPECT_EQ(frame.parts[0].findAttribute("com.orvex.lenscorrect.correctionFile"), nullptr);
+}
+
+} // namespace
+} // namespace Host

@@ -1,0 +1,46 @@
+#include "Render/HostChannels.h"
+
+#include <gtest/gtest.h>
+
+namespace Host {
+namespace {
+
+std::vector<std::string> hostNames(const std::vector<std::string>& namesInFile) {
+    HostImage::Part part;
+    for (const std::string& name : namesInFile) {
+        HostImage::Channel channel;
+        channel.name = name;
+        part.channels.push_back(channel);
+    }
+    std::vector<std::string> names;
+    for (const DD::Image::Channel channel : hostChannels(part)) names.push_back(DD::Image::getName(channel));
+    return names;
+}
+
+using Names = std::vector<std::string>;
+
+TEST(HostChannels, CallsBareColoursTheRgbaLayer) {
+    EXPECT_EQ(hostNames({"A", "B", "G", "R"}), (Names{"rgba.alpha", "rgba.blue", "rgba.green", "rgba.red"}));
+}
+
+TEST(HostChannels, SpellsTheColoursOfALayerOut) {
+    EXPECT_EQ(hostNames({"beauty.B", "beauty.G", "beauty.R", "N.X"}),
+              (Names{"beauty.blue", "beauty.green", "beauty.red", "N.X"}));
+}
+
+TEST(HostChannels, TakesLuminanceAloneForColour) { EXPECT_EQ(hostNames({"Y"}), Names{"rgba.red"}); }
+
+TEST(HostChannels, LeavesLuminanceBesideColourInALayerOfItsOwn) {
+    EXPECT_EQ(hostNames({"R", "Y"}), (Names{"rgba.red", "other.Y"}));
+}
+
+TEST(HostChannels, KnowsDepthAndPutsOtherBareNamesIntoOneLayer) {
+    EXPECT_EQ(hostNames({"Z", "id"}), (Names{"depth.Z", "other.id"}));
+}
+
+TEST(HostChannels, LosesNoneOfTwoChannelsThatTheHostCallsAlike) {
+    EXPECT_EQ(hostNames({"R", "rgba.R"}), (Names{"rgba.red", "rgba.red_"}));
+}
+
+} // namespace
+} // namespace Host

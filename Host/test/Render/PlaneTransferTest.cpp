@@ -1,0 +1,135 @@
+#include "Render/PlaneTransfer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <stdexcept>
+
+#include "Render/HostChannels.h"
+
+namespace Host {
+namespace {
+
+using DD::Image::Box;
+using DD::Image::ImagePlane;
+using HostImage::Window;
+
+/// A part of float channels with the given data window in a display window of 4 × 3; sample = 100 × channel's place in
+/// `names` + 10 × row in the file + column, both from the data window's top left.
+HostImage::Part partOf(const std::vector<std::string>& names, const Window& dataWindow) {
+    HostImage::Part part;
+    part.displayWindow = {0, 0, 3, 2};
+    part.dataWindow = dataWindow;
+    for (const std::string& name : names) {
+        HostImage::Channel channel;
+        channel.name = name;
+        channel.type = HostImage::PixelType::Float;
+        part.channels.push_back(channel);
+    }
+    part.layOutPlanes();
+    part.allocatePixels();
+    for (std::size_t c = 0; c < part.channels.size(); ++c) {
+        HostImage::Plane& plane = part.planes[part.channels[c].plane];
+        for (std::size_t y = 0; y < plane.height; ++y)
+            for (std::size_t x = 0; x < plane.width; ++x) {
+                const float value = static_cast<float>(100 * c + 10 * y + x);
+                std::memcpy(plane.row(y) + (x * plane.components + part.channels[c].component) * sizeof(float), &value,
+                            sizeof(float));
+            }
+    }
+    return part;
+}
+
+float sampleOf(const HostImage::Part& part, std::size_t channel, std::size_t x, std::size_t y) {
+    const HostImage::Plane& plane = part.planes[part.channels[channel].plane];
+    float value = 0.0f;
+    std::memcpy(&value, plane.row(y) + (x * plane.components + part.channels[channel].component) * sizeof(float),
+                sizeof(float));
+    return value;
+}
+
+ImagePlane blackPlane(const Box& box, bool packed, const DD::Image::ChannelSet& channels) {
+    ImagePlane plane(box, packed, channels);
+    plane.makeWritable();
+    plane.clear();
+    return plane;
+}
+
+TEST(HostBox, HasItsOriginAtTheDisplayWindowsBottomLeftAndGrowsUpwards) {
+    EXPECT_EQ(hostBox({-2, -1, 5, 2}, {0, 0, 3, 2}), Box(-2, 0, 6, 4));
+}
+
+TEST(HostBox, DoesNotDependOnWhereTheDisplayWindowLies) {
+    EXPECT_EQ(hostBox({98, 199, 105, 202}, {100, 200, 103, 202}), Box(-2, 0, 6, 4));
+}
+
+TEST(HostBox, RefusesAWindowThatSinglePrecisionCannotAddress) {
+    EXPECT_THROW(hostBox({1 << 25, 0, (1 << 25) + 3, 2}, {0, 0, 3, 2}), std::runtime_error);
+}
+
+TEST(FileWindow, IsTheReverseOfHostBox) {
+    const Window display{100, 200, 103, 202};
+    const Window window{98, 199, 105, 202};
+    EXPECT_EQ(fileWindow(hostBox(window, display), display), window);
+}
+
+TEST(FillPlane, PutsTheFilesTopRowAtTheTopAndLeavesTheRestAlone) {
+    const HostImage::Part part = partOf({"R"}, {1, 1, 2, 2});
+    ImagePlane plane = blackPlane(Box(0, 0, 4, 3), true, DD::Image::Mask_Red);
+    fillPlane(plane, part, hostChannels(part), 1);
+    std::string rows;
+    for (int y = 2; y >= 0; --y) {
+        for (int x = 0; x < 4; ++x) rows += std::to_string(static_cast<int>(plane.at(x, y, 0))) + " ";
+        rows += "\n";
+    }
+    EXPECT_EQ(rows, "0 0 0 0 \n0 0 1 0 \n0 10 11 0 \n");
+}
+
+TEST(FillPlane, FindsEachChannelWhateverTheOrderInTheFile) {
+    const HostImage::Part part = partOf({"A", "B", "G", "R"}, {0, 0, 3, 2});
+    ImagePlane plane = blackPlane(Box(0, 0, 4, 3), true, DD::Image::Mask_RGBA);
+    fillPlane(plane, part, hostChannels(part), 1);
+    EXPECT_EQ((std::vector<float>{plane.at(3, 2, 0), plane.at(3, 2, 1), plane.at(3, 2, 2), plane.at(3, 2, 3)}),
+              (std::vector<float>{303, 203, 103, 3}));
+}
+
+TEST(FillPlane, FillsAnUnpackedPlaneWithTheSamePixels) {
+    const HostImage::Part part = partOf({"R", "G", "B"}, {0, 0, 3, 2});
+    ImagePlane plane = blackPlane(Box(-1, -1, 5, 4), false, DD::Image::Mask_RGB);
+    fillPlane(plane, part, hostChannels(part), 2);
+    EXPECT_EQ(plane.at(2, 1, 1), 112.0f);
+}
+
+TEST(FillPlane, RefusesChannelsWithFewerSamplesThanPixels) {
+    HostImage::Part part = partOf({"Y"}, {0, 0, 3, 2});
+    part.channels[0].xSampling = 2;
+    ImagePlane plane = blackPlane(Box(0, 0, 4, 3), true, DD::Image::Mask_Red);
+    EXPECT_THROW(fillPlane(plane, part, hostChannels(part), 1), std::runtime_error);
+}
+
+TEST(StorePlane, GivesBackWhatFillPlaneTook) {
+    const HostImage::Part part = partOf({"B", "G", "R", "depth.Z"}, {-1, 0, 3, 3});
+    HostImage::Part stored = partOf({"B", "G", "R", "depth.Z"}, {-1, 0, 3, 3});
+    for (HostImage::Plane& plane : stored.planes) std::memset(plane.pixels.data(), 0, plane.pixels.size());
+    const auto channels = hostChannels(part);
+    for (const DD::Image::ChannelSet& layer :
+         {DD::Image::ChannelSet(DD::Image::Mask_RGBA), DD::Image::ChannelSet(DD::Image::channel("depth.Z"))}) {
+        ImagePlane plane = blackPlane(hostBox(part.dataWindow, part.displayWindow), true, layer);
+        fillPlane(plane, part, channels, 1);
+        storePlane(plane, stored, channels, 1);
+    }
+    for (std::size_t c = 0; c < part.channels.size(); ++c)
+        for (std::size_t y = 0; y < 4; ++y)
+            for (std::size_t x = 0; x < 5; ++x) EXPECT_EQ(sampleOf(stored, c, x, y), sampleOf(part, c, x, y));
+}
+
+TEST(StorePlane, CutsWhatLiesOutsideThePartsWindow) {
+    HostImage::Part part = partOf({"R"}, {0, 0, 3, 2});
+    ImagePlane plane = blackPlane(Box(-5, -5, 9, 8), true, DD::Image::Mask_Red);
+    plane.writableAt(0, 2, 0) = 7.0f; // the format's top left pixel
+    storePlane(plane, part, hostChannels(part), 1);
+    EXPECT_EQ(sampleOf(part, 0, 0, 0), 7.0f);
+}
+
+} // namespace
+} // namespace Host

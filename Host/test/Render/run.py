@@ -1,0 +1,80 @@
+"""lenscorrect render on the sample clip: what is written, what it carries, and how it says that something is wrong."""
+import os
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import program
+
+
+class Render(program.ProgramTest):
+    def setUp(self):
+        super().setUp()
+        # Deep enough that the search for correction files never leaves the case's own folders.
+        self.folder = self.path("a", "b", "c", "d", "e", "f")
+        os.makedirs(self.folder)
+
+    def sample(self, *arguments):
+        self.expect(self.run_program("sample", "clip", "--progress", "none", *arguments), 0)
+
+    def render(self, *arguments, **options):
+        return self.run_program("render", "clip/plate.%04d.exr", "--progress", "none", *arguments, **options)
+
+    def frames(self, folder):
+        return sorted(name for name in os.listdir(self.path(folder)) if not name.startswith("."))
+
+    def test_writes_every_frame_without_a_word(self):
+        self.sample("--size", "128x96", "--frames", "3")
+        self.expect(self.render("--distortion", "undistort", "--shading", "remove", "-o", "out/f.%04d.exr"), 0, "", "")
+        self.assertEqual(self.frames("out"), ["f.1001.exr", "f.1002.exr", "f.1003.exr"])
+
+    def test_renders_formats_whose_box_the_core_refuses_for_a_rounding(self):
+        self.sample("--size", "511x413", "--frames", "12")
+        self.expect(self.render("--distortion", "undistort", "-o", "out/f.%04d.exr"), 0, "", "")
+        self.assertEqual(len(self.frames("out")), 12)
+
+    def test_says_once_that_there_is_no_correction_file_and_what_to_do(self):
+        self.sample("--size", "128x96", "--frames", "2")
+        os.remove(self.path("clip", "plate.olcf"))
+        self.expect(self.render("--distortion", "undistort", "-o", "out/f.%04d.exr"), 2, "", """\
+lenscorrect: The lens data do not fit the clip "clip/plate.%04d.exr": Header of the metadata is not available. \
+Correction file could not be found.
+Clip File Path: "{}/clip/plate"
+No correction file was found around the clip: lay it beside the clip, or name it with --correction-file. \
+"lenscorrect find" tells where it is searched.
+""".format(os.path.realpath(self.folder)))
+
+    def test_writes_the_others_when_a_frame_in_the_middle_is_cut_short(self):
+        self.sample("--size", "128x96", "--frames", "3")
+        os.truncate(self.path("clip", "plate.1002.exr"), 3000)
+        result = self.render("--distortion", "undistort", "-o", "out/f.%04d.exr")
+        self.expect(result, 1)
+        self.assertEqual(self.frames("out"), ["f.1001.exr", "f.1003.exr"])
+        self.assertIn("plate.1002.exr", result.stderr)
+        self.assertIn("lenscorrect: 1 of 3 frames failed: 1002\n", result.stderr)
+
+    def test_refuses_to_take_the_distortion_out_twice(self):
+        self.sample("--size", "128x96", "--frames", "1")
+        self.expect(self.render("--distortion", "undistort", "-o", "clip/again/plate.%04d.exr"), 0)
+        result = self.run_program("render", "clip/again/plate.%04d.exr", "--distortion", "undistort", "-o",
+                                  "out/f.%04d.exr", "--progress", "none")
+        self.expect(result, 1)
+        self.assertIn("It carries the mark of this very correction", result.stderr)
+
+    def test_tells_what_to_install_when_there_is_no_device(self):
+        self.sample("--size", "128x96", "--frames", "1")
+        result = self.render("--distortion", "undistort", "-o", "out/f.%04d.exr",
+                             environment={"OCL_ICD_VENDORS": self.folder})
+        self.expect(result, 3, "", """\
+lenscorrect: There is no OpenCL device to render on: Failed to query number of all available platforms! (-1001) \
+Install a driver (without a GPU: apt-get install pocl-opencl-icd); "lenscorrect devices" tells what is found.
+""")
+
+    def test_renders_from_a_private_kernel_cache_when_the_home_cannot_be_written(self):
+        self.sample("--size", "128x96", "--frames", "1")
+        result = self.render("--distortion", "undistort", "-o", "out/f.%04d.exr",
+                             environment={"HOME": "/proc", "XDG_CACHE_HOME": None, "POCL_CACHE_DIR": None})
+        self.expect(result, 0, "")
+        self.assertIn("/proc/.cache/pocl", result.stderr)
+
+
+program.main()
