@@ -5,11 +5,13 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <optional>
 
 #include "Console/Dimensions.h"
 #include "Console/Failure.h"
+#include "Inspect/ClipInfo.h"
 #include "Inspect/FileInfo.h"
 
 namespace Host {
@@ -17,25 +19,51 @@ namespace {
 
 using RecordingFormatDatabase::RecordingFormat;
 
-std::optional<RecordingFormat> manualFormat(const std::string& imageArea, const std::string& clipResolution) {
+// The options of a job that would only undistort.
+RenderOptions clipOptions(const std::string& clip, const std::string& correctionFile, const std::string& imageArea,
+                          const std::string& clipResolution) {
     if (imageArea.empty() != clipResolution.empty()) {
         throw Failure(ExitCode::WrongUse, "--image-area and --clip-resolution belong together.");
     }
-    if (imageArea.empty()) return std::nullopt;
-    const MillimetreSize area = parseMillimetreSize("--image-area", imageArea);
-    const PixelSize clip = parsePixelSize("--clip-resolution", clipResolution);
+    RenderOptions options;
+    options.clip = clip;
+    options.distortion = RenderOptions::Distortion::Undistort;
+    if (!correctionFile.empty()) options.correctionFile = correctionFile;
+    if (!imageArea.empty()) {
+        options.imageArea = parseMillimetreSize("--image-area", imageArea);
+        options.clipResolution = parsePixelSize("--clip-resolution", clipResolution);
+    }
+    return options;
+}
+
+std::optional<RecordingFormat> manualFormat(const RenderOptions& options) {
+    if (!options.imageArea) return std::nullopt;
+    const MillimetreSize& area = *options.imageArea;
+    const PixelSize& clip = *options.clipResolution;
     return RecordingFormat{area.width, area.height, clip.width, clip.height, std::hypot(area.width, area.height) / 2};
+}
+
+InfoReport reportOn(const RenderOptions& options) {
+    const bool isCorrectionFile = std::filesystem::path(options.clip).extension() == ".olcf";
+    if (!isCorrectionFile) return clipInfo(options);
+    if (options.correctionFile) {
+        throw Failure(ExitCode::WrongUse, "--correction-file goes with a clip, not with a correction file.");
+    }
+    return fileInfo(options.clip, manualFormat(options));
 }
 
 } // namespace
 
 std::string InfoCommand::example() const {
     return "  lenscorrect info A001C002.olcf\n"
+           "  lenscorrect info /shots/A001C002.%04d.exr --frames\n"
            "  lenscorrect info A001C002.olcf --frames --json";
 }
 
 void InfoCommand::declareOptions(CLI::App& app) {
-    app.add_option("FILE", m_path, "Correction file")->required();
+    app.add_option("PATH", m_path, "Correction file (.olcf), or a clip: movie, file pattern, picture file, or folder")
+        ->required();
+    app.add_option("--correction-file", m_correctionFile, "Use this file instead of the one found around the clip");
     app.add_option("--image-area", m_imageArea, "Recording format: sensor area in mm, WxH; needs --clip-resolution");
     app.add_option("--clip-resolution", m_clipResolution, "Recording format: clip in px, WxH; needs --image-area");
     app.add_flag("--frames", m_withFrames, "Tell it for each frame");
@@ -43,7 +71,7 @@ void InfoCommand::declareOptions(CLI::App& app) {
 }
 
 ExitCode InfoCommand::run() {
-    const InfoReport report = fileInfo(m_path, manualFormat(m_imageArea, m_clipResolution));
+    const InfoReport report = reportOn(clipOptions(m_path, m_correctionFile, m_imageArea, m_clipResolution));
     if (m_asJson) {
         fmt::print("{}\n", report.json(m_withFrames).dump(1, ' ', false, nlohmann::json::error_handler_t::replace));
     } else {

@@ -6,7 +6,7 @@
 
 namespace Host {
 
-/// `info`: what a correction file holds, and how the frames are corrected.
+/// `info`: what a correction file holds or what belongs to a clip, and how the frames are corrected.
 class InfoCommand : public Command {
 public:
     std::string name() const override { return "info"; }
@@ -18,8 +18,9 @@ public:
     ExitCode run() override;
 
 private:
-    std::string m_path;
-    std::string m_imageArea; ///< empty, as m_clipResolution: the format that the file implies
+    std::string m_path;           ///< a correction file or a clip
+    std::string m_correctionFile; ///< empty: the one that is found around the clip
+    std::string m_imageArea;      ///< empty, as m_clipResolution: the format that the file implies
     std::string m_clipResolution;
     bool m_withFrames = false;
     bool m_asJson = false;

@@ -152,7 +152,9 @@ std::string headerText(const Header& header) {
                                         : fmt::format("{}-{} mm", header.lensMinFocalLength, header.lensMaxFocalLength);
     return line("Lens", fmt::format("{} {}, serial number {}, {}", header.lensManufacturer, header.lensTypeName,
                                     header.lensSerialNumber, focalLength)) +
-           line("Camera", fmt::format("{} {}", header.cameraManufacturer, header.cameraModel)) +
+           line("Camera", header.cameraManufacturer.empty() && header.cameraModel.empty()
+                              ? "unknown"
+                              : fmt::format("{} {}", header.cameraManufacturer, header.cameraModel)) +
            line("Clip", fmt::format("{} ({}), {} x {} px, {} frames", header.videoFileName, header.clipName,
                                     header.clipWidth, header.clipHeight, header.clipDurationFrames)) +
            line("Timecode rate", header.tcFps > 0.0f ? fmt::format("{}", header.tcFps) : "none");
@@ -221,7 +223,14 @@ std::string InfoReport::text(bool withFrames) const {
                 recordsText(file->content->frames);
     } else if (!fileError.empty()) {
         text += line("Correction file", fileError);
-        for (const std::string& folder : searchedFolders) text += line("", folder);
+        constexpr std::size_t mostFolders = 10;
+        for (std::size_t i = 0; i < std::min(searchedFolders.size(), mostFolders); ++i) {
+            text += line("", searchedFolders[i]);
+        }
+        if (searchedFolders.size() > mostFolders) {
+            text += line(
+                "", fmt::format("and {} more, which \"lenscorrect find\" lists", searchedFolders.size() - mostFolders));
+        }
     }
     if (recordingFormatOrigin.kind == RecordingFormatOrigin::Kind::None) {
         text += line("Recording format", "unknown; give --image-area and --clip-resolution");

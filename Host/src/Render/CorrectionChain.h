@@ -57,6 +57,9 @@ public:
     DD::Image::Box validate();
 
     using Store = std::function<void(const DD::Image::ImagePlane&, const std::vector<DD::Image::Channel>&)>;
+    /// The node at the end.
+    LensCorrection& lastNode() { return *m_nodes.back(); }
+
     /// After validate: renders layer after layer and hands each to `store`, with the host's channels of the part's
     /// channels. Throws CorrectionError.
     void render(const Store& store);

@@ -1,0 +1,133 @@
+#include "Inspect/ClipInfo.h"
+
+#include <boost/filesystem.hpp>
+#include <cmath>
+#include <exception>
+#include <memory>
+#include <vector>
+
+#include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
+#include "CorrectionFile/Finder/NotFoundException.h"
+#include "DataSource.h"
+#include "LensCorrection.h"
+#include "Render/Clip.h"
+#include "Render/CorrectionChain.h"
+
+namespace Host {
+
+namespace {
+
+// A node's own answers, but with both corrections wanted, and of the frame's size before the core enlarges it.
+class NodeFrameSource : public DataSource {
+public:
+    explicit NodeFrameSource(LensCorrection* node) : DataSource(node) {}
+
+    bool shouldPerformShadingCorrection(Core::ShadingCorrectionParameter& parameter) const override {
+        parameter = {};
+        return true;
+    }
+    bool shouldPerformDistortionCorrection(Core::DistortionCorrectionParameter& parameter) const override {
+        parameter = {};
+        return true;
+    }
+    bool frameData(Core::FrameData& frameData) const override {
+        if (!DataSource::frameData(frameData)) return false;
+        const DD::Image::Format& format = m_op->format();
+        frameData.width = centred(m_op->frameWidth(), format.w());
+        frameData.height = centred(m_op->frameHeight(), format.h());
+        return true;
+    }
+
+private:
+    // As much on either side of the format.
+    static std::uint32_t centred(unsigned int frame, int format) {
+        const double margin = std::round((static_cast<double>(frame) - format) * 0.5);
+        return static_cast<std::uint32_t>(format + 2 * static_cast<int>(margin));
+    }
+};
+
+// The correction file around the clip, or why there is none.
+void findCorrectionFile(const RenderOptions& options, const Clip& clip, InfoReport& report) {
+    std::string path;
+    try {
+        if (options.correctionFile) {
+            path = *options.correctionFile;
+        } else {
+            CorrectionFile::ClipFilePathBasedFinder(clip.searchPath(), Core::correctionFileSearchDepth).find(path);
+        }
+    } catch (const CorrectionFile::NotFoundException& exception) {
+        report.fileError = "none was found; searched were:";
+        report.searchedFolders = exception.searchedDirectoryPaths();
+        return;
+    } catch (const boost::filesystem::filesystem_error& error) {
+        report.fileError = "the search ended at " + error.path1().string() + ": " + error.code().message();
+        return;
+    }
+    report.file = CorrectionFileData::read(path);
+}
+
+// A node's detailed text begins with its brief one.
+std::string withoutFirstLine(const std::string& text, const std::string& line) {
+    return text.starts_with(line + "\n") ? text.substr(line.size() + 1) : text;
+}
+
+std::vector<std::int32_t> framesOf(const RenderOptions& options, const Clip& clip) {
+    if (options.frames) return options.frames->frames();
+    std::vector<std::int32_t> frames;
+    for (const auto& [frame, path] : clip.frames()) frames.push_back(frame);
+    return frames;
+}
+
+FrameInfo infoOf(std::int32_t frame, const Clip& clip, CorrectionChain& chain) {
+    FrameInfo info;
+    info.frame = frame;
+    try {
+        const std::string path = clip.path(frame);
+        const HostImage::Frame header = clip.readHeader(frame);
+        const HostImage::Metadata metadata = clip.metadata(frame, header);
+        const ClipFrame image{&header, &metadata, path, clip.range()};
+        chain.setFrame(frame, image, 0, image);
+        std::optional<CorrectionError> nodeError;
+        try {
+            chain.validate();
+        } catch (const CorrectionError& error) {
+            nodeError = error;
+        }
+        Core::FramePreparation preparation(std::make_unique<NodeFrameSource>(&chain.lastNode()));
+        info = frameInfo(frame, preparation);
+        info.file = path;
+        // What the node shows is the truth; without a device, say, the core would still know everything else.
+        if (nodeError && info.error.empty()) {
+            info.error = nodeError->what();
+            info.details = withoutFirstLine(nodeError->details(), info.error);
+        }
+    } catch (const std::exception& exception) {
+        info.error = exception.what();
+    }
+    return info;
+}
+
+} // namespace
+
+InfoReport clipInfo(const RenderOptions& options) {
+    const Clip clip(options.clip);
+    InfoReport report;
+    report.clip = clip.files().pattern.string();
+    findCorrectionFile(options, clip, report);
+
+    RenderOptions undistorting = options;
+    undistorting.distortion = RenderOptions::Distortion::Undistort;
+    undistorting.shading = RenderOptions::Shading::None;
+    CorrectionChain chain(undistorting, 1);
+    for (const std::int32_t frame : framesOf(options, clip)) {
+        report.frames.push_back(infoOf(frame, clip, chain));
+        const FrameInfo& info = report.frames.back();
+        if (info.prepared && report.recordingFormatOrigin.kind == Core::RecordingFormatOrigin::Kind::None) {
+            report.recordingFormat = info.prepared->recordingFormat;
+            report.recordingFormatOrigin = info.prepared->recordingFormatOrigin;
+        }
+    }
+    return report;
+}
+
+} // namespace Host

@@ -1,0 +1,90 @@
+"""What info tells about clips: the same as the nodes do."""
+import json
+import os
+import subprocess
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import correction_file
+import program
+
+
+class InfoClip(program.ProgramTest):
+    def setUp(self):
+        super().setUp()
+        # Five folders down, so that a search up the ancestors stays in the test's folder.
+        self.clip_folder = self.path("1", "2", "3", "4", "5", "clip")
+        os.makedirs(self.clip_folder)
+
+    def clip(self, *names):
+        return os.path.join(self.clip_folder, *names)
+
+    def write_frame(self, frame, timecode=None, size="64x36"):
+        attributes = ["--attrib:type=timecode", "smpte:TimeCode", timecode] if timecode else []
+        subprocess.run(["oiiotool", "--create", size, "4", "-d", "half", *attributes, "-o", self.clip(f"A001C002.{frame}.exr")],
+                       check=True, capture_output=True)
+
+    def write_correction(self, frames):
+        with open(self.clip("A001C002.olcf"), "w", encoding="utf-8") as file:
+            file.write(correction_file.text(frames=frames, videoFileName="A001C002", clipWidth="64", clipHeight="36"))
+
+    def info(self, *arguments, status=0, environment=None):
+        result = self.run_program("info", self.clip("A001C002.%04d.exr"), "--json", "--frames", *arguments, environment=environment)
+        self.expect(result, status, errors="")
+        return program.validated(json.loads(result.stdout), "info")
+
+    def test_finds_file_and_record_by_frame_number(self):
+        self.write_correction([0, 1])
+        for frame in (1001, 1002):
+            self.write_frame(frame)
+        report = self.info()
+        self.assertEqual(report["correctionFile"], self.clip("A001C002.olcf"))
+        self.assertEqual([(frame["frame"], frame["record"]["key"], frame["record"]["frame"]) for frame in report["frames"]],
+                         [(1001, "frameNumber", 0), (1002, "frameNumber", 1)])
+
+    def test_finds_the_record_by_timecode(self):
+        self.write_correction([0, 1, 2])
+        self.write_frame(1001, "00:00:00:02")
+        record = self.info()["frames"][0]["record"]
+        self.assertEqual((record["key"], record["lookedUp"], record["frame"]), ("timecode", "00:00:00:02", 2))
+
+    def test_tells_why_a_clip_without_a_correction_file_fails(self):
+        self.write_frame(1001)
+        report = self.info(status=1)
+        self.assertEqual(report["correctionFile"], None)
+        self.assertIn(self.clip_folder, report["searchedFolders"])
+        self.assertEqual(report["frames"][0]["error"],
+                         "Header of the metadata is not available. Correction file could not be found.")
+
+    def test_goes_on_after_a_frame_that_cannot_be_read(self):
+        self.write_correction([0, 1])
+        self.write_frame(1001)
+        with open(self.clip("A001C002.1002.exr"), "w", encoding="utf-8") as file:
+            file.write("no picture")
+        report = self.info(status=1)
+        self.assertEqual([frame["ok"] for frame in report["frames"]], [True, False])
+
+    def test_tells_of_a_frame_of_another_shape(self):
+        self.write_correction([0])
+        self.write_frame(1001, size="64x48")
+        frame = self.info(status=1)["frames"][0]
+        self.assertEqual(frame["error"], "Aspect ratio of the current frame is not as expected. Recommended resolution is 64x36 px.")
+        self.assertEqual(frame["details"], "Current Frame Resolution: 64x48 px\nRecording Format Resolution: 64x36 px\n")
+
+    def test_takes_a_correction_file_by_hand(self):
+        self.write_frame(1001)
+        other = self.path("other.olcf")
+        with open(other, "w", encoding="utf-8") as file:
+            file.write(correction_file.text(frames=[0], videoFileName="A001C002", clipWidth="64", clipHeight="36"))
+        report = self.info("--correction-file", other)
+        self.assertEqual((report["correctionFile"], report["frames"][0]["record"]["frame"]), (other, 0))
+
+    def test_knows_all_but_the_nodes_result_without_a_device(self):
+        self.write_correction([0])
+        self.write_frame(1001)
+        frame = self.info(status=1, environment={"OCL_ICD_VENDORS": "/nonexistent"})["frames"][0]
+        self.assertEqual(frame["error"], "Failed to query number of all available platforms! (-1001)")
+        self.assertEqual(frame["record"]["frame"], 0)
+
+
+program.main()
