@@ -71,6 +71,8 @@ MetadataSidecar::MetadataSidecar(const std::string& path) {
         throw ImageError(path, "is not valid JSON (line " +
                                    std::to_string(1 + std::count(read.begin(), read.end(), '\n')) +
                                    "); expected {\"maker key\": value, ...}");
+    } catch (const Json::out_of_range&) {
+        throw ImageError(path, "has a number that is too large to be one");
     }
     if (!json.is_object()) throw ImageError(path, "must be a JSON object: {\"maker key\": value, ...}");
     const auto frames = json.find("frames");

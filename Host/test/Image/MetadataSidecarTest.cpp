@@ -56,6 +56,10 @@ TEST_F(Sidecar, NamesTheLineThatIsNotJson) {
     EXPECT_EQ(complaint("{\n\"a\": 1,\n\"b\": }"), "is not valid JSON (line 3); expected {\"maker key\": value, ...}");
 }
 
+TEST_F(Sidecar, RefusesANumberThatNoNumberCanHold) {
+    EXPECT_EQ(complaint("{\"a\": 1e999}"), "has a number that is too large to be one");
+}
+
 TEST_F(Sidecar, MustBeAnObject) { EXPECT_EQ(complaint("[1]"), "must be a JSON object: {\"maker key\": value, ...}"); }
 
 TEST_F(Sidecar, NamesTheKeyWhoseValueIsNeitherTextNorNumbers) {
