@@ -75,13 +75,15 @@ void Core::CorePrivate::render(const float* input, float* output, unsigned long 
 
     const bool isShadingMap = wanted.shading && wanted.shading->renderMap;
     const bool isDistortionMap = wanted.distortion && wanted.distortion->renderMap;
-    // A displacement map takes no image, so it cannot follow a shading correction of any kind.
-    if (wanted.shading && isDistortionMap) {
+    const auto throwNoSingleMap = [] {
         throw Exception("It is not possible to generate a single map for both shading and distortion correction.");
-    }
+    };
+    if (isShadingMap && isDistortionMap) throwNoSingleMap();
     if ((isShadingMap || isDistortionMap) && input) {
         throw Exception("Input buffer is required to be set to nullptr whenever map rendering is requested.");
     }
+    // A displacement map takes no image, so it cannot follow a shaded image either.
+    if (wanted.shading && isDistortionMap) throwNoSingleMap();
     const auto sizeOf = [](const auto& parameter) {
         return static_cast<std::uint64_t>(parameter.currentWidth) * parameter.currentHeight;
     };

@@ -147,6 +147,12 @@ TEST_F(CoreRenderTest, RejectsAnInputForAMap) {
     }
 }
 
+TEST_F(CoreRenderTest, RejectsAnInputForADisplacementMapBesideAShadedImage) {
+    given(image, distortionMap);
+    expectRenderFails(m_input.data());
+    EXPECT_EQ(detailed(), "Input buffer is required to be set to nullptr whenever map rendering is requested.\n");
+}
+
 TEST_F(CoreRenderTest, GivesTheDisplacementMapOfTheFrame) {
     given({}, distortionMap);
     const Image map = rendered(nullptr);
