@@ -237,9 +237,11 @@ public:
                 if (!m_input->read_image(0, 0, members[first], members[end - 1] + 1, oiioType(plane.type),
                                          plane.pixels.data() + first * size,
                                          static_cast<OIIO::stride_t>(plane.components * size),
-                                         static_cast<OIIO::stride_t>(plane.rowBytes())))
-                    throw ImageError(m_path, "the pixels could not be read (" + oneLine(m_input->geterror()) +
+                                         static_cast<OIIO::stride_t>(plane.rowBytes()))) {
+                    const std::string cause = oneLine(m_input->geterror());
+                    throw ImageError(m_path, "the pixels could not be read (" + cause +
                                                  "); the file is incomplete or damaged, copy or render it again");
+                }
                 first = end;
             }
         }
