@@ -10,6 +10,8 @@
 #include "Commands/PlotCommand.h"
 #include "Commands/RenderCommand.h"
 #include "Commands/SampleCommand.h"
+#include "Commands/SubmitCommand.h"
+#include "Commands/SummaryCommand.h"
 
 namespace Host {
 
@@ -26,6 +28,8 @@ std::vector<std::unique_ptr<Command>> allCommands() {
     commands.push_back(std::make_unique<ExportCommand>());
     commands.push_back(std::make_unique<FormatsCommand>());
     commands.push_back(std::make_unique<DevicesCommand>());
+    commands.push_back(std::make_unique<SubmitCommand>());
+    commands.push_back(std::make_unique<SummaryCommand>());
     commands.push_back(std::make_unique<HelpCommand>());
     return commands;
 }

@@ -11,11 +11,19 @@ std::string typeOf(const CLI::Option& option) { return option.get_type_name(); }
 } // namespace
 
 std::vector<const CLI::App*> visibleCommands(const CLI::App& app) {
-    return app.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
+    return app.get_subcommands(
+        [](const CLI::App* command) { return !command->get_name().empty() && !command->get_group().empty(); });
 }
 
 std::vector<const CLI::Option*> visibleOptions(const CLI::App& app) {
-    return app.get_options([](const CLI::Option* option) { return !option->get_group().empty(); });
+    std::vector<const CLI::Option*> options =
+        app.get_options([](const CLI::Option* option) { return !option->get_group().empty(); });
+    // A group of options is a command without a name to the parser.
+    for (const CLI::App* group : app.get_subcommands([](const CLI::App* part) { return part->get_name().empty(); })) {
+        const std::vector<const CLI::Option*> ofGroup = visibleOptions(*group);
+        options.insert(options.end(), ofGroup.begin(), ofGroup.end());
+    }
+    return options;
 }
 
 std::vector<std::string> namesOf(const CLI::Option& option) {

@@ -11,7 +11,7 @@ class Option;
 namespace Host {
 
 /// What the command line parser was told, in the form in which texts are made of it. All lists are in the order of
-/// declaration, hidden ones left out.
+/// declaration, hidden ones left out; options in groups come after the others.
 std::vector<const CLI::App*> visibleCommands(const CLI::App& app);
 std::vector<const CLI::Option*> visibleOptions(const CLI::App& app);
 

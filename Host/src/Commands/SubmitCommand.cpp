@@ -1,0 +1,147 @@
+#include "Commands/SubmitCommand.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include "Console/Failure.h"
+#include "Farm/OpenCueSpecification.h"
+#include "Farm/SlurmSubmission.h"
+#include "Frames/FrameFiles.h"
+#include "Help/Declarations.h"
+#include "Inspect/TextFile.h"
+
+namespace Host {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* farmGroup = "Farm";
+
+bool isOneOf(const std::string& text, std::initializer_list<const char*> list) {
+    return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+/// What was given of the options of `render`, as `render` is to get it; each chunk adds its frames.
+std::vector<std::string> renderArguments(const CLI::App& app) {
+    std::vector<std::string> arguments;
+    for (const CLI::Option* option : visibleOptions(app)) {
+        const std::string name = namesOf(*option).back();
+        if (option->count() == 0 || option->get_group() == farmGroup) continue;
+        if (isOneOf(name, {"--overwrite", "--stop-on-error", "--threads", "--progress"})) {
+            throw Failure(ExitCode::WrongUse,
+                          fmt::format("{} does not go with a farm: tasks are started again where they stopped, and get "
+                                      "their cores from the farm. Leave it out.",
+                                      name));
+        }
+        if (isOneOf(name, {"--frames", "--start", "--end", "--step", "--skip-existing", "--keep-going"})) continue;
+        if (option->get_positional()) {
+            arguments.push_back(option->results().front());
+        } else {
+            // In one word, since a value may begin with "-".
+            const bool isFlag = option->get_items_expected_max() == 0;
+            arguments.push_back(isFlag ? name : name + "=" + option->results().front());
+        }
+    }
+    return arguments;
+}
+
+std::vector<std::int32_t> framesOf(const RenderOptions& options) {
+    std::vector<std::int32_t> frames;
+    if (options.frames) {
+        frames = options.frames->frames();
+        std::sort(frames.begin(), frames.end());
+        return frames;
+    }
+    const FrameFiles files = FrameFiles::find(options.clip);
+    if (!files.pattern.hasFrameNumber())
+        throw Failure(ExitCode::WrongUse, fmt::format("{}: give the frames to render with --frames.", options.clip));
+    for (const auto& [frame, path] : files.files) frames.push_back(frame);
+    return frames;
+}
+
+} // namespace
+
+std::string SubmitCommand::example() const {
+    return "  lenscorrect submit plate.%04d.exr --distortion undistort -o out/plate.%04d.exr --chunk 20 --wait\n"
+           "  lenscorrect submit plate.%04d.exr --shading remove -o out/plate.%04d.exr --engine opencue --show a "
+           "--shot b";
+}
+
+void SubmitCommand::declareOptions(CLI::App& app) {
+    m_app = &app;
+    m_render.declareOptions(app);
+    const auto inFarmGroup = [](CLI::Option* option) { return option->group(farmGroup); };
+    inFarmGroup(app.add_option("--engine", m_engine, "Farm to hand the job to; opencue: write its specification"))
+        ->capture_default_str()
+        ->check(CLI::IsMember({"slurm", "opencue"}));
+    inFarmGroup(app.add_option("--chunk", m_framesPerChunk, "Frames of one task"))
+        ->capture_default_str()
+        ->check(CLI::Range(1, 1000000));
+    inFarmGroup(app.add_option("--cores", m_cores, "Cores of one task; without it as the farm decides"));
+    inFarmGroup(app.add_option("--limit", m_tasksAtOnce, "Tasks at once (slurm)"));
+    inFarmGroup(app.add_flag("--wait", m_wait, "Wait for the end, print the summary, end with its status (slurm)"));
+    inFarmGroup(app.add_option("--name", m_name, "Name of the job; without it that of the output"));
+    inFarmGroup(app.add_option("--folder", m_folder, "New folder for the job; without it lenscorrect-job-1, -2 ..."));
+    inFarmGroup(app.add_option("--program", m_program, "lenscorrect as the farm's machines find it"));
+    inFarmGroup(
+        app.add_option("--engine-option", m_engineOptions, "Passed to sbatch: --engine-option=--partition=cpu"));
+    inFarmGroup(app.add_option("--show", m_show, "Show of the job (opencue)"));
+    inFarmGroup(app.add_option("--shot", m_shot, "Shot of the job (opencue)"));
+}
+
+ExitCode SubmitCommand::run() {
+    FarmJob job = makeJob();
+    if (m_engine == "opencue") {
+        if (m_show.empty() || m_shot.empty()) throw Failure(ExitCode::WrongUse, "OpenCue needs --show and --shot.");
+        if (m_wait || m_tasksAtOnce > 0 || !m_engineOptions.empty())
+            throw Failure(ExitCode::WrongUse, "--wait, --limit and --engine-option are for Slurm.");
+        job.write();
+        const char* const user = std::getenv("USER");
+        const std::string path = job.folder + "/opencue.xml";
+        writeTextFile(path, OpenCueSpecification{m_show, m_shot, user ? user : "lenscorrect"}.xml(job));
+        fmt::print("OpenCue specification: {}\nWhen the job runs: lenscorrect summary {}\n", path, job.folder);
+        return ExitCode::Done;
+    }
+    SlurmSubmission::checkPrograms();
+    const std::size_t maximum = SlurmSubmission::maximumArraySize();
+    if (job.chunks().size() > maximum) {
+        job.framesPerChunk = (job.frames.size() + maximum - 1) / maximum;
+        fmt::print(stderr, "lenscorrect: Slurm takes {} tasks at most; each gets {} frames.\n", maximum,
+                   job.framesPerChunk);
+    }
+    job.write();
+    return SlurmSubmission{m_tasksAtOnce, m_engineOptions}.submit(job, m_wait);
+}
+
+FarmJob SubmitCommand::makeJob() const {
+    const RenderOptions options = m_render.read();
+    if (options.boxSize == RenderOptions::BoxSize::Constant) {
+        throw Failure(ExitCode::WrongUse,
+                      "--size constant does not go with a farm: each task knows the boxes of its own frames only.");
+    }
+    FarmJob job;
+    job.renderArguments = renderArguments(*m_app);
+    job.frames = framesOf(options);
+    job.framesPerChunk = m_framesPerChunk;
+    job.cores = m_cores;
+    job.workingFolder = fs::current_path().string();
+    job.program = m_program.empty() ? fs::read_symlink("/proc/self/exe").string() : m_program;
+    job.folder = fs::absolute(m_folder.empty() ? newFolder() : m_folder).lexically_normal().string();
+    const std::string output = fs::path(options.output.string()).filename().string();
+    job.name = FarmJob::nameFrom(m_name.empty() ? output.substr(0, output.find('.')) : m_name);
+    return job;
+}
+
+std::string SubmitCommand::newFolder() const {
+    for (unsigned int number = 1;; ++number) {
+        const std::string folder = fmt::format("lenscorrect-job-{}", number);
+        if (!fs::exists(folder)) return folder;
+    }
+}
+
+} // namespace Host

@@ -1,0 +1,28 @@
+#include "Commands/SummaryCommand.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include "Farm/FarmSummary.h"
+
+namespace Host {
+
+std::string SummaryCommand::example() const {
+    return "  lenscorrect summary lenscorrect-job-1\n"
+           "Works at any time. Ends with 0 when every frame is done, else with the worst status of the job's steps.";
+}
+
+void SummaryCommand::declareOptions(CLI::App& app) {
+    app.add_option("FOLDER", m_folder, "The job's folder, as \"lenscorrect submit\" printed it")->required();
+    app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/summary.json)");
+}
+
+ExitCode SummaryCommand::run() {
+    const FarmSummary summary = FarmSummary::read(m_folder);
+    fmt::print("{}", m_asJson ? summary.json() : summary.text());
+    return summary.exitCode();
+}
+
+} // namespace Host

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "Farm/FarmJob.h"
+
+namespace Host {
+
+/// A job's specification for OpenCue, in its XML layout of version 1.15: a layer that fills the kernel cache, one that
+/// renders the frames in chunks and depends on the first, and one that sums up after the job.
+struct OpenCueSpecification {
+    std::string show;
+    std::string shot;
+    std::string user;
+
+    /// The job has been written; its folder is in the commands.
+    std::string xml(const FarmJob& job) const;
+};
+
+} // namespace Host

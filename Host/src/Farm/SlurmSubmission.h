@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Console/ExitCode.h"
+#include "Farm/FarmJob.h"
+
+namespace Host {
+
+/// Hands a job to Slurm, through its program sbatch, as three jobs that depend on each other:
+/// - one task that compiles the OpenCL kernels into the cache, so that not every task does at once;
+/// - an array with one task per chunk, when that has succeeded; a task that is stopped is put back into the queue;
+/// - the summary, when all tasks have ended in whatever way.
+class SlurmSubmission {
+public:
+    unsigned int tasksAtOnce = 0;     ///< 0: as many as the farm has room for
+    std::vector<std::string> options; ///< passed to every sbatch as they are
+
+    /// Throws Failure (Environment) on a machine without Slurm's programs.
+    static void checkPrograms();
+
+    /// Number of tasks that an array may have, as Slurm is configured; its default if it cannot be asked.
+    static std::size_t maximumArraySize();
+
+    /// The job has been written. Prints the numbers of the three jobs; with `wait` also the summary, once that has
+    /// ended, and answers its status. Throws Failure (Environment) if sbatch refuses, and takes back what was submitted
+    /// before.
+    ExitCode submit(const FarmJob& job, bool wait) const;
+};
+
+} // namespace Host
