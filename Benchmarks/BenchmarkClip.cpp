@@ -16,12 +16,17 @@ void BenchmarkClip::writeCorrectionFile(const std::string& path, int width, int 
         "distortionZoom:=1\nHEADER_END\nframe;heights;shading;distortion;;;;;;timecode\n",
         frames, width, height);
     for (unsigned int i = 0; i < frames; i++) {
-        // The focus moves slowly through the clip.
+        // The focus moves slowly through the clip. Values have the decimals of measured ones.
         const double pull = static_cast<double>(i) / frames;
-        file << fmt::format(
-            "{};0,3,6,9,12,15,18;100,{:.3f},98,96,93,89,84;0,{:.4f},-0.4,-0.9,-1.6,-2.5,-3.6;;;;;;"
-            "{:02}:{:02}:{:02}:{:02}\n",
-            i, 99.5 - pull, -0.1 - pull * 0.1, i / 86400 % 24, i / 1440 % 60, i / 24 % 60, i % 24);
+        std::string heights = "0.0000", shading = "100.0000", distortion = "0.0000";
+        for (int place = 3; place <= 18; place += 3) {
+            const double squared = place * place / 324.0;
+            heights += fmt::format(",{:.4f}", static_cast<double>(place));
+            shading += fmt::format(",{:.4f}", 100.0 - (15.0 + pull) * squared);
+            distortion += fmt::format(",{:.4f}", -(3.5 + 0.1 * pull) * squared);
+        }
+        file << fmt::format("{};{};{};{};;;;;;{:02}:{:02}:{:02}:{:02}\n", i, heights, shading, distortion,
+                            i / 86400 % 24, i / 1440 % 60, i / 24 % 60, i % 24);
     }
     file.close();
     if (!file) throw std::runtime_error("Could not write " + path);

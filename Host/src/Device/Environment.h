@@ -9,8 +9,7 @@ namespace Host {
 /// - Released frame buffers stay with the process instead of going back to the system: mapping fresh pages for each
 ///   frame takes longer than the rendering itself. Price: the process keeps its largest need.
 /// - POCL_MAX_WORK_GROUP_SIZE=1024: with the CPU driver's own choice of 4096 a frame of 2048 × 1152 pixels falls into
-/// so
-///   few groups that one core gets nearly all of them.
+///   so few groups that one core gets nearly all of them.
 void prepareForRendering();
 
 } // namespace Host
