@@ -43,9 +43,10 @@ def blocks(path):
 
 
 def fits(expected, printed):
-    """Whether the lines are those printed. A line "…" stands for any lines, "…" within a line for any text."""
-    lines = [".*" if line == "…" else "[^\n]*".join(map(re.escape, line.split("…"))) for line in expected.splitlines()]
-    return re.fullmatch("\n".join(lines), printed.rstrip("\n"), re.DOTALL)
+    """Whether the lines are those printed. A line "…" stands for any lines or none, "…" within a line for any text."""
+    lines = ["(?:.*\\n)*" if line == "…" else ".*".join(map(re.escape, line.split("…"))) + "\\n"
+             for line in expected.splitlines()]
+    return re.fullmatch("".join(lines), printed.rstrip("\n") + "\n")
 
 
 def check_commands(program, document):
