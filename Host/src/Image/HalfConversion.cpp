@@ -3,6 +3,7 @@
 #include <bit>
 
 #if defined(__x86_64__)
+#include <cpuid.h>
 #include <immintrin.h>
 #endif
 
@@ -40,7 +41,11 @@ std::uint16_t floatToHalfScalar(float value) {
 
 #if defined(__x86_64__)
 bool processorHasHalf() {
-    static const bool has = __builtin_cpu_supports("avx") != 0 && __builtin_cpu_supports("f16c") != 0;
+    // Clang 14 has no name for the half instructions here; whether the system keeps the wide registers goes with "avx".
+    static const bool has = [] {
+        unsigned int a = 0, b = 0, c = 0, d = 0;
+        return __builtin_cpu_supports("avx") != 0 && __get_cpuid(1, &a, &b, &c, &d) != 0 && (c & bit_F16C) != 0;
+    }();
     return has;
 }
 
