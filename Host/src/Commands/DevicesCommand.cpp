@@ -67,7 +67,7 @@ std::string DevicesCommand::example() const {
 }
 
 void DevicesCommand::declareOptions(CLI::App& app) {
-    app.add_flag("--json", m_asJson, "Print JSON");
+    app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/devices.json)");
     app.add_flag("--probe", m_isProbe, "Only render a test picture in this process")->group("");
 }
 
@@ -106,6 +106,7 @@ ExitCode DevicesCommand::run() {
                             {"isTaken", &device == devices.data()}});
         }
         const nlohmann::ordered_json all{
+            {"version", 1},
             {"devices", list},
             {"isRendering", probe.isRendering},
             {"problem", problem},

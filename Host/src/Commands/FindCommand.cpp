@@ -30,7 +30,7 @@ std::string FindCommand::example() const {
 void FindCommand::declareOptions(CLI::App& app) {
     app.add_option("CLIP", m_clip, "Movie, file pattern (%04d, ####), picture file, or folder with one sequence")
         ->required();
-    app.add_flag("--json", m_asJson, "Print JSON");
+    app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/find.json)");
 }
 
 ExitCode FindCommand::run() {
@@ -40,8 +40,10 @@ ExitCode FindCommand::run() {
         CorrectionFile::ClipFilePathBasedFinder(clip, Core::correctionFileSearchDepth).find(file);
     } catch (const CorrectionFile::NotFoundException& exception) {
         if (m_asJson) {
-            printJson(
-                {{"clip", clip}, {"correctionFile", nullptr}, {"searchedFolders", exception.searchedDirectoryPaths()}});
+            printJson({{"version", 1},
+                       {"clip", clip},
+                       {"correctionFile", nullptr},
+                       {"searchedFolders", exception.searchedDirectoryPaths()}});
             return ExitCode::WrongUse;
         }
         std::string text =
@@ -57,7 +59,7 @@ ExitCode FindCommand::run() {
                         clip, error.path1().string(), error.code().message()));
     }
     if (m_asJson) {
-        printJson({{"clip", clip}, {"correctionFile", file}});
+        printJson({{"version", 1}, {"clip", clip}, {"correctionFile", file}});
     } else {
         fmt::print("{}\n", file);
     }

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <boost/algorithm/string/predicate.hpp>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
@@ -57,6 +59,18 @@ ordered_json toJson(const Formats& formats) {
     return list;
 }
 
+/// The same layout for a model, a maker and the whole table.
+void printJson(const ordered_json& makers) {
+    fmt::print("{}\n", ordered_json{{"version", 1}, {"makers", makers}}.dump(2));
+}
+
+/// As the table spells it; the look-up minds no letter case.
+std::string tableSpelling(const std::vector<std::string>& names, const std::string& name) {
+    const auto found =
+        std::find_if(names.begin(), names.end(), [&](const std::string& known) { return boost::iequals(known, name); });
+    return found == names.end() ? name : *found;
+}
+
 void printFormats(const Formats& formats) {
     std::vector<std::string> names;
     for (const auto& [name, format] : formats) names.push_back(name);
@@ -87,7 +101,8 @@ std::string FormatsCommand::example() const {
 void FormatsCommand::declareOptions(CLI::App& app) {
     app.add_option("MAKER", m_maker, "Camera maker, in any letter case");
     app.add_option("MODEL", m_model, "Camera model, in any letter case");
-    app.add_flag("--json", m_asJson, "Print JSON; without MODEL everything below is included");
+    app.add_flag("--json", m_asJson,
+                 "Print JSON (Docs/schemas/formats.json); without MODEL everything below is included");
 }
 
 ExitCode FormatsCommand::run() {
@@ -98,7 +113,8 @@ ExitCode FormatsCommand::run() {
         if (!m_model.empty()) {
             const Formats formats = formatsOf(database, m_maker, m_model);
             if (m_asJson) {
-                fmt::print("{}\n", toJson(formats).dump(2));
+                const std::string model = tableSpelling(modelsOf(database, m_maker), m_model);
+                printJson({{tableSpelling(knownMakers, m_maker), {{model, toJson(formats)}}}});
             } else {
                 printFormats(formats);
             }
@@ -113,7 +129,7 @@ ExitCode FormatsCommand::run() {
                 const Formats formats = formatsOf(database, maker, model);
                 formatCount += formats.size();
                 if (m_asJson) {
-                    everything[maker][model] = toJson(formats);
+                    everything[tableSpelling(knownMakers, maker)][model] = toJson(formats);
                 } else if (!m_maker.empty()) {
                     fmt::print("{:<{}}  {}\n", model, widthOf(models), counted(formats.size(), "format"));
                 }
@@ -123,7 +139,7 @@ ExitCode FormatsCommand::run() {
                            counted(formatCount, "format"));
             }
         }
-        if (m_asJson) fmt::print("{}\n", (m_maker.empty() ? everything : everything.begin().value()).dump(2));
+        if (m_asJson) printJson(everything);
         return ExitCode::Done;
     } catch (const RecordingFormatDatabase::CameraManufacturerNotFoundException&) {
         throw Failure(ExitCode::WrongUse, fmt::format("Camera maker \"{}\" is not in the table; known are {}.", m_maker,

@@ -49,14 +49,14 @@ InfoReport reportOn(const RenderOptions& options) {
     if (options.correctionFile) {
         throw Failure(ExitCode::WrongUse, "--correction-file goes with a clip, not with a correction file.");
     }
-    return fileInfo(options.clip, manualFormat(options));
+    return fileInfo(options.clip, manualFormat(options), options.frames);
 }
 
 } // namespace
 
 std::string InfoCommand::example() const {
     return "  lenscorrect info A001C002.olcf\n"
-           "  lenscorrect info /shots/A001C002.%04d.exr --frames\n"
+           "  lenscorrect info /shots/A001C002.%04d.exr --range 1001-1010 --frames\n"
            "  lenscorrect info A001C002.olcf --frames --json";
 }
 
@@ -66,12 +66,15 @@ void InfoCommand::declareOptions(CLI::App& app) {
     app.add_option("--correction-file", m_correctionFile, "Use this file instead of the one found around the clip");
     app.add_option("--image-area", m_imageArea, "Recording format: sensor area in mm, WxH; needs --clip-resolution");
     app.add_option("--clip-resolution", m_clipResolution, "Recording format: clip in px, WxH; needs --image-area");
+    app.add_option("--range", m_range, "Only these frames: a list such as 1001-1100x2,1200; without it all");
     app.add_flag("--frames", m_withFrames, "Tell it for each frame");
     app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/info.json)");
 }
 
 ExitCode InfoCommand::run() {
-    const InfoReport report = reportOn(clipOptions(m_path, m_correctionFile, m_imageArea, m_clipResolution));
+    RenderOptions options = clipOptions(m_path, m_correctionFile, m_imageArea, m_clipResolution);
+    if (!m_range.empty()) options.frames = FrameRange::parse(m_range);
+    const InfoReport report = reportOn(options);
     if (m_asJson) {
         fmt::print("{}\n", report.json(m_withFrames).dump(1, ' ', false, nlohmann::json::error_handler_t::replace));
     } else {

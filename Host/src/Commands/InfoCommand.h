@@ -22,6 +22,7 @@ private:
     std::string m_correctionFile; ///< empty: the one that is found around the clip
     std::string m_imageArea;      ///< empty, as m_clipResolution: the format that the file implies
     std::string m_clipResolution;
+    std::string m_range; ///< empty: all frames
     bool m_withFrames = false;
     bool m_asJson = false;
 };

@@ -1,13 +1,37 @@
 #include "Inspect/FileInfo.h"
 
+#include <fmt/format.h>
+
 #include <memory>
 #include <utility>
+#include <vector>
 
+#include "Console/Failure.h"
 #include "Inspect/FileFrameSource.h"
 
 namespace Host {
+namespace {
 
-InfoReport fileInfo(const std::string& path, std::optional<RecordingFormatDatabase::RecordingFormat> manualFormat) {
+std::vector<std::int64_t> framesOf(const CorrectionData::Content& content, const std::optional<FrameRange>& range) {
+    std::vector<std::int64_t> frames;
+    if (!range) {
+        for (const auto& [number, frame] : content.frames) frames.push_back(number);
+        return frames;
+    }
+    for (const std::int32_t frame : range->frames()) {
+        if (frame < 0) {
+            throw Failure(ExitCode::WrongUse,
+                          fmt::format("Frame {} is negative; the frames of a correction file count from 0.", frame));
+        }
+        frames.push_back(frame);
+    }
+    return frames;
+}
+
+} // namespace
+
+InfoReport fileInfo(const std::string& path, std::optional<RecordingFormatDatabase::RecordingFormat> manualFormat,
+                    const std::optional<FrameRange>& range) {
     InfoReport report;
     report.file = CorrectionFileData::read(path);
     report.recordingFormat = manualFormat ? *manualFormat : report.file->recordingFormat;
@@ -18,9 +42,9 @@ InfoReport fileInfo(const std::string& path, std::optional<RecordingFormatDataba
     Core::FramePreparation preparation(std::make_unique<FileFrameSource>(
         path, report.file->content->header.videoFileName, report.recordingFormat.clipResolutionWidth,
         report.recordingFormat.clipResolutionHeight, manualFormat, frameNumber));
-    for (const auto& [number, frame] : report.file->content->frames) {
-        frameNumber = number;
-        report.frames.push_back(frameInfo(number, preparation));
+    for (const std::int64_t frame : framesOf(*report.file->content, range)) {
+        frameNumber = static_cast<std::uint32_t>(frame);
+        report.frames.push_back(frameInfo(frame, preparation));
     }
     return report;
 }

@@ -28,7 +28,7 @@ class Devices(program.ProgramTest):
     def test_tells_the_same_as_json(self):
         result = self.devices("--json")
         self.expect(result, 0, errors="")
-        answer = json.loads(result.stdout)
+        answer = program.validated(json.loads(result.stdout), "devices")
         self.assertTrue(answer["isRendering"])
         self.assertEqual(answer["problem"], "")
         self.assertEqual([device["isTaken"] for device in answer["devices"]],
@@ -44,6 +44,15 @@ class Devices(program.ProgramTest):
                          "lenscorrect: No OpenCL driver was found. Failed to query number of all available platforms! "
                          "(-1001)")
         self.assertIn("apt-get install pocl-opencl-icd", result.stderr)
+
+    def test_tells_a_missing_driver_as_json_too(self):
+        os.mkdir(self.path("no-drivers"))
+        result = self.devices("--json", OCL_ICD_VENDORS=self.path("no-drivers") + "/")
+        self.expect(result, 3, errors="")
+        answer = program.validated(json.loads(result.stdout), "devices")
+        self.assertEqual((answer["devices"], answer["isRendering"]), ([], False))
+        self.assertEqual(answer["problem"], "No OpenCL driver was found. Failed to query number of all available "
+                                            "platforms! (-1001)")
 
     def test_uses_a_private_cache_where_the_usual_one_cannot_be_written(self):
         with open(self.path("file"), "w", encoding="utf-8"):

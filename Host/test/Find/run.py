@@ -53,13 +53,13 @@ class Find(program.ProgramTest):
         clip = self.path("deep", "shot", "plate")
         missing = self.run_program("find", "deep/shot", "--json")
         self.expect(missing, 2, errors="")
-        answer = json.loads(missing.stdout)
+        answer = program.validated(json.loads(missing.stdout), "find")
         self.assertEqual((answer["clip"], answer["correctionFile"]), (clip, None))
         self.assertEqual(answer["searchedFolders"][0], self.path("deep", "shot"))
         file = self.give("deep", "shot", "plate.olcf", content=olcf.text())
         found = self.run_program("find", "deep/shot", "--json")
         self.expect(found, 0, errors="")
-        self.assertEqual(json.loads(found.stdout), {"clip": clip, "correctionFile": file})
+        self.assertEqual(program.validated(json.loads(found.stdout), "find"), {"version": 1, "clip": clip, "correctionFile": file})
 
     def test_names_a_clip_that_does_not_exist(self):
         self.expect(self.run_program("find", "no.mov"), 2, "", 'lenscorrect: Clip "no.mov" does not exist.\n')

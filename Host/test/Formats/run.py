@@ -8,6 +8,11 @@ import program
 
 
 class Formats(program.ProgramTest):
+    def formats(self, *arguments):
+        result = self.run_program("formats", *arguments, "--json")
+        self.expect(result, 0, errors="")
+        return program.validated(json.loads(result.stdout), "formats")["makers"]
+
     def test_lists_makers(self):
         self.expect(self.run_program("formats"), 0,
                     "ARRI        8 models, 50 formats\n"
@@ -34,18 +39,23 @@ class Formats(program.ProgramTest):
         self.assertIn("54.12 x 25.58      6560 x 3100        29.930\n", result.stdout)
 
     def test_prints_a_models_formats_as_json(self):
-        result = self.run_program("formats", "ARRI", "AMIRA", "--json")
-        self.expect(result, 0, errors="")
-        formats = json.loads(result.stdout)
+        formats = self.formats("ARRI", "AMIRA")["ARRI"]["AMIRA"]
         self.assertEqual(len(formats), 5)
         self.assertIn({"name": "16:9 S16 HD", "imageAreaWidth": 13.2, "imageAreaHeight": 7.43,
                        "clipResolutionWidth": 1920, "clipResolutionHeight": 1080, "imageRadius": 7.573719}, formats)
 
     def test_prints_the_whole_table_as_json(self):
-        result = self.run_program("formats", "--json")
-        self.expect(result, 0, errors="")
-        table = json.loads(result.stdout)
+        table = self.formats()
         self.assertEqual(sum(len(formats) for models in table.values() for formats in models.values()), 2804)
+
+    def test_spells_maker_and_model_in_json_as_the_table_does(self):
+        formats = self.formats("arri", "amira")
+        self.assertEqual((list(formats), list(formats["ARRI"])), (["ARRI"], ["AMIRA"]))
+
+    def test_prints_all_models_of_a_maker_as_json(self):
+        formats = self.formats("arri")
+        self.assertEqual(list(formats), ["ARRI"])
+        self.assertEqual(len(formats["ARRI"]), 8)
 
     def test_names_the_known_makers_for_an_unknown_one(self):
         self.expect(self.run_program("formats", "Cinecam"), 2, "",

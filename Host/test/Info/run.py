@@ -45,6 +45,23 @@ class Info(program.ProgramTest):
         self.assertNotIn("frames", self.info("a.olcf"))
         self.assertEqual([frame["record"]["frame"] for frame in self.info("a.olcf", "--frames")["frames"]], [1001, 1002, 1003])
 
+    def test_tells_only_the_frames_of_a_range(self):
+        self.write("a.olcf", correction_file.text(frames=range(1001, 1011)))
+        report = self.info("a.olcf", "--range", "1001-1009x4,1002", "--frames")
+        self.assertEqual(report["frameCount"], 4)
+        self.assertEqual([frame["frame"] for frame in report["frames"]], [1001, 1005, 1009, 1002])
+
+    def test_takes_the_record_before_a_frame_of_the_range_and_fails_without_one(self):
+        self.write("a.olcf", correction_file.text(frames=[1001, 1005]))
+        frames = self.info("a.olcf", "--range", "1000,1003", "--frames", status=1)["frames"]
+        self.assertEqual([frame["ok"] for frame in frames], [False, True])
+        self.assertEqual(frames[1]["record"]["frame"], 1001)
+
+    def test_refuses_a_negative_frame_of_a_correction_file(self):
+        self.write("a.olcf", correction_file.text(frames=[1001]))
+        self.expect(self.run_program("info", "a.olcf", "--range=-3"), 2, "",
+                    "lenscorrect: Frame -3 is negative; the frames of a correction file count from 0.\n")
+
     def test_gives_the_polynomials_that_the_kernels_get(self):
         self.write("a.olcf", correction_file.text(frames=[1001]))
         frame = self.info("a.olcf", "--frames")["frames"][0]

@@ -56,6 +56,13 @@ class InfoClip(program.ProgramTest):
         self.assertEqual(report["frames"][0]["error"],
                          "Header of the metadata is not available. Correction file could not be found.")
 
+    def test_tells_only_the_frames_of_a_range(self):
+        self.write_correction([0, 1])
+        for frame in (1001, 1002):
+            self.write_frame(frame)
+        report = self.info("--range", "1002-1003", status=1)
+        self.assertEqual([(frame["frame"], frame["ok"]) for frame in report["frames"]], [(1002, True), (1003, False)])
+
     def test_goes_on_after_a_frame_that_cannot_be_read(self):
         self.write_correction([0, 1])
         self.write_frame(1001)
