@@ -1,16 +1,16 @@
 // Times what a frame costs beside its rendering: start-up, correction files of any length, the first frame.
 // Each command prints one JSON object; peak memory is the process's, so each measurement is a process of its own.
-#include <sys/resource.h>
-
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstring>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -33,10 +33,12 @@ double milliseconds(const Operation& operation) {
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
 }
 
+/// Of this program alone; getrusage would begin with what its parent used.
 long peakKibibytes() {
-    rusage usage = {};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;)
+        if (long peak = 0; word == "VmHWM:" && status >> peak) return peak;
+    throw std::runtime_error("/proc/self/status names no peak memory.");
 }
 
 nlohmann::json startUp(const std::string& path) {
