@@ -98,7 +98,8 @@ AtomicFile::AtomicFile(const std::string& path) : m_path(path), m_slot(-1) {
     m_folder = target.parent_path().empty() ? "." : target.parent_path().string();
     std::error_code error;
     fs::create_directories(m_folder, error);
-    if (!fs::is_directory(m_folder)) {
+    std::error_code unknown;
+    if (!fs::is_directory(m_folder, unknown)) {
         fail(fmt::format("Folder \"{}\" could not be made", m_folder), error ? error.value() : ENOTDIR);
     }
     if (fs::is_directory(target, error)) {

@@ -92,10 +92,10 @@ void FinishedFrames::add(const std::string& path, const std::string& key) {
             char last = '\n';
             const off_t size = lseek(descriptor, 0, SEEK_END);
             if (size > 0 && pread(descriptor, &last, 1, size - 1) == 1 && last != '\n') line.insert(line.begin(), '\n');
-            m_isOpen = true;
         }
         isWritten = write(descriptor, line.data(), line.size()) == static_cast<ssize_t>(line.size());
         error = errno;
+        m_isOpen = isWritten; // half a line of ours must not be glued to the next one either
     }
     if (descriptor >= 0) close(descriptor);
     if (!isWritten) {

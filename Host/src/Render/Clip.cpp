@@ -26,14 +26,18 @@ ClipSource::Range Clip::range() const { return {m_frames.begin()->first, m_frame
 
 std::int64_t Clip::indexInFile(std::int32_t frame) const { return m_isMovie ? std::int64_t{frame} - 1 : 0; }
 
-std::string Clip::path(std::int32_t frame) const {
+std::optional<std::string> Clip::fileOf(std::int32_t frame) const {
     const auto file = m_frames.find(frame);
-    // One picture serves every frame, as a still does on a timeline.
-    if (file == m_frames.end() && m_frames.size() == 1 && !m_files.pattern.hasFrameNumber())
-        return std::filesystem::absolute(m_frames.begin()->second).lexically_normal().string();
-    if (file == m_frames.end())
+    if (file != m_frames.end()) return file->second;
+    const bool isStill = m_frames.size() == 1 && !m_isMovie && !m_files.pattern.hasFrameNumber();
+    return isStill ? std::optional(m_frames.begin()->second) : std::nullopt;
+}
+
+std::string Clip::path(std::int32_t frame) const {
+    const std::optional<std::string> file = fileOf(frame);
+    if (!file)
         throw HostImage::ImageError(m_files.pattern.string(), "The clip has no frame " + std::to_string(frame) + ".");
-    return std::filesystem::absolute(file->second).lexically_normal().string();
+    return std::filesystem::absolute(*file).lexically_normal().string();
 }
 
 HostImage::Frame Clip::readHeader(std::int32_t frame) const {

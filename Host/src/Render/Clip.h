@@ -37,6 +37,9 @@ public:
     void read(std::int32_t frame, HostImage::Frame& into, unsigned int threads) const;
     /// What the host's reader shows for a frame whose header or pixels were read.
     HostImage::Metadata metadata(std::int32_t frame, const HostImage::Frame& header) const;
+    /// The frame's file as found; nothing when the clip has no such frame. A single picture without a number serves
+    /// every frame, as a still does on a timeline.
+    std::optional<std::string> fileOf(std::int32_t frame) const;
     /// The frame's file with its folder's full path. Throws HostImage::ImageError when the clip has no such frame.
     std::string path(std::int32_t frame) const;
 

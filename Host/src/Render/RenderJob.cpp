@@ -5,11 +5,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <thread>
 
 #include "Console/Failure.h"
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "Exception/Exception.h"
+#include "Image/FileExtension.h"
 #include "Image/FrameWriter.h"
 #include "Image/ImageError.h"
 #include "Output/AtomicFile.h"
@@ -77,7 +79,11 @@ DD::Image::Box unionOf(DD::Image::Box a, const DD::Image::Box& b) {
     return a;
 }
 
-bool isExr(const std::string& path) { return path.size() > 4 && path.compare(path.size() - 4, 4, ".exr") == 0; }
+/// The writer names the file that it was given; a user knows the final name only.
+std::string withFinalName(std::string text, const AtomicFile& file) {
+    const std::size_t place = text.find(file.temporaryPath());
+    return place == std::string::npos ? text : text.replace(place, file.temporaryPath().size(), file.path());
+}
 
 } // namespace
 
@@ -88,6 +94,16 @@ RenderJob::RenderJob(const RenderOptions& options)
       m_jobs(frameJobs(options, m_clip.frames())),
       m_finished(options.output) {
     if (options.plate) m_plate.emplace(*options.plate);
+    if (m_plate) {
+        for (const FrameJob& job : m_jobs) {
+            const std::optional<std::string> file = m_plate->fileOf(job.frame);
+            std::error_code error;
+            if (!file || !std::filesystem::equivalent(*file, job.output, error)) continue;
+            throw Failure(
+                ExitCode::WrongUse,
+                fmt::format("Frame {} would replace its plate, \"{}\"; choose another output.", job.frame, job.output));
+        }
+    }
     const Clip& lensClip = m_plate ? *m_plate : m_clip;
     m_correctionFile = options.correctionFile ? *options.correctionFile : searchedCorrectionFile(lensClip.searchPath());
 }
@@ -99,21 +115,20 @@ bool RenderJob::mustStop() const { return m_isStopped || Interruption::requested
 /// Everything that a frame is made from.
 std::string RenderJob::outputKey(const FrameJob& job) const {
     const auto identity = [](const std::string& path) { return path.empty() ? "-" : FinishedFrames::identity(path); };
-    std::string plate = "-";
-    if (m_plate) {
-        const auto file = m_plate->frames().find(job.frame);
-        plate = file == m_plate->frames().end() ? "missing" : identity(file->second);
-    }
+    const std::string plate = m_plate ? identity(m_plate->fileOf(job.frame).value_or("missing")) : "-";
+    std::string boxes;
+    for (const auto& [part, box] : m_constantBoxes)
+        boxes += fmt::format("{}: {} {} {} {} ", part, box.x(), box.y(), box.r(), box.t());
     const auto sidecar = [&](const std::string& clip) { return identity(HostImage::MetadataSidecar::pathFor(clip)); };
     return FinishedFrames::fingerprint(fmt::format(
-        "{}|{}|{}|{}|{}|{}|{}|{}x{}|{}x{}|{}|{}|{}|{}|{}|{}|{}|{}", ORVEX_VERSION, job.frame, identity(job.input),
+        "{}|{}|{}|{}|{}|{}|{}|{}x{}|{}x{}|{}|{}|{}|{}|{}|{}|{}|{}|{}", ORVEX_VERSION, job.frame, identity(job.input),
         plate, identity(m_correctionFile), sidecar(m_options.clip), m_options.plate ? sidecar(*m_options.plate) : "-",
         m_options.imageArea ? m_options.imageArea->width : 0, m_options.imageArea ? m_options.imageArea->height : 0,
         m_options.clipResolution ? m_options.clipResolution->width : 0,
         m_options.clipResolution ? m_options.clipResolution->height : 0, static_cast<int>(m_options.distortion),
         static_cast<int>(m_options.shading), m_options.renderMap, m_options.overscan.value_or(-1.0f),
         m_options.pixelType ? static_cast<int>(*m_options.pixelType) : -1, m_options.compression.value_or("-"),
-        static_cast<int>(m_options.window), static_cast<int>(m_options.boxSize)));
+        static_cast<int>(m_options.window), static_cast<int>(m_options.boxSize), boxes));
 }
 
 std::vector<FrameJob> RenderJob::remainingJobs(Progress& progress) {
@@ -176,9 +191,12 @@ void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vect
                   fmt::format("The lens data do not fit the clip \"{}\": {}{}", m_options.clip, firstText, advice));
 }
 
-void RenderJob::findConstantBoxes(CorrectionChain& chain, const std::vector<FrameJob>& jobs) {
-    for (const FrameJob& job : jobs) {
+/// Of all frames, also those that an earlier run has finished.
+void RenderJob::findConstantBoxes() {
+    CorrectionChain chain(m_options, 1);
+    for (const FrameJob& job : m_jobs) {
         if (mustStop()) return;
+        if (job.input.empty()) continue;
         try {
             validateHeader(chain, job, m_constantBoxes);
         } catch (const std::exception&) {
@@ -271,10 +289,14 @@ void RenderJob::encode(Slot& slot, Progress& progress) {
                                                                                    : HostImage::PixelType::Float;
     writing.threads = m_codecThreads;
     // Formats without a data window keep the whole picture as their only window.
-    if (!isExr(slot.job.output))
+    if (HostImage::fileExtension(slot.job.output) != "exr")
         for (HostImage::Part& part : slot.output.parts) part.displayWindow = part.dataWindow;
     AtomicFile file(slot.job.output);
-    HostImage::writeFrame(file.temporaryPath(), slot.output, writing);
+    try {
+        HostImage::writeFrame(file.temporaryPath(), slot.output, writing);
+    } catch (const HostImage::ImageError& error) {
+        throw Failure(ExitCode::Output, withFinalName(error.what(), file));
+    }
     file.commit();
     m_finished.add(slot.job.output, outputKey(slot.job));
     progress.done(slot.job.frame, slot.job.output);
@@ -315,6 +337,7 @@ ExitCode RenderJob::run() {
     const Progress::Mode mode = Progress::parseMode(m_options.progress, isatty(STDERR_FILENO) == 1);
     Progress progress(mode, m_jobs.size(), Progress::standardOutput(mode));
     AtomicFile::removeAbandoned(m_options.output.folder());
+    if (m_options.boxSize == RenderOptions::BoxSize::Constant) findConstantBoxes();
     const std::vector<FrameJob> jobs = remainingJobs(progress);
     if (jobs.empty()) return finish(progress, m_jobs.size());
 
@@ -322,7 +345,6 @@ ExitCode RenderJob::run() {
     m_codecThreads = jobs.size() == 1 ? m_threads : 1;
     CorrectionChain chain(m_options, m_codecThreads);
     checkBeforeTheFirstFrame(chain, jobs);
-    if (m_options.boxSize == RenderOptions::BoxSize::Constant) findConstantBoxes(chain, jobs);
 
     const std::size_t decoders = std::min<std::size_t>(std::max(1u, m_threads / 2), jobs.size());
     const std::size_t encoders = std::min<std::size_t>(m_threads, jobs.size());

@@ -45,7 +45,7 @@ private:
     std::vector<FrameJob> remainingJobs(Progress& progress);
     void checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs);
     void validateHeader(CorrectionChain& chain, const FrameJob& job, std::map<std::size_t, DD::Image::Box>& boxes);
-    void findConstantBoxes(CorrectionChain& chain, const std::vector<FrameJob>& jobs);
+    void findConstantBoxes();
     std::size_t slotCount(const FrameJob& first, std::size_t most) const;
 
     void decode(Slot& slot);

@@ -133,6 +133,15 @@ RenderOptions RenderOptionsReader::read() const {
     if (!t.imageArea.empty()) {
         options.imageArea = parseMillimetreSize("--image-area", t.imageArea);
         options.clipResolution = parsePixelSize("--clip-resolution", t.clipResolution);
+        // The nodes' controls end there.
+        if (options.imageArea->width > 36.0f || options.imageArea->height > 24.0f)
+            refuse(fmt::format("--image-area {} is larger than 36x24 mm, the largest sensor that is supported.",
+                               t.imageArea));
+        if (options.clipResolution->width > 7680 || options.clipResolution->height > 4320)
+            refuse(
+                fmt::format("--clip-resolution {} is larger than 7680x4320 px, the largest clip that is supported "
+                            "here; give a smaller one of the same aspect ratio.",
+                            t.clipResolution));
     }
     if (t.overscan && !(*t.overscan >= 0.0f && *t.overscan <= 1000.0f)) {
         refuse(fmt::format("--overscan {} is not between 0 and 1000 percent.", *t.overscan));

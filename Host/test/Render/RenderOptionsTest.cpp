@@ -126,3 +126,23 @@ TEST(RenderOptions, AreCheckedAgainstTheirListsOfWords) {
         EXPECT_THROW(options(more), CLI::ParseError) << more;
     }
 }
+
+TEST(RenderOptions, TakeTheLargestRecordingFormatOfTheNodes) {
+    const RenderOptions read = options("--shading add --image-area 36x24 --clip-resolution 7680x4320");
+    EXPECT_EQ(read.imageArea, (Host::MillimetreSize{36.0f, 24.0f}));
+    EXPECT_EQ(read.clipResolution, (Host::PixelSize{7680, 4320}));
+}
+
+TEST(RenderOptions, RefuseAnImageAreaBeyondTheNodes) {
+    EXPECT_EQ(failure("--shading add --image-area 36.1x20 --clip-resolution 1920x1080"),
+              "2: --image-area 36.1x20 is larger than 36x24 mm, the largest sensor that is supported.");
+    EXPECT_EQ(failure("--shading add --image-area 30x24.5 --clip-resolution 1920x1080"),
+              "2: --image-area 30x24.5 is larger than 36x24 mm, the largest sensor that is supported.");
+}
+
+TEST(RenderOptions, RefuseAClipResolutionBeyondTheNodes) {
+    EXPECT_EQ(
+        failure("--shading add --image-area 36x24 --clip-resolution 8192x4320"),
+        "2: --clip-resolution 8192x4320 is larger than 7680x4320 px, the largest clip that is supported here; give "
+        "a smaller one of the same aspect ratio.");
+}

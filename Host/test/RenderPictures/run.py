@@ -1,0 +1,443 @@
+"""lenscorrect render: what is in the pictures that it writes."""
+import os
+import re
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import exr
+import program
+import render_test
+from render_test import HEIGHT, WIDTH, pattern
+
+UNDISTORT = ("--distortion", "undistort")
+DISTORT = ("--distortion", "distort")
+BOTH = ("--distortion", "undistort", "--shading", "remove")
+HALF_ROUNDING = 2**-11  # of values below 1
+
+
+class Sample(render_test.RenderTest):
+    def setUp(self):
+        super().setUp()
+        self.expect(self.run_program("sample", "clip", "--size", "128x96", "--frames", "2", "--progress", "none"), 0)
+
+    def test_differs_from_the_clean_reference_by_no_more_than_its_readme_derives(self):
+        with open(self.path("clip", "README.md"), encoding="utf-8") as file:
+            bound = float(re.search(r"error bound: ([0-9.]+)", file.read())[1])
+        self.expect(self.render(*BOTH, clip="clip/plate.%04d.exr"), 0, "", "")
+        for frame in (1001, 1002):
+            got = exr.read(self.path(f"out/f.{frame}.exr"))[0]
+            clean = exr.read(self.path(f"clip/clean.{frame}.exr"))[0]
+            self.assertEqual(got.types(), dict.fromkeys("BGR", exr.HALF))
+            self.expect_close(got, clean, bound, window=(2, 2, 125, 93))
+            # Without a correction the plate is further away than that, so the comparison means something.
+            with self.assertRaises(AssertionError):
+                self.expect_close(exr.read(self.path(f"clip/plate.{frame}.exr"))[0], clean, bound)
+
+    def test_carries_every_attribute_over_but_the_windows_and_adds_its_mark(self):
+        got = self.rendered(*BOTH, clip="clip/plate.%04d.exr")[0].attributes
+        plate = exr.read(self.path("clip/plate.1001.exr"))[0].attributes
+        mark = {name: got.pop(name)[1].decode() for name in list(got) if name.startswith("com.orvex.lenscorrect.")}
+        self.assertNotEqual(got.pop("dataWindow"), plate.pop("dataWindow"))
+        self.assertEqual(got, plate)
+        self.assertEqual(mark.pop("com.orvex.lenscorrect.correctionFile"),
+                         os.path.join(os.path.realpath(self.folder), "clip", "plate.olcf"))
+        self.assertRegex(mark.pop("com.orvex.lenscorrect.version"), r"^\d+\.\d+\.\d+$")
+        self.assertEqual(mark, {"com.orvex.lenscorrect.distortion": "undistort",
+                                "com.orvex.lenscorrect.shading": "remove"})
+
+
+class Channels(render_test.RenderTest):
+    """What holds for red, green and blue of a plain picture is where it must be in every channel of every layer."""
+
+    def setUp(self):
+        super().setUp()
+        self.write_lens()
+        self.write_plate(self.part("RGBA"))
+        self.plain = self.rendered(*UNDISTORT, out="plain/f.%04d.exr")[0]
+
+    def expect_like_plain(self, part, channel, tolerance=0.0):
+        self.assertEqual(part.data, self.plain.data)
+        for row, wanted in zip(part.channels[channel][1], self.plain.channels["R"][1]):
+            for value, reference in zip(row, wanted):
+                self.assertLessEqual(abs(value - reference), tolerance, channel)
+
+    def test_moves_depth_and_layers_of_any_size_and_type_with_the_colour(self):
+        part = self.part(["R", "G", "B", "A"], exr.HALF)
+        floats = ["Z", "one.X", "two.X", "two.Y", "three.R", "three.G", "three.B", "four.R", "four.G", "four.B",
+                  "four.A", "six.a", "six.b", "six.c", "six.d", "six.e", "six.f", "a.b.c"]
+        halfs = ["mixed.x", "mixed.y"]
+        for name in floats + ["mixed.z"]:
+            part.fill(name, exr.FLOAT, pattern)
+        for name in halfs:
+            part.fill(name, exr.HALF, pattern)
+        part.fill("id", exr.UINT, lambda x, y: 3000000)
+        self.write_plate(part)
+        got = self.rendered(*UNDISTORT)[0]
+        self.assertEqual(got.types(), part.types())
+        for name in floats + ["mixed.z"]:
+            self.expect_like_plain(got, name)
+        for name in ["R", "G", "B", "A"] + halfs:
+            self.expect_like_plain(got, name, 2 * HALF_ROUNDING)
+        self.assertEqual(got.at("id", WIDTH // 2, HEIGHT // 2), 3000000)
+
+    def test_corrects_a_picture_without_alpha(self):
+        self.write_plate(self.part("RGB"))
+        got = self.rendered(*UNDISTORT)[0]
+        self.assertEqual(list(got.channels), ["B", "G", "R"])
+        self.expect_like_plain(got, "R")
+
+    def test_corrects_a_picture_of_luminance_only(self):
+        self.write_plate(self.part("Y"))
+        got = self.rendered(*UNDISTORT)[0]
+        self.assertEqual(list(got.channels), ["Y"])
+        self.expect_like_plain(got, "Y")
+
+    def test_corrects_a_picture_that_has_layers_only(self):
+        self.write_plate(self.part(["beauty.R", "beauty.G", "beauty.B"]))
+        got = self.rendered(*UNDISTORT)[0]
+        self.assertEqual(list(got.channels), ["beauty.B", "beauty.G", "beauty.R"])
+        self.expect_like_plain(got, "beauty.G")
+
+    def test_shades_colour_but_not_alpha_depth_and_ids(self):
+        part = self.part(["R", "G", "B", "A", "Z", "beauty.R", "beauty.G", "beauty.B"])
+        part.fill("id", exr.UINT, lambda x, y: 1000 + x)
+        self.write_plate(part)
+        got = self.rendered("--shading", "remove")[0]
+        corner = self.plain.display[:2]
+        for name in ["R", "G", "B", "beauty.R", "beauty.G", "beauty.B"]:
+            self.assertGreater(got.at(name, *corner), part.at(name, *corner) * 1.2, name)
+        plate = exr.read(self.path("plate.1001.exr"))[0]
+        for name in ["A", "Z", "id"]:
+            self.expect_same(got.channels[name], plate.channels[name])
+
+    def test_shades_luminance(self):
+        self.write_plate(self.part("Y"))
+        got = self.rendered("--shading", "remove")[0]
+        self.assertGreater(got.at("Y", 0, 0), pattern(0, 0) * 1.2)
+
+    def test_corrects_every_part_of_a_file_in_its_own_size(self):
+        big = (0, 0, 2 * WIDTH - 1, 2 * HEIGHT - 1)
+        self.write_plate(self.part("RGBA", name="beauty"), self.part("Z", name="depth"),
+                         self.part("RGB", exr.HALF, display=big, name="large"))
+        got = self.rendered(*UNDISTORT)
+        self.assertEqual([part.name for part in got], ["beauty", "depth", "large"])
+        self.expect_like_plain(got[0], "R")
+        self.expect_like_plain(got[1], "Z")
+        self.assertEqual(got[2].display, big)
+        self.assertGreaterEqual(got[2].width, 2 * self.plain.width - 4)
+        self.assertEqual(got[2].types(), dict.fromkeys("BGR", exr.HALF))
+
+
+class Windows(render_test.RenderTest):
+    def setUp(self):
+        super().setUp()
+        self.write_lens()
+
+    def render_part(self, name, part, *arguments):
+        os.mkdir(self.path(name))
+        exr.write(self.path(name, "plate.1001.exr"), part)
+        return self.rendered(*(arguments or UNDISTORT), clip=name + "/plate.%04d.exr", out=name + "/f.%04d.exr")[0]
+
+    def test_does_not_mind_where_the_display_window_begins(self):
+        plain = self.render_part("plain", self.part())
+        moved = self.render_part("moved", self.part(display=(100, -50, 100 + WIDTH - 1, -50 + HEIGHT - 1)))
+        self.assertEqual(moved.display, (100, -50, 163, -15))
+        self.assertEqual(moved.data, tuple(a + b for a, b in zip(plain.data, (100, -50, 100, -50))))
+        self.expect_close(plain, moved, 0.0, shift=(100, -50))
+
+    def test_keeps_a_pixel_where_it_is_when_the_data_window_is_larger_than_the_display_window(self):
+        plain = self.render_part("plain", self.part())
+        large = self.render_part("large", self.part(data=(-16, -9, WIDTH + 15, HEIGHT + 8)))
+        self.assertTrue(large.data[0] < plain.data[0] and large.data[3] > plain.data[3])
+        # The lens curve's fit covers more of the lens with overscan, so the pictures agree within a tenth of a pixel.
+        self.expect_close(large, plain, 0.008, window=(4, 4, WIDTH - 5, HEIGHT - 5))
+
+    def test_keeps_a_pixel_where_it_is_when_the_data_window_lies_inside_the_display_window(self):
+        inner = (16, 9, 47, 26)
+        plain = self.render_part("plain", self.part())
+        small = self.render_part("small", self.part(data=inner))
+        self.expect_close(small, plain, 0.008, window=(20, 13, 43, 22))
+
+    def test_takes_a_data_window_that_reaches_out_on_one_side(self):
+        plain = self.render_part("plain", self.part())
+        shifted = self.render_part("shifted", self.part(data=(-16, 0, 47, HEIGHT - 1)))
+        self.expect_close(shifted, plain, 0.008, window=(4, 4, 40, HEIGHT - 5))
+        self.assertEqual(shifted.at("R", WIDTH - 4, HEIGHT // 2), 0.0)
+
+    def test_cuts_the_picture_to_the_format_on_request(self):
+        box = self.render_part("box", self.part())
+        cut = self.render_part("cut", self.part(), *UNDISTORT, "--window", "format")
+        self.assertEqual(cut.data, cut.display)
+        self.expect_close(cut, box, 0.0)
+
+    def test_fills_the_format_with_black_where_a_picture_is_smaller(self):
+        # Pincushion distortion is taken out by pulling the edges in.
+        box = self.render_part("box", self.part(), *DISTORT)
+        cut = self.render_part("cut", self.part(), *DISTORT, "--window", "format")
+        self.assertEqual(cut.data, cut.display)
+        self.expect_close(cut, box, 0.0)
+
+    def test_overscan_in_the_format_shows_what_overscan_in_the_data_window_shows(self):
+        around = self.render_part("around", self.part(data=(-16, -9, WIDTH + 15, HEIGHT + 8)))
+        inside = self.render_part(
+            "inside", self.part(display=(0, 0, WIDTH + 31, HEIGHT + 17), function=lambda x, y: pattern(x - 16, y - 9)),
+            *UNDISTORT, "--overscan", "50")
+        self.assertEqual(inside.display, (0, 0, WIDTH + 31, HEIGHT + 17))
+        self.assertEqual(inside.data, tuple(a + b for a, b in zip(around.data, (16, 9, 16, 9))))
+        self.expect_close(around, inside, 1e-5, shift=(16, 9))
+
+
+class Directions(render_test.RenderTest):
+    def test_a_round_trip_ends_where_it_began(self):
+        self.write_lens()
+        self.write_plate(self.part())
+        self.rendered(*BOTH, out="out/plate.%04d.exr")
+        back = self.rendered("--distortion", "distort", "--shading", "add", clip="out/plate.%04d.exr",
+                             out="back/f.%04d.exr")[0]
+        # Two bilinear interpolations of a picture with second derivatives below 0.02, each off by an eighth of their
+        # sum, and the two directions' own polynomials.
+        self.expect_close(back, self.part(), 0.015, channels="RGBA", window=(3, 3, WIDTH - 4, HEIGHT - 4))
+        marks = {name: value[1].decode() for name, value in back.attributes.items() if "lenscorrect" in name}
+        self.assertEqual(marks["com.orvex.lenscorrect.distortion"], "distort")
+        self.assertEqual(marks["com.orvex.lenscorrect.shading"], "add")
+
+    def test_the_two_directions_move_pixels_in_opposite_directions(self):
+        self.write_lens()
+        self.write_plate(self.part(function=lambda x, y: x / WIDTH))
+        at_start = (8 + 0.0) / WIDTH
+        out = self.rendered(*UNDISTORT)[0].at("R", 8, HEIGHT // 2)
+        back = self.rendered(*DISTORT, out="back/f.%04d.exr")[0].at("R", 8, HEIGHT // 2)
+        self.assertLess((out - at_start) * (back - at_start), 0.0)
+        self.assertAlmostEqual(out - at_start, -(back - at_start), delta=abs(out - at_start) * 0.3)
+
+
+class Maps(render_test.RenderTest):
+    def setUp(self):
+        super().setUp()
+        self.write_lens()
+        self.write_plate(self.part("RGB", exr.HALF))
+
+    def test_the_distortion_map_holds_the_coordinates_of_its_own_box(self):
+        got = self.rendered(*UNDISTORT, "--map")[0]
+        self.assertEqual(got.types(), dict.fromkeys("ABGR", exr.FLOAT))
+        for x in range(got.width):
+            for y in range(got.height):  # upwards, as the nodes count
+                pixel = [got.channels[name][1][got.height - 1 - y][x] for name in "RGBA"]
+                for value, wanted in zip(pixel, [x / got.width, y / got.height, 0.0, 1.0]):
+                    self.assertAlmostEqual(value, wanted, delta=1e-6)
+
+    def test_the_shading_map_is_the_factor_that_the_picture_is_multiplied_with(self):
+        map_part = self.rendered("--shading", "remove", "--map", out="map/f.%04d.exr")[0]
+        self.write_plate(self.part("RGB"))
+        got = self.rendered("--shading", "remove")[0]
+        self.assertEqual(got.data, map_part.data)
+        for x, y in ((0, 0), (WIDTH // 2, HEIGHT // 2), (WIDTH - 1, 3)):
+            self.assertAlmostEqual(got.at("R", x, y) / pattern(x, y), map_part.at("R", x, y), delta=1e-4)
+
+    def test_a_map_needs_no_colour_in_the_clip(self):
+        self.write_plate(self.part("Z"))
+        self.assertEqual(self.rendered("--shading", "remove", "--map")[0].types(), dict.fromkeys("ABGR", exr.FLOAT))
+
+
+class Plate(render_test.RenderTest):
+    def test_cg_of_another_size_with_more_layers_is_distorted_as_its_plate(self):
+        self.write_lens()
+        self.write_plate(self.part("RGB", exr.HALF))
+        size = (0, 0, 2 * WIDTH - 1, 2 * HEIGHT - 1)
+        cg = self.part(["R", "G", "B", "A", "Z", "normal.x", "normal.y", "normal.z"], display=size)
+        cg.fill("id", exr.UINT, lambda x, y: 7)
+        exr.write(self.path("cg.1001.exr"), cg)
+        got = self.rendered(*DISTORT, "--plate", "plate.%04d.exr", clip="cg.%04d.exr")[0]
+        self.assertEqual(got.types(), cg.types())
+        self.assertEqual(got.display, size)
+        for name in ["A", "Z", "normal.x", "normal.z"]:
+            self.expect_same(got.channels[name], got.channels["R"])
+        self.assertNotEqual(got.channels["R"][1][4][4:12], cg.channels["R"][1][4][4:12])
+        self.assertEqual(got.at("id", WIDTH, HEIGHT), 7)
+        # The same picture corrected as a clip with this lens.
+        self.write_lens(name="cg", width=2 * WIDTH, height=2 * HEIGHT)
+        cg.attributes["timeCode"] = exr.timecode(0, 0, 0, 0)
+        exr.write(self.path("cg.1001.exr"), cg)
+        alone = self.rendered(*DISTORT, clip="cg.%04d.exr", out="alone/f.%04d.exr")[0]
+        self.expect_close(got, alone, 1e-5, channels=["R", "Z"])
+
+    def test_a_plate_of_another_aspect_ratio_is_wrong_use(self):
+        self.write_lens()
+        self.write_plate(self.part("RGB"))
+        exr.write(self.path("cg.1001.exr"), self.part("RGB", display=(0, 0, 63, 63)))
+        result = self.render(*DISTORT, "--plate", "plate.%04d.exr", clip="cg.%04d.exr")
+        self.expect(result, 2, "")
+        self.assertIn("Aspect ratio of the current frame is not as expected. Recommended resolution is 64x36 px.",
+                      result.stderr)
+        self.assertFalse(os.path.exists(self.path("out")))
+
+    def test_a_plate_that_lacks_a_frame_fails_that_frame(self):
+        self.write_lens(count=2)
+        self.write_plate(self.part("RGB"), frames=(1001, 1003))
+        for number in (1001, 1002, 1003):
+            exr.write(self.path(f"cg.{number}.exr"), self.part("RGB"))
+        result = self.render(*DISTORT, "--plate", "plate.%04d.exr", clip="cg.%04d.exr")
+        self.expect(result, 1, "")
+        self.assertEqual(self.names(), ["f.1001.exr", "f.1003.exr"])
+        self.assertIn("plate.%04d.exr: The clip has no frame 1002.", result.stderr)
+
+    def test_refuses_to_write_over_the_plate(self):
+        self.write_lens()
+        self.write_plate(self.part("RGB"))
+        exr.write(self.path("cg.1001.exr"), self.part("RGB"))
+        self.expect(self.render(*DISTORT, "--plate", "plate.%04d.exr", "--overwrite", clip="cg.%04d.exr",
+                                out="plate.%04d.exr"), 2, "",
+                    'lenscorrect: Frame 1001 would replace its plate, "plate.1001.exr"; choose another output.\n')
+
+
+class Storage(render_test.RenderTest):
+    def setUp(self):
+        super().setUp()
+        self.write_lens(count=3)
+        part = self.part("RGB", exr.HALF)
+        part.fill("id", exr.UINT, lambda x, y: 5)
+        self.write_plate(part, frames=(1001, 1002, 1003))
+
+    def test_takes_another_type_for_colour_and_leaves_ids(self):
+        got = self.rendered(*UNDISTORT, "--type", "float", "--frames", "1001")[0]
+        self.assertEqual(got.types(), {"B": exr.FLOAT, "G": exr.FLOAT, "R": exr.FLOAT, "id": exr.UINT})
+
+    def test_takes_every_compression(self):
+        pictures = {}
+        for name in exr.COMPRESSIONS:
+            out = name + "/f.%04d.exr"
+            self.expect(self.render(*UNDISTORT, "--compression", name, "--frames", "1001", out=out), 0, "", "")
+            with open(self.path(out % 1001), "rb") as file:
+                content = file.read()
+            attribute = content.index(b"compression\0compression\0")
+            self.assertEqual(content[attribute + 28], exr.COMPRESSIONS.index(name))
+            if name in ("none", "zip", "zips"):
+                pictures[name] = exr.read(self.path(out % 1001))[0].channels
+        self.expect_same(pictures["none"], pictures["zip"])
+        self.expect_same(pictures["none"], pictures["zips"])
+
+    def test_gives_all_frames_one_box_on_request(self):
+        self.write_lens(count=3, lensTypeName="Zoom")
+        with open(self.path("plate.olcf"), encoding="utf-8") as file:
+            lens = file.read()
+        # The last frame's lens distorts more than the others.
+        lines = lens.rstrip("\n").split("\n")
+        lines[-1] = lines[-1].replace("0,1.2,4.8,9.4,13.9,17.3,22", "0,-4,-16,-31,-46,-57,-73")
+        with open(self.path("plate.olcf"), "w", encoding="utf-8") as file:
+            file.write("\n".join(lines) + "\n")
+        self.expect(self.render(*UNDISTORT, out="own/f.%04d.exr"), 0, "", "")
+        self.expect(self.render(*UNDISTORT, "--size", "constant"), 0, "", "")
+        own = [exr.read(self.path(f"own/f.{n}.exr"))[0] for n in (1001, 1002, 1003)]
+        same = [exr.read(self.path(f"out/f.{n}.exr"))[0] for n in (1001, 1002, 1003)]
+        self.assertNotEqual(own[0].data, own[2].data)
+        self.assertEqual({part.data for part in same}, {own[2].data})
+        for a, b in zip(own, same):
+            self.expect_close(a, b, 0.0)
+        self.assertEqual(same[0].at("R", same[0].data[0], same[0].data[1]), 0.0)
+        # A job that is resumed gives the frames that are still to be made the same box.
+        os.remove(self.path("out/f.1001.exr"))
+        self.expect(self.render(*UNDISTORT, "--size", "constant", "--skip-existing"), 0, "", "")
+        self.assertEqual(exr.read(self.path("out/f.1001.exr"))[0].data, own[2].data)
+
+    def test_writes_the_file_format_by_its_ending_in_any_case(self):
+        self.expect(self.render(*UNDISTORT, "--frames", "1001", out="out/f.%04d.EXR"), 0, "", "")
+        got = exr.read(self.path("out/f.1001.EXR"))[0]
+        self.assertEqual(got.display, (0, 0, WIDTH - 1, HEIGHT - 1))
+
+
+class LensData(render_test.RenderTest):
+    RECORD = """{"recordingFormat": {"camera": {"manufacturer": "", "model": ""},
+        "clipResolution": {"width": 64, "height": 36}, "imageRadius": 18.357559750685822},
+        "frameData": {"interpolationPoints": {"heights": [0, 5, 10, 14, 17, 19, 21.4],
+        "shading": [100, 98, 93, 86, 79.5, 74.5, 68], "radialDistortion": [0, 1.2, 4.8, 9.4, 13.9, 17.3, 22]}}}"""
+
+    def variant(self, index):
+        """A correction file's distortion for frame `index`, told apart by its strength."""
+        return ",".join(str(round(value * (index + 1), 3)) for value in (0, 1.2, 4.8, 9.4, 13.9, 17.3, 22))
+
+    def write_variants(self, count):
+        self.write_lens(count=count)
+        with open(self.path("plate.olcf"), encoding="utf-8") as file:
+            lines = file.read().rstrip("\n").split("\n")
+        for index in range(count):
+            lines[index - count] = lines[index - count].replace("0,1.2,4.8,9.4,13.9,17.3,22", self.variant(index))
+        with open(self.path("plate.olcf"), "w", encoding="utf-8") as file:
+            file.write("\n".join(lines) + "\n")
+
+    def picture_with_variant(self, index):
+        """What a clip whose only record is variant `index` becomes."""
+        name = f"single{index}"
+        self.write_lens(name=name)
+        with open(self.path(name + ".olcf"), encoding="utf-8") as file:
+            text = file.read().replace("0,1.2,4.8,9.4,13.9,17.3,22", self.variant(index))
+        with open(self.path(name + ".olcf"), "w", encoding="utf-8") as file:
+            file.write(text)
+        exr.write(self.path(name + ".1.exr"), self.part())
+        return self.rendered(*UNDISTORT, clip=name + ".%d.exr", out=name + "/f.%04d.exr", frame=1)[0].channels
+
+    def test_a_record_in_the_frame_serves_instead_of_a_correction_file(self):
+        self.write_lens()
+        self.write_plate(self.part())
+        from_file = self.rendered(*BOTH, out="file/f.%04d.exr")[0]
+        os.remove(self.path("plate.olcf"))
+        self.write_plate(self.part(attributes={"com.orvex.LensCorrection": exr.text(self.RECORD)}))
+        got = self.rendered(*BOTH)[0]
+        self.expect_close(got, from_file, 1e-5)
+        self.assertNotIn("com.orvex.lenscorrect.correctionFile", got.attributes)
+        self.assertEqual(got.attributes["com.orvex.LensCorrection"], exr.text(self.RECORD))
+
+    def test_the_timecode_chooses_the_record(self):
+        self.write_variants(3)
+        part = self.part()
+        part.attributes["timeCode"] = exr.timecode(0, 0, 0, 2)
+        exr.write(self.path("plate.1001.exr"), part)
+        self.expect_same(self.rendered(*UNDISTORT)[0].channels, self.picture_with_variant(2))
+
+    def test_without_a_timecode_the_number_within_the_clip_chooses_the_record(self):
+        self.write_variants(3)
+        for number in (1001, 1002, 1003):
+            exr.write(self.path(f"plate.{number}.exr"), self.part())
+        self.expect_same(self.rendered(*UNDISTORT, "--frames", "1002", frame=1002)[0].channels,
+                         self.picture_with_variant(1))
+
+    def test_a_sidecar_tells_the_clip_name_and_the_timecode_of_a_transcoded_camera_clip(self):
+        self.write_variants(3)
+        os.rename(self.path("plate.olcf"), self.path("A001_C002.olcf"))
+        with open(self.path("A001_C002.olcf"), encoding="utf-8") as file:
+            text = file.read().replace("clipName:=plate", "clipName:=A001_C002").replace("videoFileName:=plate",
+                                                                                          "videoFileName:=A001_C002")
+        with open(self.path("A001_C002.olcf"), "w", encoding="utf-8") as file:
+            file.write(text)
+        exr.write(self.path("plate.1001.exr"), self.part())
+        with open(self.path("plate.metadata.json"), "w", encoding="utf-8") as file:
+            file.write('{"input/filename": "A001_C002.R3D", "r3d/reel_id_full": "A001_C002", "r3d/framerate": 25,'
+                       '"frames": {"1001": {"r3d/start_absolute_timecode": "00:00:00:01",'
+                       '"r3d/absolute_timecode": "00:00:00:01", "input/frame": 1001}}}')
+        result = self.render(*UNDISTORT)
+        self.expect(result, 0, "", "")
+        self.assertIn(exr.read(self.path("out/f.1001.exr"))[0].channels,
+                      [self.picture_with_variant(0), self.picture_with_variant(1)])
+
+    def test_a_correction_file_of_another_clip_is_wrong_use(self):
+        self.write_lens(name="other")
+        self.write_plate(self.part())
+        self.expect(self.render(*UNDISTORT, "--correction-file", "other.olcf"), 2, "", """\
+lenscorrect: The lens data do not fit the clip "plate.%04d.exr": Header of the metadata is not available. \
+Correction file does not belong to the clip.
+Clip File Name: "plate"
+Correction File Path: "other.olcf"
+""")
+        self.assertFalse(os.path.exists(self.path("out")))
+
+    def test_a_recording_format_by_hand_serves_where_the_correction_file_has_none(self):
+        self.write_lens()
+        self.write_plate(self.part())
+        known = self.rendered(*BOTH, out="known/f.%04d.exr")[0]
+        self.write_lens(sensorWidth="0", clipWidth="0", clipHeight="0", cameraManufacturer="", cameraModel="")
+        self.expect(self.render(*BOTH, out="none/f.%04d.exr"), 2, "")
+        by_hand = self.rendered(*BOTH, "--image-area", "32x18", "--clip-resolution", "64x36")[0]
+        # The node keeps the image's diameter with two decimals.
+        self.expect_close(by_hand, known, 1e-3)
+
+
+program.main()
