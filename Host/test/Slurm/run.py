@@ -43,12 +43,14 @@ class Slurm(program.ProgramTest):
             file.write(text)
         os.chmod(self.path("program"), 0o755)
 
+    def start(self, *arguments):
+        """Starts the program in the case's folder, on the farm."""
+        return subprocess.Popen([program.PROGRAM, *arguments], cwd=self.folder, env=self.farm.environment,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding="utf-8")
+
     def submit(self, *options):
-        """Starts to submit and to wait; everything runs in the case's folder."""
-        return subprocess.Popen([program.PROGRAM, "submit", "clip/plate.%04d.exr", "-o", "out/f.%04d.exr", "--distortion",
-                                 "undistort", "--program", self.path("program"), "--wait", *options], cwd=self.folder,
-                                env=self.farm.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                stderr=subprocess.PIPE, encoding="utf-8")
+        return self.start("submit", "clip/plate.%04d.exr", "-o", "out/f.%04d.exr", "--distortion", "undistort", "--wait",
+                          "--program", self.path("program"), *options)
 
     def until(self, is_reached, what):
         for _ in range(600):
@@ -72,7 +74,9 @@ class Slurm(program.ProgramTest):
         for name in ("state", "gate"):
             os.mkfifo(self.path(name))
 
-        submission = self.submit("--chunk", "10", "--cores", "1")
+        command = program.documented("Farm", "lenscorrect submit clip/plate.%04d.exr -o out/f.%04d.exr "
+                                             "--distortion undistort --chunk 10 --cores 1 --wait")
+        submission = self.start(*command[1:], "--program", self.path("program"))
         first_line = submission.stdout.readline()
         jobs = re.fullmatch(r"Slurm jobs: (\d+) \(kernel cache\), (\d+) \(100 frames in 10 chunks\), then the summary\n",
                             first_line)

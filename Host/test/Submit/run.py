@@ -195,6 +195,19 @@ class Submit(program.ProgramTest):
                          "lenscorrect: sbatch was not found. Submit from a machine that has Slurm's programs.\n")
         self.assertFalse(os.path.exists(self.path("lenscorrect-job-1")))
 
+    def test_the_documented_commands_work(self):
+        self.given_job(stub='if [ "$1" = summary ]; then echo "the summary"; fi\n')
+        for step in ("warm", "chunk 0", "frames 1003-1004", "summary"):
+            command = program.documented("Farm", "bash lenscorrect-job-1/job.sh " + step)
+            result = subprocess.run(command, cwd=self.folder, capture_output=True, encoding="utf-8")
+            self.expect(result, 0, "the summary\n" if step == "summary" else "", "")
+        for command in ("lenscorrect summary lenscorrect-job-1", "lenscorrect summary lenscorrect-job-1 --json"):
+            self.expect(self.run_program(*program.documented("Farm", command)[1:]), 1, errors="")
+        command = program.documented("Farm", "lenscorrect submit plate.%04d.exr -o out/plate.%04d.exr --distortion undistort "
+                                             "--frames 1001-1025 --engine opencue --show show --shot shot")
+        self.expect(self.run_program(*command[1:]), 0, errors="")
+        self.assertTrue(os.path.isfile(self.path("lenscorrect-job-2", "opencue.xml")))
+
     # OpenCue.
 
     def test_the_specification_follows_its_layout(self):

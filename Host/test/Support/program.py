@@ -42,6 +42,15 @@ class ProgramTest(unittest.TestCase):
             self.assertEqual(result.stderr, errors)
 
 
+def documented(document, command):
+    """The words of a command, which must be a line of Docs/<document>.md: the test runs what the document tells."""
+    root = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..")
+    with open(os.path.join(root, "Docs", document + ".md"), encoding="utf-8") as file:
+        if command not in file.read().splitlines():
+            raise AssertionError(f"Docs/{document}.md does not tell: {command}")
+    return command.split()
+
+
 def validated(document, schema):
     """The document itself, once it follows Docs/schemas/<schema>.json."""
     root = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..")

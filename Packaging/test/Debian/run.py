@@ -13,8 +13,11 @@ class Debian(packaging.PackagingTest):
         super().setUpClass()
         cls.packages = packaging.tempfile.mkdtemp(prefix="orvex-deb-")
         cls.addClassCleanup(packaging.shutil.rmtree, cls.packages, ignore_errors=True)
+        command = packaging.documented("cpack --config build/release/CPackConfig.cmake -G DEB -B packages")
+        words = {"build/release/CPackConfig.cmake": os.path.join(packaging.BUILD, "CPackConfig.cmake"),
+                 "packages": cls.packages}
         result = packaging.subprocess.run(
-            ["cpack", "--config", os.path.join(packaging.BUILD, "CPackConfig.cmake"), "-G", "DEB", "-B", cls.packages],
+            [words.get(word, word) for word in command],
             stdin=packaging.subprocess.DEVNULL, stdout=packaging.subprocess.PIPE, stderr=packaging.subprocess.STDOUT,
             encoding="utf-8", cwd=cls.packages)
         if result.returncode:
@@ -35,7 +38,7 @@ class Debian(packaging.PackagingTest):
     def test_the_users_package_depends_on_its_libraries_and_on_any_opencl_driver(self):
         depends = self.field("orvex-lens-correction", "Depends").split(", ")
         self.assertIn("pocl-opencl-icd | opencl-icd", depends)
-        for library in ("libboost-filesystem1.74.0", "libfmt9", "libc6"):
+        for library in ("libboost-filesystem1.74.0", "libfmt9", "libc6", "libopenexr", "libopenimageio", "libavformat"):
             self.assertTrue(any(entry.startswith(library) for entry in depends), (library, depends))
         self.assertFalse([entry for entry in depends if "-dev" in entry])
 

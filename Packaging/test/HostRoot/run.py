@@ -28,9 +28,10 @@ class HostRoot(packaging.PackagingTest):
             pass
 
     def configure(self, status=0):
-        output = self.run_command("cmake", "-S", packaging.SOURCE, "-B", self.path("build"), "-G", "Ninja",
-                                  "-DCMAKE_BUILD_TYPE=Release", "-DORVEX_BUILD_TESTS=OFF", "-DDDIMAGE_ROOT=" + self.root,
-                                  status=status)
+        command = packaging.documented("cmake -S . -B build/host -G Ninja -DCMAKE_BUILD_TYPE=Release "
+                                       "-DORVEX_BUILD_TESTS=OFF -DDDIMAGE_ROOT=/usr/local/Host11.2v4")
+        words = {"build/host": self.path("build"), "-DDDIMAGE_ROOT=/usr/local/Host11.2v4": "-DDDIMAGE_ROOT=" + self.root}
+        output = self.run_command(*[words.get(word, word) for word in command], status=status, cwd=packaging.SOURCE)
         return re.sub(r"\s+", " ", output)
 
     def test_compiles_with_the_hosts_headers_alone_into_a_folder_of_its_version(self):

@@ -9,6 +9,16 @@ import packaging
 
 
 class Install(packaging.PackagingTest):
+    def test_the_documented_command_installs_everything(self):
+        command = packaging.documented("cmake --install build/release --prefix /opt/orvex")
+        words = {"build/release": packaging.BUILD, "/opt/orvex": self.path("tree")}
+        self.run_command(*[words.get(word, word) for word in command])
+        names = packaging.files_below(self.path("tree"))
+        for name in ("bin/lenscorrect", "lib/orvex/libDDImage.so", "lib/orvex/nuke/init.py", "lib/libOrvexCore.a",
+                     "include/orvex/Core/Core.h", "lib/cmake/OrvexLensCorrection/OrvexLensCorrectionConfig.cmake",
+                     "share/man/man1/lenscorrect.1", "share/doc/orvex-lens-correction/Packages.md"):
+            self.assertIn(name, names)
+
     def test_the_program_and_the_plugin_run_from_a_moved_tree(self):
         self.install(self.path("first"), "program", "plugin")
         shutil.move(self.path("first"), self.path("second"))
@@ -47,6 +57,11 @@ class Install(packaging.PackagingTest):
     def test_another_project_finds_the_core_and_renders_with_it(self):
         self.install(self.path("tree"), "development")
         consumer = os.path.join(packaging.SOURCE, "Packaging", "test", "Consumer")
+        with open(os.path.join(consumer, "CMakeLists.txt"), encoding="utf-8") as file:
+            lines = file.read().splitlines()
+        for command in ("find_package(OrvexLensCorrection 0.18 REQUIRED)",
+                        "target_link_libraries(consumer PRIVATE Orvex::Core)"):
+            self.assertIn(" ".join(packaging.documented(command)), lines)
         self.run_command("cmake", "-S", consumer, "-B", self.path("consumer"), "-G", "Ninja",
                          "-DCMAKE_PREFIX_PATH=" + self.path("tree"))
         self.run_command("cmake", "--build", self.path("consumer"))

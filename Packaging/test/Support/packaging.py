@@ -32,10 +32,16 @@ class PackagingTest(unittest.TestCase):
             self.run_command("cmake", "--install", BUILD, "--prefix", prefix, "--component", component)
 
     def expect_working_program(self, root):
-        """`root`/bin/lenscorrect starts, knows its tables and renders on the OpenCL device."""
+        """`root`/bin/lenscorrect starts, and corrects a clip to EXR and, by a module that it loads, to TIFF."""
         program = os.path.join(root, "bin", "lenscorrect")
         self.assertRegex(self.run_command(program, "--version"), r"^lenscorrect \d+\.\d+\.\d+\n$")
-        self.assertIn("A test picture was rendered.", self.run_command(program, "devices"))
+        clip = self.path("clip")
+        self.run_command(program, "sample", clip, "--frames", "2", "--size", "64x64")
+        for extension in ("exr", "tif"):
+            self.run_command(program, "render", clip + "/plate.%04d.exr", "--distortion", "undistort",
+                             "-o", self.path("frames", "f.%04d." + extension))
+        self.assertEqual([name for name in files_below(self.path("frames")) if name.startswith("f.")],
+                         ["f.1001.exr", "f.1001.tif", "f.1002.exr", "f.1002.tif"])
 
     def expect_loadable_plugin(self, root):
         """The plug-in library loads in a process that knows nothing of its place, and finds its libraries."""
@@ -43,6 +49,14 @@ class PackagingTest(unittest.TestCase):
         maps = self.run_command(sys.executable, "-c",
                                 "import ctypes, sys; ctypes.CDLL(sys.argv[1]); print(open('/proc/self/maps').read())", plugin)
         self.assertIn(os.path.join(root, "lib/orvex/libDDImage.so"), maps)
+
+
+def documented(command):
+    """The command, a list of words, if it stands in Docs/Packages.md; the tests run what the document tells."""
+    with open(os.path.join(SOURCE, "Docs", "Packages.md"), encoding="utf-8") as file:
+        if command not in file.read().splitlines():
+            raise AssertionError("Docs/Packages.md does not tell: " + command)
+    return command.split()
 
 
 def files_below(folder):
