@@ -106,7 +106,13 @@ class Farm:
                               stderr=subprocess.STDOUT, encoding="utf-8", check=check, timeout=60).stdout
 
     def stop(self):
-        self.run("scancel", "--user=" + getpass.getuser(), check=False)
+        """Ends all jobs first: a step outlives its daemon, to which it wants to report its end."""
+        if all(daemon.poll() is None for daemon in self.daemons):
+            self.run("scancel", "--user=" + getpass.getuser(), check=False)
+            for _ in range(150):
+                if not self.run("squeue", "--noheader", check=False).strip():
+                    break
+                time.sleep(0.2)
         for daemon in reversed(self.daemons):
             daemon.terminate()
         for daemon in self.daemons:
