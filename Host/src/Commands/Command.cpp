@@ -10,8 +10,10 @@
 #include "Commands/PlotCommand.h"
 #include "Commands/RenderCommand.h"
 #include "Commands/SampleCommand.h"
+#include "Commands/StMapCommand.h"
 #include "Commands/SubmitCommand.h"
 #include "Commands/SummaryCommand.h"
+#include "Commands/VerifyCommand.h"
 
 namespace Host {
 
@@ -26,6 +28,8 @@ std::vector<std::unique_ptr<Command>> allCommands() {
     commands.push_back(std::make_unique<CheckCommand>());
     commands.push_back(std::make_unique<PlotCommand>());
     commands.push_back(std::make_unique<ExportCommand>());
+    commands.push_back(std::make_unique<StMapCommand>());
+    commands.push_back(std::make_unique<VerifyCommand>());
     commands.push_back(std::make_unique<FormatsCommand>());
     commands.push_back(std::make_unique<DevicesCommand>());
     commands.push_back(std::make_unique<SubmitCommand>());

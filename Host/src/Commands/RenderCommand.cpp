@@ -1,29 +1,9 @@
 #include "Commands/RenderCommand.h"
 
-#include <fmt/format.h>
-
-#include "Console/Failure.h"
-#include "Device/Environment.h"
-#include "Device/KernelCache.h"
-#include "Exception/Exception.h"
+#include "Device/RenderingDevice.h"
 #include "Render/RenderJob.h"
-#include "Renderer/OpenCL/OpenCLKernelHelper.h"
 
 namespace Host {
-namespace {
-
-void checkDevice() {
-    try {
-        Renderer::OpenCLKernelHelper::idOfMostPowerfulDevice();
-    } catch (const Exception& exception) {
-        throw Failure(ExitCode::Environment,
-                      fmt::format("There is no OpenCL device to render on: {} Install a driver (without a GPU: apt-get "
-                                  "install pocl-opencl-icd); \"lenscorrect devices\" tells what is found.",
-                                  exception.what()));
-    }
-}
-
-} // namespace
 
 std::string RenderCommand::example() const {
     return "  lenscorrect render plate.%04d.exr --distortion undistort --shading remove -o out/plate.%04d.exr\n"
@@ -35,11 +15,9 @@ void RenderCommand::declareOptions(CLI::App& app) { m_options.declareOptions(app
 
 ExitCode RenderCommand::run() {
     const RenderOptions options = m_options.read();
-    prepareForRendering();
-    const KernelCache cache;
-    if (!cache.notice().empty()) fmt::print(stderr, "lenscorrect: {}\n", cache.notice());
+    const RenderingDevice device;
     RenderJob job(options);
-    checkDevice();
+    device.check();
     return job.run();
 }
 

@@ -49,6 +49,9 @@ public:
     /// there is no plate). All must live until the next call.
     void setFrame(std::int32_t frame, const ClipFrame& image, std::size_t part, const ClipFrame& plate);
 
+    /// The node at the end of the chain.
+    LensCorrection& lastNode() const { return *m_nodes.back(); }
+
     /// Works out the corrected picture's box. Needs headers only. Throws CorrectionError.
     ///
     /// The nodes centre the box that the core asks for on the format, in whole pixels; for some formats that are not

@@ -1,0 +1,62 @@
+#include "Commands/VerifyCommand.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "Console/Failure.h"
+#include "Device/RenderingDevice.h"
+#include "Map/RoundTripReport.h"
+#include "Output/Interruption.h"
+
+namespace Host {
+
+std::string VerifyCommand::example() const {
+    return "  lenscorrect verify plate.%04d.exr --tolerance 0.1\n"
+           "  lenscorrect verify A001C002.olcf --size 4096x2160 --render --json";
+}
+
+void VerifyCommand::declareOptions(CLI::App& app) {
+    m_lens.declareOptions(app);
+    app.add_option("--tolerance", m_tolerance, "Exit with 1 if a round trip misses by more than this, in px")
+        ->check(CLI::NonNegativeNumber);
+    app.add_flag("--render", m_isRendered, "Render a test picture through both corrections too");
+    app.add_flag("--list", m_withFrames, "Tell it for each frame");
+    app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/verify.json)");
+}
+
+ExitCode VerifyCommand::run() {
+    const LensOptions options = m_lens.read();
+    const RenderingDevice device;
+    LensGeometry lens(options);
+    device.check();
+
+    RoundTripReport report;
+    report.input = options.input;
+    report.tolerance = m_tolerance;
+    for (const std::int32_t frame : lens.frames()) {
+        if (Interruption::requested()) return Interruption::exitCode();
+        try {
+            report.frames.push_back(roundTrip(lens, frame, m_isRendered));
+        } catch (const std::exception& exception) {
+            report.failures[frame] = lens.message(frame, exception);
+        }
+    }
+    for (const auto& [frame, message] : report.failures) {
+        fmt::print(stderr, "lenscorrect: {}\n", message);
+    }
+    if (report.frames.empty()) {
+        const std::string advice = lens.advice();
+        if (!advice.empty()) fmt::print(stderr, "{}\n", advice);
+    }
+    if (m_asJson) {
+        fmt::print("{}\n", report.json().dump(1, ' ', false, nlohmann::json::error_handler_t::replace));
+    } else {
+        fmt::print("{}", report.text(m_withFrames));
+    }
+    return report.failures.empty() && report.exceededCount() == 0 ? ExitCode::Done : ExitCode::SomeFramesFailed;
+}
+
+} // namespace Host

@@ -1,0 +1,36 @@
+#include "Device/RenderingDevice.h"
+
+#include <fmt/format.h>
+
+#include "Console/Failure.h"
+#include "Device/Environment.h"
+#include "Exception/Exception.h"
+#include "Renderer/OpenCL/OpenCLKernelHelper.h"
+
+namespace Host {
+
+namespace {
+
+KernelCache preparedCache() {
+    prepareForRendering();
+    return KernelCache();
+}
+
+} // namespace
+
+RenderingDevice::RenderingDevice() : m_cache(preparedCache()) {
+    if (!m_cache.notice().empty()) fmt::print(stderr, "lenscorrect: {}\n", m_cache.notice());
+}
+
+void RenderingDevice::check() const {
+    try {
+        Renderer::OpenCLKernelHelper::idOfMostPowerfulDevice();
+    } catch (const Exception& exception) {
+        throw Failure(ExitCode::Environment,
+                      fmt::format("There is no OpenCL device to render on: {} Install a driver (without a GPU: apt-get "
+                                  "install pocl-opencl-icd); \"lenscorrect devices\" tells what is found.",
+                                  exception.what()));
+    }
+}
+
+} // namespace Host

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Device/KernelCache.h"
+
+namespace Host {
+
+/// Makes the process ready to render, and says what to do when there is nothing to render on.
+///
+/// One object per process, made before the first thread and the first OpenCL call.
+class RenderingDevice {
+public:
+    /// Prepares memory, drivers and kernel cache; a notice about the cache goes to the error stream. Throws Failure
+    /// (Environment).
+    RenderingDevice();
+
+    /// Throws Failure (Environment) when there is no OpenCL device. Separate, so that a command can complain about its
+    /// input first.
+    void check() const;
+
+private:
+    KernelCache m_cache;
+};
+
+} // namespace Host

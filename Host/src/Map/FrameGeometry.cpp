@@ -1,0 +1,54 @@
+#include "Map/FrameGeometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Host {
+
+namespace {
+
+double halfDiagonal(const HostImage::Window& window) {
+    return std::hypot(static_cast<double>(window.width()), static_cast<double>(window.height())) / 2.0;
+}
+
+} // namespace
+
+RadialSampling FrameGeometry::sampling(Geometry geometry) const {
+    const RadialSampling rendered = RadialSampling::rendered(node);
+    return geometry == Geometry::Node ? rendered : rendered.at(idealMillimetresPerPixel);
+}
+
+Place FrameGeometry::source(const RadialSampling& sampling, Place place) const {
+    const Place c = centre();
+    const double factor = sampling.factor(std::hypot(place.x - c.x, place.y - c.y));
+    return {c.x + (place.x - c.x) * factor, c.y + (place.y - c.y) * factor};
+}
+
+Place FrameGeometry::centre() const {
+    return {(static_cast<double>(format.minX) + format.maxX) / 2.0,
+            (static_cast<double>(format.minY) + format.maxY) / 2.0};
+}
+
+double FrameGeometry::formatHalfDiagonal() const { return halfDiagonal(format); }
+
+double FrameGeometry::boxHalfDiagonal() const { return halfDiagonal(box); }
+
+double FrameGeometry::deviation() const {
+    constexpr double step = 0.5; // px; the curves are smooth over hundreds of them
+    const RadialSampling rendered = sampling(Geometry::Node);
+    const RadialSampling ideal = sampling(Geometry::Ideal);
+    const double end = boxHalfDiagonal();
+    double largest = 0.0;
+    for (double distance = 0.0; distance <= end; distance += step) {
+        largest = std::max(largest, std::abs(rendered.sourceDistance(distance) - ideal.sourceDistance(distance)));
+    }
+    return largest;
+}
+
+bool FrameGeometry::isSameMap(const FrameGeometry& other) const {
+    return format == other.format && box == other.box && pixelAspectRatio == other.pixelAspectRatio &&
+           sampling(Geometry::Node) == other.sampling(Geometry::Node) &&
+           idealMillimetresPerPixel == other.idealMillimetresPerPixel;
+}
+
+} // namespace Host

@@ -1,0 +1,256 @@
+#include "Map/LensGeometry.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "Console/Failure.h"
+#include "Exception/Exception.h"
+#include "Image/ImageError.h"
+#include "Inspect/CorrectionFileData.h"
+#include "LensDistortionCorrection.h"
+#include "LensDistortionDataSource.h"
+#include "Render/PlaneTransfer.h"
+
+namespace Host {
+
+/// A frame's header with what the host's reader knows about it.
+struct LensGeometry::Header {
+    std::int32_t number = 0;
+    HostImage::Frame frame;
+    HostImage::Metadata metadata;
+    std::string path;
+    ClipSource::Range range;
+
+    ClipFrame shown() const { return {&frame, &metadata, path, range}; }
+};
+
+/// The distortion node in one mode, and a second pair of eyes on what it works out.
+struct LensGeometry::Node {
+    explicit Node(RenderOptions renderOptions)
+        : options(std::move(renderOptions)),
+          chain(options, 1),
+          node(dynamic_cast<LensDistortionCorrection&>(chain.lastNode())),
+          preparation(std::make_unique<LensDistortionDataSource>(&node)) {}
+
+    const RenderOptions options;
+    CorrectionChain chain;
+    LensDistortionCorrection& node;
+    Core::FramePreparation preparation;
+};
+
+namespace {
+
+HostImage::Window windowOf(PixelSize size) {
+    return {0, 0, static_cast<std::int32_t>(size.width) - 1, static_cast<std::int32_t>(size.height) - 1};
+}
+
+/// A picture of the window that holds no pixels yet.
+HostImage::Part pictureOf(const HostImage::Window& window, const HostImage::Window& format) {
+    HostImage::Part part;
+    part.dataWindow = window;
+    part.displayWindow = format;
+    for (const char* const channelName : {"A", "B", "G", "R"}) {
+        HostImage::Channel channel;
+        channel.name = channelName;
+        channel.type = HostImage::PixelType::Float;
+        part.channels.push_back(channel);
+    }
+    part.layOutPlanes();
+    return part;
+}
+
+/// Under which path a reader shows a clip so that the nodes take `header`'s own name for the clip's name and count its
+/// frames by number: image sequences are known by what stands before the name's first ".", others by their whole name.
+std::string shownPathFor(const CorrectionData::Header& header) {
+    const std::string& name = header.videoFileName;
+    const std::size_t dot = name.rfind('.');
+    const std::string extension = dot == std::string::npos ? "" : name.substr(dot + 1);
+    const bool isKnownWhole =
+        !extension.empty() && extension != "exr" && extension != "EXR" && extension != "dpx" && extension != "DPX";
+    if (isKnownWhole) return "/" + name;
+    const bool isClipNamePlain = !header.clipName.empty() && header.clipName.find('.') == std::string::npos;
+    return "/" + (isClipNamePlain ? header.clipName : name) + ".0.exr";
+}
+
+/// Half the recorded frame's diagonal, px: of the format, or of what remains when a part of the format is overscan.
+double recordedHalfDiagonal(const LensCorrection& node, const HostImage::Window& format) {
+    double width = static_cast<double>(format.width());
+    double height = static_cast<double>(format.height());
+    if (node.overscanLocation() == LensCorrection::Format) {
+        const double factor = 1.0 / (static_cast<double>(node.overscanAmount()) / 100.0 + 1.0);
+        width = std::round(width * factor);
+        height = std::round(height * factor);
+    }
+    return std::hypot(width, height) / 2.0;
+}
+
+template <typename Operation>
+void runCore(Operation operation) {
+    try {
+        operation();
+    } catch (const Exception& exception) {
+        throw CorrectionError(exception.what(), exception.detailedDescription());
+    }
+}
+
+} // namespace
+
+LensGeometry::LensGeometry(LensOptions options) : m_options(std::move(options)) {
+    if (m_options.size) {
+        const CorrectionFileData file = CorrectionFileData::read(m_options.input);
+        m_shownPath = shownPathFor(file.content->header);
+        for (const auto& [number, record] : file.content->frames) {
+            if (number > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max())) {
+                throw Failure(ExitCode::WrongUse,
+                              fmt::format("{}: frame number {} is too large for file names.", m_options.input, number));
+            }
+            m_frames.push_back(static_cast<std::int32_t>(number));
+        }
+        if (m_frames.empty()) {
+            throw Failure(ExitCode::WrongUse,
+                          fmt::format("{}: it holds no frame. Run \"lenscorrect check\" on it for the reasons.",
+                                      m_options.input));
+        }
+    } else {
+        m_clip.emplace(m_options.input);
+        if (m_options.plate) m_plate.emplace(*m_options.plate);
+        for (const auto& [number, file] : m_clip->frames()) m_frames.push_back(number);
+    }
+    if (m_options.frames) m_frames = m_options.frames->frames();
+}
+
+LensGeometry::~LensGeometry() = default;
+
+std::string LensGeometry::file(std::int32_t frame) const {
+    if (!m_clip) return {};
+    const auto file = m_clip->frames().find(frame);
+    return file == m_clip->frames().end() ? std::string() : file->second;
+}
+
+std::string LensGeometry::message(std::int32_t frame, const std::exception& exception) const {
+    std::string text = exception.what();
+    if (const auto* const error = dynamic_cast<const CorrectionError*>(&exception)) {
+        // The details begin with the brief text.
+        if (!error->details().empty()) text = error->details();
+        while (!text.empty() && text.back() == '\n') text.pop_back();
+    }
+    const std::string path = file(frame);
+    return path.empty() || text.find(path) != std::string::npos ? fmt::format("Frame {}: {}", frame, text)
+                                                                : fmt::format("Frame {} ({}): {}", frame, path, text);
+}
+
+std::string LensGeometry::advice() const {
+    if (!m_clip || m_options.correctionFile) return {};
+    return "\"lenscorrect find\" tells where the clip's correction file is searched; --correction-file names one.";
+}
+
+const LensGeometry::Header& LensGeometry::header(std::int32_t frame) {
+    if (m_header && m_header->number == frame) return *m_header;
+    m_header.reset();
+    auto header = std::make_unique<Header>();
+    header->number = frame;
+    if (m_clip) {
+        header->path = m_clip->path(frame);
+        header->frame = m_clip->readHeader(frame);
+        header->metadata = m_clip->metadata(frame, header->frame);
+        header->range = m_clip->range();
+    } else {
+        const HostImage::Window format = windowOf(*m_options.size);
+        header->path = m_shownPath;
+        header->frame.parts.push_back(pictureOf(format, format));
+        header->metadata["input/frame"] = std::int64_t{frame};
+        header->range = {0, frame};
+    }
+    m_header = std::move(header);
+    return *m_header;
+}
+
+LensGeometry::Header LensGeometry::plateHeader(std::int32_t frame) const {
+    Header header;
+    header.number = frame;
+    header.path = m_plate->path(frame);
+    header.frame = m_plate->readHeader(frame);
+    header.metadata = m_plate->metadata(frame, header.frame);
+    header.range = m_plate->range();
+    return header;
+}
+
+LensGeometry::Node& LensGeometry::node(Direction direction, bool hasSeparatePlate) {
+    const std::size_t index = direction == Direction::Undistort ? 0 : hasSeparatePlate ? 2 : 1;
+    std::unique_ptr<Node>& node = m_nodes[index];
+    if (node) return *node;
+    RenderOptions options;
+    options.clip = m_options.input;
+    options.distortion =
+        direction == Direction::Undistort ? RenderOptions::Distortion::Undistort : RenderOptions::Distortion::Distort;
+    if (m_plate || hasSeparatePlate) options.plate = m_options.plate.value_or(m_options.input);
+    options.correctionFile = m_clip ? m_options.correctionFile : m_options.input;
+    options.imageArea = m_options.imageArea;
+    options.clipResolution = m_options.clipResolution;
+    options.overscan = m_options.overscan;
+    node = std::make_unique<Node>(std::move(options));
+    return *node;
+}
+
+FrameGeometry LensGeometry::validated(std::int32_t frame, Node& node, const ClipFrame& image, const ClipFrame& plate,
+                                      Direction direction) const {
+    node.chain.setFrame(frame, image, 0, plate);
+    const DD::Image::Box box = node.chain.validate();
+    FrameGeometry geometry;
+    const HostImage::Part& part = image.frame->parts.front();
+    geometry.format = part.displayWindow;
+    geometry.box = fileWindow(box, part.displayWindow);
+    geometry.pixelAspectRatio = part.pixelAspectRatio;
+    geometry.direction = direction;
+    runCore([&] {
+        geometry.lens = node.preparation.retrieveFrameToCorrect().value();
+        geometry.node = node.preparation.parameters(geometry.lens).distortion.value();
+    });
+    geometry.idealMillimetresPerPixel = static_cast<double>(geometry.lens.recordingFormat.imageRadius) /
+                                        recordedHalfDiagonal(node.node, part.displayWindow);
+    return geometry;
+}
+
+FrameGeometry LensGeometry::geometry(std::int32_t frame, Direction direction) {
+    const Header& image = header(frame);
+    if (!m_plate) return validated(frame, node(direction, false), image.shown(), image.shown(), direction);
+    const Header plate = plateHeader(frame);
+    return validated(frame, node(direction, false), image.shown(), plate.shown(), direction);
+}
+
+FrameGeometry LensGeometry::redistortion(std::int32_t frame, const FrameGeometry& undistortion) {
+    Header image = header(frame);
+    image.frame.parts = {pictureOf(undistortion.box, undistortion.format)};
+    image.frame.parts.front().pixelAspectRatio = undistortion.pixelAspectRatio;
+    Node& distorting = node(Direction::Redistort, true);
+    if (!m_plate) return validated(frame, distorting, image.shown(), header(frame).shown(), Direction::Redistort);
+    const Header plate = plateHeader(frame);
+    return validated(frame, distorting, image.shown(), plate.shown(), Direction::Redistort);
+}
+
+HostImage::Window LensGeometry::inputWindow(std::int32_t frame) { return header(frame).frame.parts.front().dataWindow; }
+
+HostImage::Frame LensGeometry::renderRoundTrip(std::int32_t frame, const HostImage::Frame& picture) {
+    const Header plate = m_plate ? plateHeader(frame) : header(frame);
+    Header image = header(frame);
+    image.frame.parts = picture.parts;
+    for (Node* const step : {&node(Direction::Undistort, false), &node(Direction::Redistort, true)}) {
+        HostImage::Frame rendered;
+        step->chain.setFrame(frame, image.shown(), 0, plate.shown());
+        const DD::Image::Box box = step->chain.validate();
+        const HostImage::Part& input = image.frame.parts.front();
+        HostImage::Part& output =
+            rendered.parts.emplace_back(pictureOf(fileWindow(box, input.displayWindow), input.displayWindow));
+        output.allocatePixels();
+        step->chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
+            storePlane(plane, output, channels, 1);
+        });
+        image.frame = std::move(rendered);
+    }
+    return std::move(image.frame);
+}
+
+} // namespace Host

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Console/Dimensions.h"
+#include "Frames/FrameRange.h"
+
+namespace CLI {
+class App;
+}
+
+namespace Host {
+
+/// Where a command takes its frames and their lens data from.
+struct LensOptions {
+    std::string input;             ///< a clip; with `size` a correction file
+    std::optional<PixelSize> size; ///< the frames of a correction file, looked at without their clip
+    std::optional<std::string> plate;
+    std::optional<std::string> correctionFile;
+    std::optional<MillimetreSize> imageArea; ///< both or neither of these two
+    std::optional<PixelSize> clipResolution;
+    std::optional<float> overscan; ///< percent, inside the format; without it the data window is the overscan
+    std::optional<FrameRange> frames;
+};
+
+/// Reads LensOptions from a command line.
+class LensOptionsReader {
+public:
+    LensOptionsReader();
+    ~LensOptionsReader();
+    LensOptionsReader(const LensOptionsReader&) = delete;
+    LensOptionsReader& operator=(const LensOptionsReader&) = delete;
+
+    /// Declares the options; the reader outlives the parse.
+    void declareOptions(CLI::App& app);
+
+    /// The options of the last parse. Throws Failure (WrongUse) with what does not go together or is not understood.
+    LensOptions read() const;
+
+private:
+    struct Texts;
+    std::unique_ptr<Texts> m_texts; ///< the options as written
+};
+
+} // namespace Host

@@ -1,0 +1,83 @@
+"""lenscorrect verify: what it measures, and what it answers."""
+import json
+import os
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import olcf
+import program
+
+POINTS = "0,3,6,9,11,13,15"
+IDENTITY = f"0;{POINTS};100,99,96,92,88,84,80;0,0,0,0,0,0,0;;;;;;01:00:00:00\n"
+
+
+class Verify(program.ProgramTest):
+    def setUp(self):
+        super().setUp()
+        # Deep enough that the search for correction files never leaves the case's own folders.
+        self.folder = self.path("a", "b", "c", "d", "e", "f")
+        os.makedirs(self.folder)
+
+    def write(self, name, text):
+        with open(self.path(name), "w", encoding="utf-8") as file:
+            file.write(text)
+
+    def verify(self, *arguments, status=0):
+        result = self.run_program("verify", *arguments, "--json")
+        self.expect(result, status, errors="")
+        return program.validated(json.loads(result.stdout), "verify")
+
+    def errors(self, *arguments):
+        return self.verify(*arguments)["frames"][0]["errors"]
+
+    def test_finds_nothing_wrong_with_a_lens_that_distorts_nothing(self):
+        self.write("a.olcf", olcf.text().replace(olcf.LINE + "\n", IDENTITY))
+        for name, error in self.errors("a.olcf", "--size", "1920x1080", "--render").items():
+            # Single precision of places up to 1920 px.
+            self.assertLess(error, 2e-3, name)
+
+    def test_measures_the_deviation_of_a_pincushion_lens(self):
+        self.write("a.olcf", olcf.text())
+        self.assertGreater(self.errors("a.olcf", "--size", "1920x1080")["deviation"], 0.5)
+
+    def test_measures_the_same_by_maps_and_by_pixels(self):
+        self.expect(self.run_program("sample", "clip", "--size", "640x360", "--frames", "2", "--progress", "none"), 0)
+        for frame in self.verify("clip/plate.%04d.exr", "--render")["frames"]:
+            # Interpolation bends the places by their curvature, and the picture's faded border is left out.
+            self.assertAlmostEqual(frame["errors"]["maps"], frame["errors"]["rendered"], delta=0.01)
+
+    def test_agrees_with_info_about_the_deviation(self):
+        self.write("a.olcf", olcf.text())
+        info = json.loads(self.run_program("info", "a.olcf", "--frames", "--json").stdout)
+        self.assertAlmostEqual(info["frames"][0]["undistortion"]["deviation"],
+                               self.errors("a.olcf", "--size", "1920x1080")["deviation"], delta=0.01)
+
+    def test_knows_the_sizes_of_both_steps(self):
+        self.write("a.olcf", olcf.text())
+        frame = self.verify("a.olcf", "--size", "1920x1080")["frames"][0]
+        self.assertEqual(frame["undistorted"], {"width": 1920, "height": 1080})
+
+    def test_answers_1_beyond_the_tolerance(self):
+        self.write("a.olcf", olcf.text())
+        report = self.verify("a.olcf", "--size", "1920x1080", "--tolerance", "0.0000001", status=1)
+        self.assertEqual(report["exceededCount"], 1)
+
+    def test_answers_0_within_the_tolerance(self):
+        self.write("a.olcf", olcf.text())
+        result = self.run_program("verify", "a.olcf", "--size", "1920x1080", "--tolerance", "1")
+        self.expect(result, 0, errors="")
+        self.assertTrue(result.stdout.endswith("1 of 1 frames are within 1 px.\n"), result.stdout)
+
+    def test_lists_the_frames_on_request(self):
+        self.write("a.olcf", olcf.text().replace(olcf.LINE + "\n", IDENTITY))
+        result = self.run_program("verify", "a.olcf", "--size", "1920x1080", "--list")
+        self.assertRegex(result.stdout, r"\n +Frame +Curves +Maps +Rendered +Deviation\n +0 +0\.0000 +0\.000. +- +0\.000.\n$")
+
+    def test_names_the_frame_that_cannot_be_corrected(self):
+        self.write("a.olcf", olcf.text().replace(f"0;{POINTS}", "0;0,6,6,9,11,13,15"))
+        self.expect(self.run_program("verify", "a.olcf", "--size", "1920x1080"), 1, "",
+                    "lenscorrect: Frame 0: Calculation of the polynomial coefficients did fail.\n"
+                    "X Vector: 0 6 6 9 11 13 15\nY Vector: 0 5.994 5.976 8.919 10.857 12.766 14.64\n")
+
+
+program.main()
