@@ -59,7 +59,7 @@ def lines(title, x_label, y_label, series):
         parts.append(f'<line class="grid" x1="{left}" x2="{width - right}" y1="{py(10 ** decade):.1f}" y2="{py(10 ** decade):.1f}"/>')
         parts.append(text(left - 6, py(10 ** decade) + 4, f"{10 ** decade:g}", "end", "small"))
     for x in sorted(set(xs)):
-        parts.append(text(px(x), height - bottom + 18, f"{x:g}", "middle", "small"))
+        parts.append(text(px(x), height - bottom + 18, f"{x:.3g}" if x < 1000 else f"{x:g}", "middle", "small"))
     parts.append(text((left + width - right) / 2, height - 10, x_label, "middle"))
     parts.append(text(12, top - 6, y_label, kind="small"))
     x, y = series[0][1][0]
