@@ -2,7 +2,8 @@
 """Holds README.md and Docs/*.md to the truth: documents.py commands PROGRAM DOCUMENT | links | messages | figures
 
 commands: runs the document's blocks in their order, in a folder of its own that holds the sample clip `clip` (three small
-          frames), with PROGRAM's folder on the path. What a block is, its first line says:
+          frames), with PROGRAM's folder on the path; of Commands.md, also looks for a heading for every command. What a
+          block is, its first line says:
               ```sh             commands for bash; each must succeed
               ```sh exit=N      the same, but the block must end with status N
               ```text file=NAME is written into the folder as NAME (any language instead of text)
@@ -74,6 +75,13 @@ def check_commands(program, document):
             elif "output" in words and not fits(text, printed):
                 breaches.append(f"{document.name}:{number}: this was not printed; what was:\n{printed}")
         print(f"{document.name}: {count} blocks of commands")
+        if document.name == "Commands.md":
+            help_text = subprocess.run([program, "help"], env=environment, text=True, capture_output=True).stdout
+            commands = re.findall(r"^  (\w+)  ", help_text.split("Subcommands:")[-1], re.M)
+            headings = re.findall(r"\w+", " ".join(re.findall(r"^## (.*)", document.read_text(), re.M)))
+            breaches.extend(f"{document.name}: has no heading for {c}" for c in commands if c not in headings)
+            if len(commands) < 5:
+                breaches.append(f"the help names only these commands: {commands}")
 
 
 def anchors(path):
