@@ -10,6 +10,7 @@
 
 #include "Console/Failure.h"
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
+#include "Device/RenderProbe.h"
 #include "Exception/Exception.h"
 #include "Image/FileExtension.h"
 #include "Image/FrameWriter.h"
@@ -81,8 +82,10 @@ DD::Image::Box unionOf(DD::Image::Box a, const DD::Image::Box& b) {
 
 /// The writer names the file that it was given; a user knows the final name only.
 std::string withFinalName(std::string text, const AtomicFile& file) {
-    const std::size_t place = text.find(file.temporaryPath());
-    return place == std::string::npos ? text : text.replace(place, file.temporaryPath().size(), file.path());
+    const std::string& temporary = file.temporaryPath();
+    for (std::size_t place = 0; (place = text.find(temporary, place)) != std::string::npos; place += file.path().size())
+        text.replace(place, temporary.size(), file.path());
+    return text;
 }
 
 } // namespace
@@ -182,6 +185,12 @@ void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vect
         }
     }
     if (firstText.empty()) return;
+    const RenderProbe probe = RenderProbe::run();
+    if (!probe.isRendering) {
+        throw Failure(ExitCode::Environment,
+                      fmt::format("The OpenCL device does not render: {}\n{}\n\"lenscorrect devices\" tells more.",
+                                  firstText, probe.reason));
+    }
     std::string advice;
     if (m_correctionFile.empty())
         advice =

@@ -1,5 +1,6 @@
 // The module for stills other than OpenEXR: DPX, TIFF, PNG and whatever else OpenImageIO knows.
 
+#include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
 #include <unistd.h>
 
@@ -15,6 +16,7 @@
 #include "Image/FrameWriter.h"
 #include "Image/ImageModule.h"
 #include "Image/InputFile.h"
+#include "Image/OutputFile.h"
 
 namespace HostImage {
 
@@ -22,6 +24,9 @@ namespace {
 
 constexpr const char* otherTypePrefix = "oiio/";
 constexpr const char* fixedDate = "1970:01:01 00:00:00";
+/// Where a DPX header holds the file's own name.
+constexpr std::size_t dpxNameOffset = 36;
+constexpr std::size_t dpxNameSize = 100;
 
 /// Attributes that OpenImageIO calls otherwise than OpenEXR does.
 struct Alias {
@@ -390,6 +395,10 @@ void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOpt
         }
         samples = pixels.data();
     }
+    // Into memory where the writer can: TIFF's does not tell when a write fails as the file is closed.
+    std::vector<unsigned char> bytes;
+    OIIO::Filesystem::IOVecOutput memory(bytes);
+    const bool isInMemory = output->supports("ioproxy") && output->set_ioproxy(&memory);
     if (!output->open(path, spec)) throw ImageError(path, "cannot be written: " + oneLine(output->geterror()));
     // Some writers report a full disk only when they close.
     const bool written = output->write_image(oiioType(type), samples);
@@ -397,9 +406,16 @@ void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOpt
     const bool closed = output->close();
     if (!closed && problem.empty()) problem = output->geterror();
     if (!written || !closed) {
-        ::unlink(path.c_str());
+        if (!isInMemory) ::unlink(path.c_str());
         throw ImageError(path, "cannot be written: " + oneLine(problem));
     }
+    if (!isInMemory) return;
+    // The name that the file has while it is written says nothing to its readers, and makes two renders differ.
+    if (output->format_name() == std::string("dpx") && bytes.size() > dpxNameOffset + dpxNameSize)
+        std::memset(bytes.data() + dpxNameOffset, 0, dpxNameSize);
+    OutputFile file(path);
+    file.write(bytes.data(), bytes.size(), 0);
+    file.close();
 }
 
 } // namespace HostImage
