@@ -69,10 +69,12 @@ void InfoCommand::declareOptions(CLI::App& app) {
     app.add_option("--range", m_range, "Only these frames: a list such as 1001-1100x2,1200; without it all");
     app.add_flag("--frames", m_withFrames, "Tell it for each frame");
     app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/info.json)");
+    m_decoding.declareOptions(app);
 }
 
 ExitCode InfoCommand::run() {
     RenderOptions options = clipOptions(m_path, m_correctionFile, m_imageArea, m_clipResolution);
+    options.decoding = m_decoding.read();
     if (!m_range.empty()) options.frames = FrameRange::parse(m_range);
     const InfoReport report = reportOn(options);
     if (m_asJson) {

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "Commands/Command.h"
+#include "Render/DecodingOptions.h"
 
 namespace Host {
 
@@ -23,6 +24,7 @@ private:
     std::string m_imageArea;      ///< empty, as m_clipResolution: the format that the file implies
     std::string m_clipResolution;
     std::string m_range; ///< empty: all frames
+    DecodingOptionsReader m_decoding;
     bool m_withFrames = false;
     bool m_asJson = false;
 };

@@ -110,7 +110,7 @@ FrameInfo infoOf(std::int32_t frame, const Clip& clip, CorrectionChain& chain) {
 } // namespace
 
 InfoReport clipInfo(const RenderOptions& options) {
-    const Clip clip(options.clip);
+    const Clip clip(options.clip, options.decoding);
     InfoReport report;
     report.clip = clip.files().pattern.string();
     findCorrectionFile(options, clip, report);

@@ -1,19 +1,24 @@
 #include "Render/Clip.h"
 
 #include <filesystem>
+#include <utility>
 
 #include "Frames/ClipPath.h"
 #include "Image/ImageError.h"
+#include "Image/Sandbox/FrameMessage.h"
 
 namespace Host {
 
-Clip::Clip(const std::string& path)
-    : m_files(FrameFiles::find(path)),
+Clip::Clip(const std::string& path, DecodingOptions decoding)
+    : m_decoding(std::move(decoding)),
+      m_files(FrameFiles::find(path)),
       m_isMovie(HostImage::isMovie(m_files.files.begin()->second)),
       m_searchPath(clipFilePath(m_files)) {
     if (m_isMovie) {
         const std::string& movie = m_files.files.begin()->second;
-        const std::int64_t count = HostImage::openReader(movie)->frameCount();
+        const std::int64_t count = m_decoding.openReader(movie)->frameCount();
+        if (count > HostImage::FrameMessage::maxFrameCount)
+            throw HostImage::ImageError(movie, "claims " + std::to_string(count) + " frames; it is damaged");
         for (std::int64_t frame = 1; frame <= count; ++frame) m_frames[static_cast<std::int32_t>(frame)] = movie;
     } else {
         m_frames = m_files.files;
@@ -41,11 +46,11 @@ std::string Clip::path(std::int32_t frame) const {
 }
 
 HostImage::Frame Clip::readHeader(std::int32_t frame) const {
-    return HostImage::openReader(path(frame))->readHeader(indexInFile(frame));
+    return m_decoding.openReader(path(frame))->readHeader(indexInFile(frame));
 }
 
 void Clip::read(std::int32_t frame, HostImage::Frame& into, unsigned int threads) const {
-    HostImage::openReader(path(frame))->readPixels(into, threads, indexInFile(frame));
+    m_decoding.openReader(path(frame))->readPixels(into, threads, indexInFile(frame));
 }
 
 HostImage::Metadata Clip::metadata(std::int32_t frame, const HostImage::Frame& header) const {

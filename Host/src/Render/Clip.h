@@ -7,10 +7,10 @@
 #include <string>
 
 #include "Frames/FrameFiles.h"
-#include "Image/FrameReader.h"
 #include "Image/HostMetadata.h"
 #include "Image/MetadataSidecar.h"
 #include "Render/ClipSource.h"
+#include "Render/DecodingOptions.h"
 
 namespace Host {
 
@@ -22,7 +22,7 @@ class Clip {
 public:
     /// Throws Failure (WrongUse) when nothing is there, HostImage::ImageError for a movie or a sidecar that cannot be
     /// read.
-    explicit Clip(const std::string& path);
+    explicit Clip(const std::string& path, DecodingOptions decoding = {});
 
     const FrameFiles& files() const { return m_files; }
     /// Every frame and its file.
@@ -46,6 +46,7 @@ public:
 private:
     std::int64_t indexInFile(std::int32_t frame) const;
 
+    DecodingOptions m_decoding;
     FrameFiles m_files;
     bool m_isMovie;
     std::map<std::int32_t, std::string> m_frames;

@@ -93,10 +93,10 @@ std::string withFinalName(std::string text, const AtomicFile& file) {
 RenderJob::RenderJob(const RenderOptions& options)
     : m_options(options),
       m_threads(options.threads != 0 ? options.threads : std::max(1u, std::thread::hardware_concurrency())),
-      m_clip(options.clip),
+      m_clip(options.clip, options.decoding),
       m_jobs(frameJobs(options, m_clip.frames())),
       m_finished(options.output) {
-    if (options.plate) m_plate.emplace(*options.plate);
+    if (options.plate) m_plate.emplace(*options.plate, options.decoding);
     if (m_plate) {
         for (const FrameJob& job : m_jobs) {
             const std::optional<std::string> file = m_plate->fileOf(job.frame);

@@ -21,6 +21,7 @@ struct RenderOptionsReader::Texts {
     std::optional<float> overscan;
     std::optional<std::int32_t> start, end, step;
     unsigned int threads = 0;
+    DecodingOptionsReader decoding;
 };
 
 namespace {
@@ -89,6 +90,8 @@ void RenderOptionsReader::declareOptions(CLI::App& app) {
     files.add_flag("--skip-existing", t.skipExisting, "Leave frames that are finished and made from the same inputs");
     files.add_flag("--overwrite", t.overwrite, "Replace existing files");
     files.add_flag("--force", t.force, "Correct although CLIP carries the mark of a correction");
+
+    t.decoding.declareOptions(app);
 
     CLI::Option_group& job = *app.add_option_group("Job");
     job.add_flag("--keep-going", t.keepGoing, "Go on with other frames when one fails (default)");
@@ -163,6 +166,7 @@ RenderOptions RenderOptionsReader::read() const {
     options.stopOnError = t.stopOnError;
     options.force = t.force;
     if (!t.memory.empty()) options.memory = parseMemorySize(t.memory);
+    options.decoding = t.decoding.read();
     options.threads = t.threads;
     options.progress = t.progress;
     return options;

@@ -8,6 +8,7 @@
 #include "Console/Dimensions.h"
 #include "Frames/FilePattern.h"
 #include "Frames/FrameRange.h"
+#include "Render/DecodingOptions.h"
 
 namespace CLI {
 class App;
@@ -52,6 +53,8 @@ struct RenderOptions {
     bool overwrite = false;    ///< replace existing files; with neither of the two, existing files end the job
     bool stopOnError = false;  ///< end at the first failed frame; else go on with the others
     bool force = false;        ///< correct although the clip carries the mark of a correction
+
+    DecodingOptions decoding;
 
     std::uint64_t memory = 0; ///< bytes for frames on the way; 0: half of the machine's
     unsigned int threads = 0; ///< 0: one per core

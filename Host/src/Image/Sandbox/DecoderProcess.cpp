@@ -1,0 +1,144 @@
+#include "Image/Sandbox/DecoderProcess.h"
+
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <cstring>
+#include <new>
+
+#include "Image/ImageError.h"
+#include "Image/Sandbox/FrameMessage.h"
+#include "Image/Sandbox/SystemCallFilter.h"
+
+// Sanitizers reserve terabytes of address space.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define ORVEX_HAS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define ORVEX_HAS_SANITIZER 1
+#endif
+#endif
+
+namespace HostImage {
+
+namespace {
+
+constexpr const char* marker = "--decode-one-frame-in-a-sandbox";
+constexpr int argumentCountMeant = 12;
+
+bool limit(__rlimit_resource_t resource, std::uint64_t value) {
+    const rlimit both{static_cast<rlim_t>(value), static_cast<rlim_t>(value)};
+    return ::setrlimit(resource, &both) == 0;
+}
+
+bool giveUpRights(const DecoderProcess& order) {
+    // The one who asks decides when to stop; if it is gone, nobody wants the frame.
+    ::signal(SIGINT, SIG_IGN);
+    ::signal(SIGTERM, SIG_IGN);
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    bool done = limit(RLIMIT_CPU, std::uint64_t{order.sandbox.seconds} * order.threads) && limit(RLIMIT_FSIZE, 0) &&
+                limit(RLIMIT_CORE, 0);
+#ifndef ORVEX_HAS_SANITIZER
+    done = limit(RLIMIT_AS, order.sandbox.memory) && done;
+#endif
+    return done && forbidHarmfulSystemCalls();
+}
+
+void send(const void* bytes, std::size_t n) {
+    const char* from = static_cast<const char*>(bytes);
+    while (n > 0) {
+        const ssize_t count = ::write(STDOUT_FILENO, from, n);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) ::_exit(1);
+        from += count;
+        n -= static_cast<std::size_t>(count);
+    }
+}
+
+void reply(DecoderProcess::Reply kind, const std::string& bytes) {
+    const std::uint64_t head[] = {static_cast<std::uint64_t>(kind), bytes.size()};
+    send(head, sizeof head);
+    send(bytes.data(), bytes.size());
+}
+
+void decode(const DecoderProcess& order) {
+    const std::unique_ptr<FrameReader> reader = openReader(order.path, order.limits);
+    FrameMessage message;
+    message.frameCount = reader->frameCount();
+    if (order.withPixels)
+        reader->readPixels(message.frame, order.threads, order.index);
+    else
+        message.frame = reader->readHeader(order.index);
+    reply(DecoderProcess::Reply::Frame, message.bytes());
+    if (!order.withPixels) return;
+    for (const Part& part : message.frame.parts)
+        for (const Plane& plane : part.planes) send(plane.pixels.data(), plane.rowBytes() * plane.height);
+}
+
+template <typename Number>
+bool parse(const char* text, Number& number) {
+    const char* const end = text + std::strlen(text);
+    const auto [rest, error] = std::from_chars(text, end, number);
+    return error == std::errc() && rest == end;
+}
+
+} // namespace
+
+std::vector<std::string> DecoderProcess::arguments() const {
+    return {"lenscorrect",
+            marker,
+            withPixels ? "1" : "0",
+            std::to_string(index),
+            std::to_string(threads),
+            std::to_string(sandbox.memory),
+            std::to_string(sandbox.seconds),
+            std::to_string(limits.maxSide),
+            std::to_string(limits.maxPixels),
+            std::to_string(limits.maxChannels),
+            std::to_string(limits.maxBytes),
+            path};
+}
+
+bool DecoderProcess::isMeant(int argumentCount, const char* const* arguments) {
+    return argumentCount == argumentCountMeant && std::strcmp(arguments[1], marker) == 0;
+}
+
+void DecoderProcess::run(int, const char* const* arguments) {
+    DecoderProcess order;
+    unsigned withPixels = 0;
+    if (!parse(arguments[2], withPixels) || !parse(arguments[3], order.index) || !parse(arguments[4], order.threads) ||
+        !parse(arguments[5], order.sandbox.memory) || !parse(arguments[6], order.sandbox.seconds) ||
+        !parse(arguments[7], order.limits.maxSide) || !parse(arguments[8], order.limits.maxPixels) ||
+        !parse(arguments[9], order.limits.maxChannels) || !parse(arguments[10], order.limits.maxBytes))
+        ::_exit(2);
+    order.withPixels = withPixels != 0;
+    order.path = arguments[11];
+    if (!giveUpRights(order)) {
+        reply(Reply::Problem,
+              "this system does not support the sandbox; without --sandbox the file would be decoded "
+              "unguarded");
+        ::_exit(1);
+    }
+    std::string problem;
+    try {
+        decode(order);
+        // Exit handlers of image libraries are no more to be trusted than they.
+        ::_exit(0);
+    } catch (const ImageError& error) {
+        problem = error.what();
+        const std::string prefix = order.path + ": ";
+        if (problem.starts_with(prefix)) problem.erase(0, prefix.size());
+    } catch (const std::bad_alloc&) {
+        problem = "there is not enough memory for it";
+    } catch (const std::exception& error) {
+        problem = error.what();
+    }
+    reply(Reply::Problem, problem);
+    ::_exit(1);
+}
+
+} // namespace HostImage

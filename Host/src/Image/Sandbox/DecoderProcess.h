@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Image/FrameReader.h"
+#include "Image/Sandbox/SandboxLimits.h"
+
+namespace HostImage {
+
+/// One frame to be decoded by a process of its own: what SandboxedReader asks this program for.
+///
+/// The other process is this program with a hidden first argument. It gives up all that decoding does not need
+/// (SystemCallFilter, limits of memory, processor time and file size), decodes, writes to its standard output, and
+/// ends:
+///
+///     8 bytes  kind: a Reply
+///     8 bytes  how many bytes follow
+///     bytes    a FrameMessage; or the problem as text
+///     bytes    after a frame whose pixels were asked for: every plane's pixels
+///
+/// Numbers are in the machine's own order.
+struct DecoderProcess {
+    enum class Reply : std::uint64_t { Frame = 1, Problem = 2 };
+
+    std::string path;
+    Limits limits;
+    SandboxLimits sandbox;
+    bool withPixels = false;
+    unsigned threads = 1;
+    std::int64_t index = 0;
+
+    /// The command line of the process.
+    std::vector<std::string> arguments() const;
+
+    /// Whether a command line is such a one.
+    static bool isMeant(int argumentCount, const char* const* arguments);
+    /// What the process does. Call it before anything else in main: returns never.
+    [[noreturn]] static void run(int argumentCount, const char* const* arguments);
+};
+
+} // namespace HostImage

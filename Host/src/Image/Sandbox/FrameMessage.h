@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "Image/Frame.h"
+#include "Image/FrameReader.h"
+
+namespace HostImage {
+
+/// Bytes that do not describe a frame, or one beyond the limits.
+class FrameMessageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A frame without its pixels, and how many frames its file has, as bytes: how a process that decodes hands them over.
+/// The reading side trusts nothing: it checks every count against the bytes that are there and every size against the
+/// limits before it takes memory, and lays the planes out itself.
+struct FrameMessage {
+    /// No frame's description is longer; the reading side refuses more.
+    static constexpr std::uint64_t maxBytes = std::uint64_t{64} << 20;
+    /// A movie of 115 hours with 24 frames a second.
+    static constexpr std::int64_t maxFrameCount = 10'000'000;
+
+    std::int64_t frameCount = 1;
+    Frame frame; ///< planes without memory once it was read
+
+    std::string bytes() const;
+    /// Throws FrameMessageError.
+    static FrameMessage parse(std::string_view bytes, const Limits& limits);
+};
+
+} // namespace HostImage

@@ -1,0 +1,179 @@
+#include "Image/Sandbox/SandboxedReader.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include "Image/ImageError.h"
+#include "Image/Sandbox/DecoderProcess.h"
+#include "Image/Sandbox/FrameMessage.h"
+
+namespace HostImage {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Reply = DecoderProcess::Reply;
+
+constexpr std::size_t maxProblemBytes = 4096;
+constexpr int pipeBytes = 1 << 20;
+
+/// The other process and the pipe out of it. Ends it when it goes.
+class Child {
+public:
+    Child(const DecoderProcess& order, const std::string& program)
+        : m_order(order), m_deadline(Clock::now() + std::chrono::seconds(order.sandbox.seconds)) {
+        int ends[2];
+        if (::pipe2(ends, O_CLOEXEC) != 0) failToStart(errno);
+        m_output = ends[0];
+        ::fcntl(m_output, F_SETPIPE_SZ, pipeBytes); // fewer turns; the usual size does as well
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+        std::vector<std::string> arguments = order.arguments();
+        std::vector<char*> pointers;
+        for (std::string& argument : arguments) pointers.push_back(argument.data());
+        pointers.push_back(nullptr);
+        const int error = ::posix_spawn(&m_process, program.c_str(), &actions, nullptr, pointers.data(), environ);
+        posix_spawn_file_actions_destroy(&actions);
+        ::close(ends[1]);
+        if (error == 0) return;
+        ::close(m_output);
+        failToStart(error);
+    }
+    ~Child() {
+        ::close(m_output);
+        if (m_process > 0) end();
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    /// Exactly n bytes.
+    void read(void* bytes, std::size_t n) {
+        std::uint8_t* to = static_cast<std::uint8_t*>(bytes);
+        while (n > 0) {
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(m_deadline - Clock::now()).count();
+            if (left <= 0) failForTime();
+            pollfd waiting{m_output, POLLIN, 0};
+            const int ready = ::poll(&waiting, 1, static_cast<int>(std::min<std::int64_t>(left, 1 << 20)));
+            if (ready <= 0) continue;
+            const ssize_t count = ::read(m_output, to, n);
+            if (count < 0 && errno == EINTR) continue;
+            if (count <= 0) failForEnd();
+            to += count;
+            n -= static_cast<std::size_t>(count);
+        }
+    }
+
+    [[noreturn]] void fail(const std::string& problem) const { throw ImageError(m_order.path, problem); }
+
+private:
+    [[noreturn]] void failToStart(int error) const {
+        fail(std::string("the sandbox could not be started: ") + std::strerror(error));
+    }
+    [[noreturn]] void failForTime() const {
+        fail("decoding it took longer than the " + std::to_string(m_order.sandbox.seconds) +
+             " s that the sandbox grants; the file is damaged or hostile, or needs a larger --sandbox-time");
+    }
+    /// The pipe has ended before the answer did.
+    [[noreturn]] void failForEnd() {
+        int status = 0;
+        while (::waitpid(m_process, &status, WNOHANG) == 0) {
+            // It closed its output and lives on.
+            if (Clock::now() > m_deadline) failForTime();
+            ::poll(nullptr, 0, 1);
+        }
+        m_process = -1;
+        if (!WIFSIGNALED(status))
+            fail("the sandbox's decoder gave up without an answer (status " + std::to_string(WEXITSTATUS(status)) +
+                 "); the file is damaged or hostile, or needs a larger --sandbox-memory");
+        const int signal = WTERMSIG(status);
+        if (signal == SIGXCPU) failForTime();
+        fail("its decoder was ended in the sandbox by signal " + std::to_string(signal) + " (" + ::strsignal(signal) +
+             "); the file is damaged or hostile, copy or render it again");
+    }
+    void end() {
+        ::kill(m_process, SIGKILL);
+        while (::waitpid(m_process, nullptr, 0) < 0 && errno == EINTR) {
+        }
+    }
+
+    const DecoderProcess& m_order;
+    Clock::time_point m_deadline;
+    pid_t m_process = -1;
+    int m_output = -1;
+};
+
+/// One line to be shown, whatever the bytes are.
+std::string shownProblem(std::string text, const SandboxLimits& sandbox) {
+    for (char& letter : text)
+        if (static_cast<unsigned char>(letter) < 0x20 || letter == 0x7f) letter = '?';
+    if (text.find("memory") != std::string::npos)
+        text += " (the sandbox grants " + std::to_string(sandbox.memory >> 20) + " MiB; --sandbox-memory changes that)";
+    return text;
+}
+
+FrameMessage readMessage(Child& child, const DecoderProcess& order) {
+    std::uint64_t head[2] = {0, 0};
+    child.read(head, sizeof head);
+    const bool isFrame = head[0] == static_cast<std::uint64_t>(Reply::Frame);
+    const bool isProblem = head[0] == static_cast<std::uint64_t>(Reply::Problem);
+    if (!(isFrame && head[1] <= FrameMessage::maxBytes) && !(isProblem && head[1] <= maxProblemBytes))
+        child.fail("the sandbox's decoder answered something that is no frame; the file is damaged or hostile");
+    std::string bytes(static_cast<std::size_t>(head[1]), '\0');
+    child.read(bytes.data(), bytes.size());
+    if (isProblem) child.fail(shownProblem(bytes, order.sandbox));
+    try {
+        return FrameMessage::parse(bytes, order.limits);
+    } catch (const FrameMessageError& error) {
+        child.fail(std::string("the sandbox's decoder answered something that is no frame (") + error.what() +
+                   "); the file is damaged or hostile");
+    }
+}
+
+} // namespace
+
+SandboxedReader::SandboxedReader(const std::string& path, const Limits& limits, const SandboxLimits& sandbox,
+                                 const std::string& program)
+    : m_path(path), m_limits(limits), m_sandbox(sandbox), m_program(program) {}
+
+std::int64_t SandboxedReader::frameCount() const {
+    const DecoderProcess order{m_path, m_limits, m_sandbox, false, 1, 0};
+    Child child(order, m_program);
+    return readMessage(child, order).frameCount;
+}
+
+Frame SandboxedReader::readHeader(std::int64_t index) {
+    const DecoderProcess order{m_path, m_limits, m_sandbox, false, 1, index};
+    Child child(order, m_program);
+    return readMessage(child, order).frame;
+}
+
+void SandboxedReader::readPixels(Frame& frame, unsigned threads, std::int64_t index) {
+    const DecoderProcess order{m_path, m_limits, m_sandbox, true, std::max(threads, 1u), index};
+    Child child(order, m_program);
+    frame.assignHeader(readMessage(child, order).frame);
+    for (Part& part : frame.parts) {
+        try {
+            part.allocatePixels();
+        } catch (const std::bad_alloc&) {
+            child.fail("its pixels do not fit into the free memory");
+        }
+        for (Plane& plane : part.planes) child.read(plane.pixels.data(), plane.pixels.size());
+    }
+}
+
+} // namespace HostImage

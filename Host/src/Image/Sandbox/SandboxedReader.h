@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "Image/FrameReader.h"
+#include "Image/Sandbox/SandboxLimits.h"
+
+namespace HostImage {
+
+/// Reads a file that is not trusted. Every call has the file decoded by a process of its own (DecoderProcess), which
+/// may use no more than the limits, write no file, start no program and open no connection; whatever happens to that
+/// process, this one goes on. What comes back is checked as if the other process were hostile.
+///
+/// Starting a process takes some milliseconds, and a module for other formats than EXR some tenths of a second; pixels
+/// are copied once more than without it.
+class SandboxedReader : public FrameReader {
+public:
+    /// Opens nothing yet. `program`: the program whose main function begins with DecoderProcess; else this very one.
+    SandboxedReader(const std::string& path, const Limits& limits, const SandboxLimits& sandbox,
+                    const std::string& program = "/proc/self/exe");
+
+    /// Unlike other readers', reads the file and throws ImageError.
+    std::int64_t frameCount() const override;
+    Frame readHeader(std::int64_t index = 0) override;
+    /// Beside what other readers say, ImageError when the process was ended by a signal, took longer than it may, or
+    /// answered something that is no frame within the limits.
+    void readPixels(Frame& frame, unsigned threads = 1, std::int64_t index = 0) override;
+
+private:
+    std::string m_path;
+    Limits m_limits;
+    SandboxLimits m_sandbox;
+    std::string m_program;
+};
+
+} // namespace HostImage

@@ -1,0 +1,71 @@
+#include "Render/DecodingOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+
+#include "Console/Failure.h"
+#include "Console/MemorySize.h"
+#include "Image/Sandbox/SandboxedReader.h"
+
+namespace Host {
+namespace {
+
+/// Sixteen half or eight float channels in each pixel of the largest picture; and no less than without the option.
+constexpr std::int64_t bytesPerPixel = 32;
+/// Less, and the program itself does not start.
+constexpr std::uint64_t leastMemory = std::uint64_t{256} << 20;
+
+[[noreturn]] void refuse(const std::string& text) { throw Failure(ExitCode::WrongUse, text); }
+
+HostImage::Limits limitsOf(const std::string& text) {
+    HostImage::Limits limits;
+    constexpr std::int64_t longest = 1 << 24; // beyond it, single precision does not tell pixels apart
+    std::int64_t width = 0, height = 0;
+    const char* const end = text.data() + text.size();
+    const auto [cross, widthError] = std::from_chars(text.data(), end, width);
+    bool isSize = widthError == std::errc() && cross != end && *cross == 'x';
+    if (isSize) {
+        const auto [rest, heightError] = std::from_chars(cross + 1, end, height);
+        isSize = heightError == std::errc() && rest == end;
+    }
+    if (!isSize || std::min(width, height) < 1 || std::max(width, height) > longest)
+        refuse("--max-image " + text + " is not a size such as 65536x8192, each side 1 to 16777216.");
+    limits.maxSide = std::max(width, height);
+    limits.maxPixels = width * height;
+    limits.maxBytes = std::max(limits.maxBytes, limits.maxPixels * bytesPerPixel);
+    return limits;
+}
+
+} // namespace
+
+std::unique_ptr<HostImage::FrameReader> DecodingOptions::openReader(const std::string& path) const {
+    if (sandbox) return std::make_unique<HostImage::SandboxedReader>(path, limits, *sandbox);
+    return HostImage::openReader(path, limits);
+}
+
+void DecodingOptionsReader::declareOptions(CLI::App& app) {
+    CLI::Option_group& group = *app.add_option_group("Files from outside");
+    group.add_option("--max-image", m_maxImage,
+                     "Refuse files that claim more pixels than WxH, or a side longer than the longer of both; without "
+                     "it 65536x8192");
+    CLI::Option* const sandbox = group.add_flag("--sandbox", m_isSandboxed,
+                                                "Decode each frame in a process of its own that may do nothing else");
+    group.add_option("--sandbox-memory", m_memory, "Memory of that process; without it 8G")->needs(sandbox);
+    group.add_option("--sandbox-time", m_seconds, "Seconds that it may take for a frame; without it 60")
+        ->needs(sandbox)
+        ->check(CLI::Range(1, 86400));
+}
+
+DecodingOptions DecodingOptionsReader::read() const {
+    DecodingOptions options;
+    if (!m_maxImage.empty()) options.limits = limitsOf(m_maxImage);
+    if (!m_isSandboxed) return options;
+    options.sandbox.emplace();
+    if (!m_memory.empty()) options.sandbox->memory = parseMemorySize(m_memory);
+    if (options.sandbox->memory < leastMemory) refuse("--sandbox-memory " + m_memory + " is less than 256M.");
+    if (m_seconds) options.sandbox->seconds = *m_seconds;
+    return options;
+}
+
+} // namespace Host

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Image/FrameReader.h"
+#include "Image/Sandbox/SandboxLimits.h"
+
+namespace CLI {
+class App;
+}
+
+namespace Host {
+
+/// How the files of a clip are opened: what they may claim to be, and whether they are trusted.
+struct DecodingOptions {
+    HostImage::Limits limits;
+    std::optional<HostImage::SandboxLimits> sandbox; ///< without it, this process decodes
+
+    /// A reader of the file. Throws HostImage::ImageError; with a sandbox, only its calls do.
+    std::unique_ptr<HostImage::FrameReader> openReader(const std::string& path) const;
+};
+
+/// Reads DecodingOptions from a command line.
+class DecodingOptionsReader {
+public:
+    /// Declares the options; the reader outlives the parse.
+    void declareOptions(CLI::App& app);
+
+    /// The options of the last parse. Throws Failure (WrongUse).
+    DecodingOptions read() const;
+
+private:
+    std::string m_maxImage, m_memory; ///< as written
+    std::optional<unsigned int> m_seconds;
+    bool m_isSandboxed = false;
+};
+
+} // namespace Host

@@ -1,0 +1,236 @@
+#include "Image/Sandbox/SandboxedReader.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "Image/FrameWriter.h"
+#include "Image/ImageError.h"
+#include "Image/Sandbox/FrameMessage.h"
+#include "Image/Support/NoiseFrame.h"
+#include "Image/Support/RawExr.h"
+#include "Image/Support/TemporaryFolder.h"
+
+using namespace HostImage;
+
+namespace {
+
+class Sandbox : public testing::Test {
+protected:
+    /// A reader whose process is the real program.
+    SandboxedReader reader(const std::string& path, const SandboxLimits& sandbox = {}, const Limits& limits = {}) {
+        return SandboxedReader(path, limits, sandbox, ORVEX_PROGRAM);
+    }
+
+    /// What a reader says whose process runs these shell commands instead of decoding; the file's path goes missing.
+    std::string complaint(const std::string& commands, unsigned seconds = 60) {
+        const std::string program = folder / "program";
+        writeBytes(program, "#!/bin/sh\n" + commands + "\n");
+        ::chmod(program.c_str(), 0700);
+        return complaintOf([&] {
+            Frame frame;
+            SandboxedReader("a.exr", {}, {std::uint64_t{1} << 30, seconds}, program).readPixels(frame);
+        });
+    }
+
+    template <typename Action>
+    std::string complaintOf(Action action) {
+        try {
+            action();
+        } catch (const ImageError& error) {
+            const std::string text = error.what();
+            return text.substr(text.find(": ") + 2);
+        }
+        return "(none)";
+    }
+
+    std::string writtenExr(const std::string& name = "a.exr") {
+        const std::string path = folder / name;
+        writeFrame(path, noiseFrame({-3, -5, 130, 95}, rgba()));
+        return path;
+    }
+
+    /// A complete answer, with its head, whose frame has no pixels.
+    static std::string answer(const std::string& bytes, std::uint64_t kind = 1) {
+        const std::uint64_t head[] = {kind, bytes.size()};
+        return std::string(reinterpret_cast<const char*>(head), sizeof head) + bytes;
+    }
+
+    TemporaryFolder folder;
+};
+
+void expectSame(const Frame& got, const Frame& expected) {
+    EXPECT_EQ(got.format, expected.format);
+    ASSERT_EQ(got.parts.size(), expected.parts.size());
+    for (std::size_t i = 0; i < got.parts.size(); ++i) {
+        EXPECT_EQ(got.parts[i].attributes, expected.parts[i].attributes);
+        EXPECT_EQ(got.parts[i].dataWindow, expected.parts[i].dataWindow);
+        EXPECT_EQ(pixelBytes(got.parts[i]), pixelBytes(expected.parts[i]));
+    }
+}
+
+} // namespace
+
+TEST_F(Sandbox, GivesTheSameFrameForEveryKindOfReader) {
+    const std::string movie = folder / "a.mov";
+    outputOf("ffmpeg -v error -f lavfi -i testsrc=size=64x48:rate=25:duration=0.2 -c:v prores_ks " + movie);
+    const std::string png = folder / "a.png";
+    writeFrame(png, noiseFrame({0, 0, 31, 20}, rgba(PixelType::UInt16)));
+    for (const std::string& path : {writtenExr(), png, movie}) {
+        SCOPED_TRACE(path);
+        Frame expected, got;
+        openReader(path)->readPixels(expected);
+        reader(path).readPixels(got, 3);
+        expectSame(got, expected);
+    }
+}
+
+TEST_F(Sandbox, CountsAMoviesFramesAndReadsAnyOfThem) {
+    const std::string movie = folder / "a.mov";
+    outputOf("ffmpeg -v error -f lavfi -i testsrc=size=64x48:rate=25:duration=0.2 -c:v prores_ks " + movie);
+    EXPECT_EQ(reader(movie).frameCount(), 5);
+    Frame expected, got;
+    openReader(movie)->readPixels(expected, 1, 3);
+    reader(movie).readPixels(got, 1, 3);
+    expectSame(got, expected);
+}
+
+TEST_F(Sandbox, ReadsAHeaderWithoutPixels) {
+    const Frame header = reader(writtenExr()).readHeader();
+    ASSERT_EQ(header.parts.size(), 1u);
+    EXPECT_EQ(header.parts[0].dataWindow, (Window{-3, -5, 130, 95}));
+    EXPECT_EQ(header.parts[0].planes[0].pixels.size(), 0u);
+}
+
+TEST_F(Sandbox, UsesMemoryOfAnEarlierFrameAgain) {
+    const std::string path = writtenExr();
+    Frame frame;
+    reader(path).readPixels(frame);
+    const std::uint8_t* const pixels = frame.parts[0].planes[0].pixels.data();
+    reader(path).readPixels(frame);
+    EXPECT_EQ(frame.parts[0].planes[0].pixels.data(), pixels);
+}
+
+TEST_F(Sandbox, TellsWhatIsWrongWithAFileInTheReadersOwnWords) {
+    const std::string path = writtenExr();
+    std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
+    Frame frame;
+    EXPECT_EQ(complaintOf([&] { reader(path).readPixels(frame); }),
+              complaintOf([&] { openReader(path)->readPixels(frame); }));
+    EXPECT_EQ(complaintOf([&] { reader(folder / "none.exr").readHeader(); }),
+              complaintOf([&] { openReader(folder / "none.exr"); }));
+}
+
+TEST_F(Sandbox, HandsTheLimitsOfDeclaredSizesOn) {
+    EXPECT_EQ(complaintOf([&] {
+                  reader(writtenExr(), {}, {100, 1 << 20, 8, 1 << 30}).readHeader();
+              }),
+              "the data window of 134 x 101 pixels exceeds the limit of 100 pixels a side");
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(Sandbox, GrantsNoMoreMemoryThanItsLimit) {
+    // 256 MiB of pixels in a small file: within the limits of declared sizes, but beyond the memory.
+    const std::string path = folder / "large.exr";
+    Frame frame;
+    frame.parts.resize(1);
+    Part& part = frame.parts[0];
+    part.dataWindow = part.displayWindow = {0, 0, 4095, 4095};
+    part.channels = rgba(PixelType::Float);
+    part.layOutPlanes();
+    part.allocatePixels();
+    std::memset(part.planes[0].pixels.data(), 0, part.planes[0].pixels.size());
+    WriteOptions options;
+    options.compression = "rle";
+    writeFrame(path, frame, options);
+    EXPECT_EQ(complaintOf([&] {
+                  reader(path, {std::uint64_t{256} << 20, 60}).readPixels(frame);
+              }),
+              "its pixels do not fit into the free memory (the sandbox grants 256 MiB; --sandbox-memory changes that)");
+}
+#endif
+
+TEST_F(Sandbox, SurvivesTheDeathOfItsProcess) {
+    EXPECT_EQ(complaint("kill -SEGV $$"),
+              "its decoder was ended in the sandbox by signal 11 (Segmentation fault); the "
+              "file is damaged or hostile, copy or render it again");
+    EXPECT_EQ(complaint("kill -KILL $$"),
+              "its decoder was ended in the sandbox by signal 9 (Killed); the file is "
+              "damaged or hostile, copy or render it again");
+}
+
+TEST_F(Sandbox, EndsAProcessThatHangs) {
+    EXPECT_EQ(complaint("exec sleep 1000", 1),
+              "decoding it took longer than the 1 s that the sandbox grants; the file "
+              "is damaged or hostile, or needs a larger --sandbox-time");
+}
+
+TEST_F(Sandbox, EndsAProcessThatClosesItsOutputAndHangs) {
+    EXPECT_EQ(complaint("exec sleep 1000 >&-", 1),
+              "decoding it took longer than the 1 s that the sandbox grants; the "
+              "file is damaged or hostile, or needs a larger --sandbox-time");
+}
+
+TEST_F(Sandbox, TellsThatTheProcessorTimeIsUsedUp) {
+    EXPECT_EQ(complaint("kill -XCPU $$", 7),
+              "decoding it took longer than the 7 s that the sandbox grants; the file "
+              "is damaged or hostile, or needs a larger --sandbox-time");
+}
+
+TEST_F(Sandbox, RefusesAnAnswerThatIsNoFrame) {
+    const std::string text =
+        "the sandbox's decoder answered something that is no frame; the file is damaged or hostile";
+    EXPECT_EQ(complaint("exec cat /dev/zero"), text);
+    EXPECT_EQ(complaint("echo 'Usage: lenscorrect COMMAND'"), text);
+    writeBytes(folder / "answer", answer(std::string(5000, 'x'), 2));
+    EXPECT_EQ(complaint("cat " + (folder / "answer")), text);
+    const std::uint64_t huge[] = {1, std::uint64_t{1} << 62};
+    writeBytes(folder / "answer", std::string(reinterpret_cast<const char*>(huge), sizeof huge));
+    EXPECT_EQ(complaint("cat " + (folder / "answer")), text);
+}
+
+TEST_F(Sandbox, RefusesAFrameBeyondTheLimitsBeforeTakingMemory) {
+    FrameMessage message{1, noiseFrame({0, 0, 3, 3}, rgba())};
+    message.frame.parts[0].dataWindow = {0, 0, 1 << 30, 1 << 30};
+    writeBytes(folder / "answer", answer(message.bytes()));
+    EXPECT_EQ(complaint("cat " + (folder / "answer")),
+              "the sandbox's decoder answered something that is no frame (a "
+              "window exceeds the limits); the file is damaged or hostile");
+}
+
+TEST_F(Sandbox, RefusesAFrameWithTooFewPixels) {
+    const FrameMessage message{1, noiseFrame({0, 0, 63, 63}, rgba())};
+    writeBytes(folder / "answer", answer(message.bytes()) + "pixels");
+    EXPECT_EQ(complaint("cat " + (folder / "answer")),
+              "the sandbox's decoder gave up without an answer (status 0); the file is damaged or hostile, or needs a "
+              "larger --sandbox-memory");
+}
+
+TEST_F(Sandbox, ShowsAProblemWithoutItsControlCharacters) {
+    writeBytes(folder / "answer", answer("red \x1b[31mtext\n", 2));
+    EXPECT_EQ(complaint("cat " + (folder / "answer")), "red ?[31mtext?");
+}
+
+TEST_F(Sandbox, SaysThatItsProcessCannotBeStarted) {
+    EXPECT_EQ(complaintOf([&] { SandboxedReader("a.exr", {}, {}, folder / "none").readHeader(); }),
+              "the sandbox could not be started: No such file or directory");
+}
+
+TEST_F(Sandbox, LeavesNeitherProcessesNorOpenFilesBehind) {
+    const auto openFiles = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                             std::filesystem::directory_iterator());
+    };
+    const auto before = openFiles();
+    complaint("kill -SEGV $$");
+    complaint("exec cat /dev/zero");
+    complaint("exec sleep 1000", 1);
+    reader(writtenExr()).readHeader();
+    EXPECT_EQ(openFiles(), before);
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+}

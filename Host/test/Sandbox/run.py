@@ -1,0 +1,90 @@
+"""lenscorrect --sandbox and --max-image: files that are not trusted fail their own frame only."""
+import os
+import signal
+import subprocess
+import sys
+import threading
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import program
+
+
+class Sandbox(program.ProgramTest):
+    def setUp(self):
+        super().setUp()
+        # Deep enough that the search for correction files never leaves the case's own folders.
+        self.folder = self.path("a", "b", "c", "d", "e", "f")
+        os.makedirs(self.folder)
+        self.expect(self.run_program("sample", "clip", "--progress", "none", "--size", "128x96", "--frames", "3"), 0)
+
+    def render(self, output, *arguments):
+        return self.run_program("render", "clip/plate.%04d.exr", "--distortion", "undistort", "--progress", "none", "-o",
+                                output + "/f.%04d.exr", *arguments)
+
+    def content(self, *names):
+        with open(self.path(*names), "rb") as file:
+            return file.read()
+
+    def test_renders_the_same_bytes(self):
+        self.expect(self.render("plain"), 0, "", "")
+        self.expect(self.render("guarded", "--sandbox", "--plate", "clip/plate.%04d.exr"), 0, "", "")
+        for frame in (1001, 1002, 1003):
+            self.assertEqual(self.content("plain", f"f.{frame}.exr"), self.content("guarded", f"f.{frame}.exr"))
+
+    def test_goes_on_after_a_frame_that_is_cut_short(self):
+        os.truncate(self.path("clip", "plate.1002.exr"), 3000)
+        result = self.render("out", "--sandbox")
+        self.expect(result, 1, "")
+        self.assertIn("plate.1002.exr: the file ends before its pixels do", result.stderr)
+        self.assertEqual(sorted(name for name in os.listdir(self.path("out")) if not name.startswith(".")),
+                         ["f.1001.exr", "f.1003.exr"])
+
+    def test_goes_on_after_decoders_that_are_killed(self):
+        killed = []
+        done = threading.Event()
+
+        def kill_decoders():
+            while not done.is_set():
+                for process in filter(str.isdigit, os.listdir("/proc")):
+                    try:
+                        with open(f"/proc/{process}/cmdline", "rb") as file:
+                            line = file.read()
+                        if b"--decode-one-frame" in line and os.fsencode(self.folder) in line and b"plate.1002." in line:
+                            os.kill(int(process), signal.SIGKILL)
+                            killed.append(process)
+                    except OSError:
+                        continue # it has ended already
+
+        # A picture that takes long enough to be found.
+        subprocess.run(["oiiotool", "--pattern", "noise", "4096x3072", "4", "-d", "half", "--compression", "piz", "-o",
+                        self.path("clip", "plate.1002.exr")], check=True, capture_output=True)
+        killer = threading.Thread(target=kill_decoders)
+        killer.start()
+        try:
+            result = self.render("out", "--sandbox")
+        finally:
+            done.set()
+            killer.join()
+        self.assertTrue(killed)
+        self.expect(result, 1, "")
+        self.assertIn("its decoder was ended in the sandbox by signal 9 (Killed); the file is damaged or hostile, copy "
+                      "or render it again\n", result.stderr)
+        self.assertIn("lenscorrect: 1 of 3 frames failed: 1002\n", result.stderr)
+
+    def test_refuses_pictures_larger_than_wanted(self):
+        result = self.render("out", "--max-image", "100x100")
+        self.expect(result, 1, "")
+        self.assertIn("the data window of 128 x 96 pixels exceeds the limit of 100 pixels a side\n", result.stderr)
+
+    def test_looks_at_headers_in_the_sandbox_too(self):
+        result = self.run_program("info", "clip/plate.%04d.exr", "--sandbox")
+        self.expect(result, 0, errors="")
+        self.assertEqual(result.stdout, self.run_program("info", "clip/plate.%04d.exr").stdout)
+
+    def test_refuses_limits_of_a_sandbox_that_is_not_wanted(self):
+        self.expect(self.render("out", "--sandbox-time", "5"), 2, "",
+                    "lenscorrect: --sandbox-time requires --sandbox\n"
+                    'Run "lenscorrect render --help" for the options and an example.\n')
+
+
+program.main()
