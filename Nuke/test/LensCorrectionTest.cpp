@@ -328,3 +328,43 @@ INSTANTIATE_TEST_SUITE_P(
                     Failure{"Percent", [] { throw std::runtime_error("100 %s of %n"); }, "100 %s of %n"},
                     Failure{"Unknown", [] { throw 1; }, "Unknown exception."}),
     [](const testing::TestParamInfo<Failure>& failure) { return std::string(failure.param.name); });
+
+TEST_F(LensCorrectionTest, HasNoDetailsOfAFailureAtFirst) {
+    validate();
+    EXPECT_EQ(node->lastErrorDetails(), "");
+}
+
+TEST_F(LensCorrectionTest, KeepsTheDetailsOfTheCoresFailure) {
+    node->dataSource().wantsDistortion = true;
+    EXPECT_FALSE(validate());
+    EXPECT_EQ(node->lastErrorDetails(), std::string(c_missingData) + "\n");
+}
+
+TEST_F(LensCorrectionTest, KeepsTheDetailsOfAnException) {
+    node->dataSource().onQuestion = [] { throw std::runtime_error("disk on fire"); };
+    EXPECT_FALSE(validate());
+    EXPECT_EQ(node->lastErrorDetails(), graph.errorText(node) + "\n");
+}
+
+TEST_F(LensCorrectionTest, KeepsTheDetailsOfTheLastFailureAfterASuccess) {
+    node->dataSource().wantsDistortion = true;
+    EXPECT_FALSE(validate());
+    node->dataSource().wantsDistortion = false;
+    EXPECT_TRUE(validate());
+    EXPECT_EQ(node->lastErrorDetails(), std::string(c_missingData) + "\n");
+}
+
+TEST_F(LensCorrectionTest, DoesNotReportThatABoxIsNotAccepted) {
+    EXPECT_TRUE(validate());
+    node->dataSource().wantsDistortion = true;
+    EXPECT_FALSE(node->isOutputBoxAccepted()) << "the core lacks the lens data now";
+    EXPECT_EQ(node->lastErrorDetails(), "");
+    EXPECT_EQ(graph.errorText(node), "");
+}
+
+TEST_F(LensCorrectionTest, TakesAnExceptionForABoxThatIsNotAccepted) {
+    EXPECT_TRUE(validate());
+    node->dataSource().onQuestion = [] { throw std::bad_alloc(); };
+    EXPECT_FALSE(node->isOutputBoxAccepted());
+    EXPECT_EQ(graph.errorText(node), "");
+}
