@@ -44,8 +44,9 @@ TEST(DecodingOptions, ReadTheLargestImageAsSideAndPixels) {
 
 TEST(DecodingOptions, RefuseALargestImageThatIsNoSize) {
     for (const char* const text : {"0x5", "5x0", "5", "5x", "x5", "5x5x5", "1e3x5", "16777217x1", "-5x5", "5X5"})
-        EXPECT_EQ(failure(std::string("--max-image=") + text),
-                  std::string("2: --max-image ") + text + " is not a size such as 65536x8192, each side 1 to 16777216.");
+        EXPECT_EQ(
+            failure(std::string("--max-image=") + text),
+            std::string("2: --max-image ") + text + " is not a size such as 65536x8192, each side 1 to 16777216.");
 }
 
 TEST(DecodingOptions, GiveTheSandboxItsLimits) {
