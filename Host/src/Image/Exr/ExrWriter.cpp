@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "Image/Exr/ExrContext.h"
@@ -24,15 +25,23 @@ namespace {
 
 constexpr float defaultDwaLevel = 45.0f;
 
-/// A block to encode, in the file's order, and its bytes once they are there.
+/// Lines that are stored as they are go into the file in runs of about so many bytes.
+constexpr std::size_t plainRunBytes = 512 << 10;
+
+/// What is encoded at once, in the file's order: one of the file's chunks; or, of lines stored as they are, a run of
+/// them, each of which is a chunk.
 struct Block {
     std::size_t part = 0;
-    /// Place in the part's chunk table.
-    std::size_t tableIndex = 0;
     Window window;
     std::int32_t tileX = 0;
     std::int32_t tileY = 0;
-    std::vector<std::uint8_t> encoded;
+    /// The chunks as they stand in the file, once they are there.
+    PixelBuffer encoded;
+    struct Chunk {
+        std::size_t tableIndex = 0; ///< place in the part's chunk table
+        std::size_t begin = 0;      ///< in `encoded`
+    };
+    std::vector<Chunk> chunks;
     bool ready = false;
 };
 
@@ -42,6 +51,9 @@ struct StoredPart {
     std::vector<PixelType> types;
     std::vector<std::size_t> channelOrder;
     std::int32_t linesPerBlock = 1;
+    /// Scan lines without compression.
+    bool plain = false;
+    bool multiPart = false;
     float dwaLevel = 0.0f;
     std::size_t chunkCount = 0;
     std::uint64_t tableOffset = 0;
@@ -77,16 +89,43 @@ std::size_t packedBytes(const StoredPart& stored, const Window& window) {
     return bytes;
 }
 
-/// Lays out a block's lines (channel after channel in each) from the part's planes, converting where stored otherwise.
-exr_result_t pack(exr_encode_pipeline_t* pipeline) {
-    Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
+/// Bytes of what stands before a chunk's own in the file.
+std::size_t leaderBytes(const StoredPart& stored) {
+    return (stored.multiPart ? 4u : 0u) + (stored.part->tileWidth != 0 ? 16u : 4u) + 4u;
+}
+
+/// Writes them; returns the place behind.
+std::uint8_t* writeLeader(const Block& block, std::int32_t firstLine, std::size_t bytes, const StoredPart& stored,
+                          std::uint8_t* to) {
+    const auto append = [&to](std::int32_t value) {
+        std::memcpy(to, &value, sizeof value);
+        to += sizeof value;
+    };
+    if (stored.multiPart) append(static_cast<std::int32_t>(block.part));
+    if (stored.part->tileWidth != 0) {
+        append(block.tileX);
+        append(block.tileY);
+        append(0); // both levels
+        append(0);
+    } else {
+        append(firstLine);
+    }
+    append(static_cast<std::int32_t>(bytes));
+    return to;
+}
+
+/// Makes n bytes the block's only chunk.
+void setChunk(const Source& source, const std::uint8_t* from, std::size_t n) {
+    Block& block = *source.block;
+    block.encoded.resize(leaderBytes(*source.stored) + n);
+    std::memcpy(writeLeader(block, block.window.minY, n, *source.stored, block.encoded.data()), from, n);
+}
+
+/// Lays out lines of a window (channel after channel in each) from the part's planes, converting where stored
+/// otherwise.
+void packLines(Source& source, const Window& window, std::uint8_t* to) {
     const StoredPart& stored = *source.stored;
     const Part& part = *stored.part;
-    const Window& window = source.block->window;
-    const std::size_t bytes = packedBytes(stored, window);
-    std::uint8_t* to = static_cast<std::uint8_t*>(pipeline->packed_buffer);
-    if (to == nullptr || pipeline->packed_alloc_size < bytes) return EXR_ERR_INVALID_ARGUMENT;
-    pipeline->packed_bytes = bytes;
     source.rows.resize(part.planes.size() * 4);
     for (std::int64_t y = window.minY; y <= window.maxY; ++y) {
         std::fill(source.rows.begin(), source.rows.end(), nullptr);
@@ -123,7 +162,40 @@ exr_result_t pack(exr_encode_pipeline_t* pipeline) {
             deinterleaveRow(from, plane.components, bytesPerSample(type), rows, pixels);
         }
     }
+}
+
+exr_result_t pack(exr_encode_pipeline_t* pipeline) {
+    Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
+    const std::size_t bytes = packedBytes(*source.stored, source.block->window);
+    std::uint8_t* const to = static_cast<std::uint8_t*>(pipeline->packed_buffer);
+    if (to == nullptr || pipeline->packed_alloc_size < bytes) return EXR_ERR_INVALID_ARGUMENT;
+    pipeline->packed_bytes = bytes;
+    packLines(source, source.block->window, to);
     return EXR_ERR_SUCCESS;
+}
+
+/// A run of lines as they are stored, each with its leader. The library would do it line by line, at a cost of its own
+/// for each.
+void packPlain(Source& source) {
+    const StoredPart& stored = *source.stored;
+    Block& block = *source.block;
+    const std::size_t leader = leaderBytes(stored);
+    Window line = block.window;
+    std::size_t total = 0;
+    for (Block::Chunk& chunk : block.chunks) {
+        line.minY = line.maxY = stored.part->dataWindow.minY + static_cast<std::int32_t>(chunk.tableIndex);
+        chunk.begin = total;
+        total += leader + packedBytes(stored, line);
+    }
+    block.encoded.resize(total);
+    for (std::size_t i = 0; i < block.chunks.size(); ++i) {
+        const Block::Chunk& chunk = block.chunks[i];
+        const std::size_t end = i + 1 < block.chunks.size() ? block.chunks[i + 1].begin : total;
+        line.minY = line.maxY = stored.part->dataWindow.minY + static_cast<std::int32_t>(chunk.tableIndex);
+        packLines(
+            source, line,
+            writeLeader(block, line.minY, end - chunk.begin - leader, stored, block.encoded.data() + chunk.begin));
+    }
 }
 
 /// The block's own bytes or their libdeflate stream, straight into the block.
@@ -134,9 +206,9 @@ exr_result_t deflateZip(exr_encode_pipeline_t* pipeline) {
     source.compressed.resize(std::max(n, source.compressed.size()));
     const std::size_t compressed = source.compressor->compress(from, n, source.compressed.data());
     if (compressed == 0)
-        source.block->encoded.assign(from, from + n);
+        setChunk(source, from, n);
     else
-        source.block->encoded.assign(source.compressed.data(), source.compressed.data() + compressed);
+        setChunk(source, source.compressed.data(), compressed);
     return EXR_ERR_SUCCESS;
 }
 
@@ -144,9 +216,10 @@ exr_result_t deflateZip(exr_encode_pipeline_t* pipeline) {
 exr_result_t compressElsewhere(exr_encode_pipeline_t* pipeline) {
     Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
     try {
-        source.block->encoded =
+        const std::vector<std::uint8_t> compressed =
             compressWithImf(*source.header, source.stored->channelOrder, source.stored->types, source.block->window,
                             static_cast<const std::uint8_t*>(pipeline->packed_buffer), source.stored->dwaLevel);
+        setChunk(source, compressed.data(), compressed.size());
         return EXR_ERR_SUCCESS;
     } catch (const std::exception&) {
         return EXR_ERR_UNKNOWN;
@@ -164,7 +237,7 @@ exr_result_t keep(exr_encode_pipeline_t* pipeline) {
     const std::uint8_t* const from =
         static_cast<const std::uint8_t*>(compressed ? pipeline->compressed_buffer : pipeline->packed_buffer);
     const std::size_t n = compressed ? pipeline->compressed_bytes : static_cast<std::size_t>(pipeline->packed_bytes);
-    source.block->encoded.assign(from, from + n);
+    setChunk(source, from, n);
     return EXR_ERR_SUCCESS;
 }
 
@@ -283,44 +356,28 @@ std::vector<Block> blocksOf(const StoredPart& stored, std::size_t index) {
     const Part& part = *stored.part;
     const Window& whole = part.dataWindow;
     const std::int64_t width = part.tileWidth != 0 ? std::int64_t{part.tileWidth} : whole.width();
-    const std::int64_t height =
-        part.tileWidth != 0 ? std::int64_t{part.tileHeight} : std::int64_t{stored.linesPerBlock};
+    std::int64_t height = part.tileWidth != 0 ? std::int64_t{part.tileHeight} : std::int64_t{stored.linesPerBlock};
+    if (stored.plain) {
+        const Window line{whole.minX, whole.minY, whole.maxX, whole.minY};
+        height = static_cast<std::int64_t>(plainRunBytes / std::max<std::size_t>(packedBytes(stored, line), 1)) + 1;
+    }
+    std::size_t tableIndex = 0;
     for (std::int64_t y = whole.minY; y <= whole.maxY; y += height) {
         for (std::int64_t x = whole.minX; x <= whole.maxX; x += width) {
             Block block;
             block.part = index;
-            block.tableIndex = blocks.size();
             block.window = {static_cast<std::int32_t>(x), static_cast<std::int32_t>(y),
                             static_cast<std::int32_t>(std::min<std::int64_t>(x + width - 1, whole.maxX)),
                             static_cast<std::int32_t>(std::min<std::int64_t>(y + height - 1, whole.maxY))};
             block.tileX = static_cast<std::int32_t>((x - whole.minX) / width);
             block.tileY = static_cast<std::int32_t>((y - whole.minY) / height);
+            const std::int64_t chunks = stored.plain ? block.window.height() : 1;
+            for (std::int64_t i = 0; i < chunks; ++i) block.chunks.push_back({tableIndex++, 0});
+            if (part.lineOrder == LineOrder::DecreasingY) std::reverse(block.chunks.begin(), block.chunks.end());
             blocks.push_back(std::move(block));
         }
     }
     return blocks;
-}
-
-template <typename Value>
-void append(std::vector<std::uint8_t>& bytes, Value value) {
-    const std::size_t at = bytes.size();
-    bytes.resize(at + sizeof value);
-    std::memcpy(bytes.data() + at, &value, sizeof value);
-}
-
-/// What stands before a block's bytes in the file.
-std::vector<std::uint8_t> leader(const Block& block, const StoredPart& stored, bool multiPart) {
-    std::vector<std::uint8_t> bytes;
-    if (multiPart) append(bytes, static_cast<std::int32_t>(block.part));
-    if (stored.part->tileWidth != 0) {
-        append(bytes, block.tileX);
-        append(bytes, block.tileY);
-        append(bytes, std::int64_t{0}); // both levels
-    } else {
-        append(bytes, block.window.minY);
-    }
-    append(bytes, static_cast<std::int32_t>(block.encoded.size()));
-    return bytes;
 }
 
 /// Checks what the header's composition does not, and applies the options.
@@ -389,6 +446,8 @@ void writeExr(const std::string& path, const Frame& frame, const WriteOptions& o
         stored[i].types = types[i];
         stored[i].channelOrder = exrChannelOrder(headers[i]);
         stored[i].dwaLevel = dwaLevel(headers[i], options);
+        stored[i].plain = headers[i].compression == "none" && headers[i].tileWidth == 0;
+        stored[i].multiPart = headers.size() > 1;
         declarePart(context, path, stored[i], headers.size());
     }
     exr_result_t result = exr_write_header(context.get());
@@ -402,8 +461,8 @@ void writeExr(const std::string& path, const Frame& frame, const WriteOptions& o
             if (result != EXR_ERR_SUCCESS) throw ImageError(path, "cannot be written: " + context.errorText(result));
         }
         std::vector<Block> own = blocksOf(stored[i], i);
-        stored[i].chunkCount = own.size();
-        chunkCounts.push_back(static_cast<std::int32_t>(own.size()));
+        for (const Block& block : own) stored[i].chunkCount += block.chunks.size();
+        chunkCounts.push_back(static_cast<std::int32_t>(stored[i].chunkCount));
         if (headers[i].lineOrder == LineOrder::DecreasingY) std::reverse(own.begin(), own.end());
         std::move(own.begin(), own.end(), std::back_inserter(blocks));
     }
@@ -429,36 +488,46 @@ void writeExr(const std::string& path, const Frame& frame, const WriteOptions& o
         ZipBlockCompressor compressor(level);
         Source source;
         source.compressor = &compressor;
+        PixelBuffer spare; // memory of a block that is written already
         for (std::size_t i = 0; queue.next(i);) {
             Block& block = blocks[i];
             source.stored = &stored[block.part];
             source.header = &headers[block.part];
             source.block = &block;
+            block.encoded = std::move(spare);
             const int part = static_cast<int>(block.part);
             exr_chunk_info_t info{};
-            exr_result_t status;
-            {
+            exr_result_t status = EXR_ERR_SUCCESS;
+            if (source.stored->plain) {
+                packPlain(source);
+            } else {
                 const std::lock_guard<std::mutex> lock(libraryMutex);
                 status = source.stored->part->tileWidth != 0
                              ? exr_write_tile_chunk_info(context.get(), part, block.tileX, block.tileY, 0, 0, &info)
                              : exr_write_scanline_chunk_info(context.get(), part, block.window.minY, &info);
             }
-            if (status == EXR_ERR_SUCCESS) status = pipeline.encode(info, part, source);
+            if (status == EXR_ERR_SUCCESS && !source.stored->plain) status = pipeline.encode(info, part, source);
             if (status != EXR_ERR_SUCCESS)
                 throw ImageError(path, "the block at line " + std::to_string(block.window.minY) +
                                            " could not be compressed (" + context.errorText(status) + ")");
-            // Whoever has made the next block writes it and all that wait behind it.
-            const std::lock_guard<std::mutex> lock(fileMutex);
-            block.ready = true;
-            for (; nextBlock < blocks.size() && blocks[nextBlock].ready; ++nextBlock) {
-                Block& done = blocks[nextBlock];
-                const StoredPart& owner = stored[done.part];
-                table[(owner.tableOffset - header.size()) / 8 + done.tableIndex] = offset;
-                const std::vector<std::uint8_t> head = leader(done, owner, headers.size() > 1);
-                file.write(head.data(), head.size(), offset);
-                file.write(done.encoded.data(), done.encoded.size(), offset + head.size());
-                offset += head.size() + done.encoded.size();
-                done.encoded = {};
+            // Whoever has made the next block writes it and all that wait behind it; others go on meanwhile.
+            std::vector<std::pair<std::uint64_t, PixelBuffer>> writes;
+            {
+                const std::lock_guard<std::mutex> lock(fileMutex);
+                block.ready = true;
+                for (; nextBlock < blocks.size() && blocks[nextBlock].ready; ++nextBlock) {
+                    Block& done = blocks[nextBlock];
+                    const StoredPart& owner = stored[done.part];
+                    for (const Block::Chunk& chunk : done.chunks)
+                        table[(owner.tableOffset - header.size()) / 8 + chunk.tableIndex] = offset + chunk.begin;
+                    const std::size_t size = done.encoded.size();
+                    writes.emplace_back(offset, std::move(done.encoded));
+                    offset += size;
+                }
+            }
+            for (auto& [at, bytes] : writes) {
+                file.write(bytes.data(), bytes.size(), at);
+                spare = std::move(bytes);
             }
         }
     });

@@ -268,6 +268,17 @@ TEST_F(Exr, KeepsLineOrderAspectAndWindows) {
     EXPECT_TRUE(stockHalfs(path, {"R", "G", "B", "A"}) == pixelBytes(frame.parts[0]));
 }
 
+TEST_F(Exr, OfPlainLinesInSeveralRunsIsReadBackInEitherLineOrder) {
+    for (const LineOrder order : {LineOrder::IncreasingY, LineOrder::DecreasingY}) {
+        // 1.5 MiB: more than the runs in which such lines are written.
+        Frame frame = noiseFrame({-7, -11, 1016, 180}, rgba());
+        frame.parts[0].lineOrder = order;
+        writeFrame(path, frame, {.compression = "none", .threads = 3});
+        EXPECT_EQ(stockHalfs(path, {"R", "G", "B", "A"}), pixelBytes(frame.parts[0]));
+        EXPECT_EQ(pixelBytes(readFrame(path).parts[0]), pixelBytes(frame.parts[0]));
+    }
+}
+
 TEST_F(Exr, ReadsTheLargestLevelOfAMipMap) {
     {
         Imf::Header header(40, 24);
