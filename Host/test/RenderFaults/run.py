@@ -29,7 +29,8 @@ class Faults(render_test.RenderTest):
 
     def reference(self, ending="exr"):
         """The bytes of the frames when nothing fails."""
-        self.expect(self.render(*UNDISTORT, out="good/f.%04d." + ending), 0, "", "")
+        # One thread, since ThreadSanitizer does not see the locks inside the library that writes other stills.
+        self.expect(self.render(*UNDISTORT, "--threads", "1", out="good/f.%04d." + ending), 0, "", "")
         return {name: self.content("good", name) for name in self.names("good")}
 
     def content(self, *names):
