@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "Console/Failure.h"
+#include "Core/FramePreparation.h"
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "Device/RenderProbe.h"
 #include "Exception/Exception.h"
@@ -34,12 +35,10 @@ struct RenderJob::Slot {
 
 namespace {
 
-constexpr CorrectionFile::LevelOfDepth searchDepth{1, 5, 2};
-
 std::string searchedCorrectionFile(const std::string& clip) {
     std::string file;
     try {
-        CorrectionFile::ClipFilePathBasedFinder(clip, searchDepth).find(file);
+        CorrectionFile::ClipFilePathBasedFinder(clip, Core::correctionFileSearchDepth).find(file);
     } catch (const std::exception&) {
         // The frames may bring their lens data along; if they do not, the nodes say what is missing.
         return {};
@@ -194,8 +193,8 @@ void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vect
     std::string advice;
     if (m_correctionFile.empty())
         advice =
-            "\nNo correction file was found around the clip: lay it beside the clip, or name it with "
-            "--correction-file. \"lenscorrect find\" tells where it is searched.";
+            "\nNo correction file was found around the clip: lay the one that names this clip "
+            "beside it, or give its path with --correction-file. \"lenscorrect find\" tells where it is searched.";
     throw Failure(ExitCode::WrongUse,
                   fmt::format("The lens data do not fit the clip \"{}\": {}{}", m_options.clip, firstText, advice));
 }

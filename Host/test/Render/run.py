@@ -39,8 +39,8 @@ class Render(program.ProgramTest):
 lenscorrect: The lens data do not fit the clip "clip/plate.%04d.exr": Header of the metadata is not available. \
 Correction file could not be found.
 Clip File Path: "{}/clip/plate"
-No correction file was found around the clip: lay it beside the clip, or name it with --correction-file. \
-"lenscorrect find" tells where it is searched.
+No correction file was found around the clip: lay the one that names this clip beside it, or give its path with \
+--correction-file. "lenscorrect find" tells where it is searched.
 """.format(os.path.realpath(self.folder)))
 
     def test_writes_the_others_when_a_frame_in_the_middle_is_cut_short(self):
