@@ -9,7 +9,7 @@
 #include <filesystem>
 
 #include "Console/Failure.h"
-#include "Farm/OpenCueSpecification.h"
+#include "Farm/OpenCueJob.h"
 #include "Farm/SlurmSubmission.h"
 #include "Frames/FrameFiles.h"
 #include "Help/Declarations.h"
@@ -76,7 +76,7 @@ void SubmitCommand::declareOptions(CLI::App& app) {
     m_app = &app;
     m_render.declareOptions(app);
     const auto inFarmGroup = [](CLI::Option* option) { return option->group(farmGroup); };
-    inFarmGroup(app.add_option("--engine", m_engine, "Farm to hand the job to; opencue: write its specification"))
+    inFarmGroup(app.add_option("--engine", m_engine, "Farm to hand the job to; opencue: write its description"))
         ->capture_default_str()
         ->check(CLI::IsMember({"slurm", "opencue"}));
     inFarmGroup(app.add_option("--chunk", m_framesPerChunk, "Frames of one task"))
@@ -103,8 +103,8 @@ ExitCode SubmitCommand::run() {
         job.write();
         const char* const user = std::getenv("USER");
         const std::string path = job.folder + "/opencue.xml";
-        writeTextFile(path, OpenCueSpecification{m_show, m_shot, user ? user : "lenscorrect"}.xml(job));
-        fmt::print("OpenCue specification: {}\nWhen the job runs: lenscorrect summary {}\n", path, job.folder);
+        writeTextFile(path, OpenCueJob{m_show, m_shot, user ? user : "lenscorrect"}.xml(job));
+        fmt::print("OpenCue job: {}\nWhen the job runs: lenscorrect summary {}\n", path, job.folder);
         return ExitCode::Done;
     }
     SlurmSubmission::checkPrograms();

@@ -1,5 +1,5 @@
 """The folder of a farm job: its steps as an engine runs them, with a stub for the renderer that writes down how it was
-started; the summary of what it reported; and OpenCue's specification. Slurm/run.py runs a job on a real farm."""
+started; the summary of what it reported; and OpenCue's job description. Slurm/run.py runs a job on a real farm."""
 import json
 import os
 import re
@@ -210,7 +210,7 @@ class Submit(program.ProgramTest):
 
     # OpenCue.
 
-    def test_the_specification_follows_its_layout(self):
+    def test_the_opencue_job_follows_its_layout(self):
         self.given_job("--cores", "4", "--name", "a & b")
         declaration, body = self.text(self.job, "opencue.xml").split("<spec>", 1)
         self.assertEqual(declaration, '<?xml version="1.0"?>\n<!DOCTYPE spec PUBLIC "SPI Cue Specification Language" '
@@ -219,7 +219,7 @@ class Submit(program.ProgramTest):
                                 input="<spec>" + body, capture_output=True, encoding="utf-8")
         self.assertEqual((result.returncode, result.stderr), (0, ""))
 
-    def test_the_specification_renders_frames_in_chunks_after_the_cache_is_filled(self):
+    def test_the_opencue_job_renders_frames_in_chunks_after_the_cache_is_filled(self):
         self.given_job("--cores", "4")
         xml = self.text(self.job, "opencue.xml")
         script = self.job + "/job.sh"

@@ -1,4 +1,4 @@
-#include "Farm/OpenCueSpecification.h"
+#include "Farm/OpenCueJob.h"
 
 #include <fmt/format.h>
 
@@ -49,7 +49,7 @@ std::string layer(const FarmJob& job, const char* name, const char* type, const 
 
 } // namespace
 
-std::string OpenCueSpecification::xml(const FarmJob& job) const {
+std::string OpenCueJob::xml(const FarmJob& job) const {
     const std::string name = escaped(job.name);
     return "<?xml version=\"1.0\"?>\n"
            // The server knows the layout by this address and fetches nothing.

@@ -6,9 +6,9 @@
 
 namespace Host {
 
-/// A job's specification for OpenCue, in its XML layout of version 1.15: a layer that fills the kernel cache, one that
+/// A job's description for OpenCue, in its XML layout of version 1.15: a layer that fills the kernel cache, one that
 /// renders the frames in chunks and depends on the first, and one that sums up after the job.
-struct OpenCueSpecification {
+struct OpenCueJob {
     std::string show;
     std::string shot;
     std::string user;
