@@ -398,7 +398,7 @@ void LensCorrection::renderStripe(DD::Image::ImagePlane& plane) {
 }
 
 void LensCorrection::renderPlane(DD::Image::ImagePlane& plane) {
-    if (aborted() || hasError()) return;
+    if (aborted()) return;
     if (!isImageInputConnected()) {
         abort();
         return;

@@ -15,6 +15,7 @@
 #include <boost/lexical_cast.hpp>
 
 #include "DDImage/Substitute/Graph.h"
+#include "Exception/Exception.h"
 #include "LensDistortionCorrection.h"
 #include "Support/ShotFolder.h"
 #include "Support/TestClip.h"
@@ -143,6 +144,25 @@ TEST_F(LensCorrectionTest, RoundsHalfPixelsOfTheBoxAwayFromZero) {
     EXPECT_EQ(box(), (std::vector<int>{-68, -38, 2116, 1190})) << "67.5 columns on each side";
 }
 
+TEST_F(LensCorrectionTest, MeasuresTheOverhangFromTheEdgesOfAFormatWithinItsFile) {
+    clip->format = Format(2048, 1152, 0, 16, 2048, 1136);
+    clip->box = Box(0, 16, 2048, 1136);
+    read->setSource(clip);
+    EXPECT_TRUE(graph.validate(node));
+    EXPECT_EQ(frame(), (std::vector<unsigned int>{2048, 1120}));
+    EXPECT_EQ(box(), (std::vector<int>{0, 0, 2048, 1120}));
+    clip->box = Box(-64, 16, 2112, 1136);
+    read->setSource(clip);
+    EXPECT_TRUE(graph.validate(node));
+    EXPECT_EQ(frame(), (std::vector<unsigned int>{2176, 1190})) << "2176 * 1120 / 2048 rows";
+    EXPECT_EQ(box(), (std::vector<int>{-64, -35, 2112, 1155}));
+}
+
+TEST_F(LensCorrectionTest, KeepsTheFormatsHeightForABoxThatIsOnlyNarrower) {
+    EXPECT_TRUE(validate(100, 100, Box(10, 0, 90, 100)));
+    EXPECT_EQ(frame(), (std::vector<unsigned int>{100, 100}));
+}
+
 TEST_F(LensCorrectionTest, ShrinksToABoxInsideTheFormat) {
     EXPECT_TRUE(validate(100, 100, Box(10, 20, 90, 80)));
     EXPECT_EQ(frame(), (std::vector<unsigned int>{80, 80}));
@@ -189,6 +209,31 @@ TEST_F(LensCorrectionTest, ShowsNoErrorOfACoreThatFailsAfterAnAbort) {
     EXPECT_FALSE(validate());
     EXPECT_EQ(graph.errorText(node), "");
     EXPECT_EQ(log(), "");
+}
+
+TEST_F(LensCorrectionTest, AsksNothingBehindAnInputInError) {
+    int questions = 0;
+    node->dataSource().onQuestion = [&] { ++questions; };
+    read->setSource(nullptr);
+    EXPECT_FALSE(graph.validate(node));
+    EXPECT_EQ(graph.errorText(node), graph.errorText(read));
+    EXPECT_EQ(frame(), (std::vector<unsigned int>{0, 0}));
+    EXPECT_EQ(questions, 0);
+    EXPECT_EQ(log(), "");
+}
+
+TEST_F(LensCorrectionTest, AsksNothingWhenAbortedWhileTheImageIsFetched) {
+    validate();
+    ImagePlane plane = this->plane();
+    int questions = 0;
+    node->dataSource().onQuestion = [&] { ++questions; };
+    clip->pixel = [this](int, int, Channel) {
+        node->abort();
+        return 0.5f;
+    };
+    node->renderStripe(plane);
+    EXPECT_EQ(clip->fetchCount, 1);
+    EXPECT_EQ(questions, 0);
 }
 
 TEST_F(LensCorrectionTest, FetchesNothingOnceAborted) {
@@ -241,8 +286,17 @@ TEST_F(LensCorrectionTest, RendersNothingAfterAFailedValidation) {
     validate();
     ImagePlane plane = this->plane();
     EXPECT_FALSE(graph.fetch(node, plane));
-    node->renderStripe(plane);
     EXPECT_EQ(clip->fetchCount, 0);
+}
+
+TEST_F(LensCorrectionTest, RendersAPlaneInSpiteOfAnErrorShownSinceValidation) {
+    validate();
+    node->reportCoreError();
+    int questions = 0;
+    node->dataSource().onQuestion = [&] { ++questions; };
+    ImagePlane plane = this->plane();
+    node->renderStripe(plane);
+    EXPECT_GT(questions, 0);
 }
 
 TEST_F(LensCorrectionTest, ShowsTheCoresBriefTextWhenRenderingFails) {
@@ -251,6 +305,7 @@ TEST_F(LensCorrectionTest, ShowsTheCoresBriefTextWhenRenderingFails) {
     ImagePlane plane = this->plane();
     EXPECT_FALSE(graph.fetch(node, plane));
     EXPECT_EQ(graph.errorText(node), c_missingData);
+    EXPECT_EQ(plane.at(0, 0, 0), 0.5f) << "the image as fetched";
 }
 
 TEST_F(LensCorrectionTest, ValidatesAgainOnceTheCauseIsGone) {
@@ -266,6 +321,28 @@ TEST_F(LensCorrectionTest, SaysSoWhenTheCoreHasNoErrorText) {
     node->reportCoreError();
     EXPECT_EQ(graph.errorText(node), c_noBrief);
     EXPECT_NE(log().find(std::string(": ") + c_noDetails + "\n"), std::string::npos);
+}
+
+TEST_F(LensCorrectionTest, ShowsABriefTextOfUpTo4095Characters) {
+    std::string text(4095, 'x');
+    node->dataSource().onQuestion = [&] { throw Exception(text); };
+    validate();
+    EXPECT_EQ(graph.errorText(node), text);
+    text += 'x';
+    validate();
+    EXPECT_EQ(graph.errorText(node), c_noBrief);
+    EXPECT_EQ(node->lastErrorDetails(), text + "\n");
+}
+
+TEST_F(LensCorrectionTest, LogsADetailedTextOfUpTo16383Characters) {
+    std::string details(16383 - std::string("brief\n\n").length(), 'x');
+    node->dataSource().onQuestion = [&] { throw Exception("brief", details); };
+    validate();
+    EXPECT_EQ(node->lastErrorDetails(), "brief\n" + details + "\n");
+    details += 'x';
+    validate();
+    EXPECT_EQ(node->lastErrorDetails(), c_noDetails);
+    EXPECT_EQ(graph.errorText(node), "brief");
 }
 
 TEST_F(LensCorrectionTest, RetrievesTheCoresTexts) {

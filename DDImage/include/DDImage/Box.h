@@ -41,6 +41,7 @@ public:
     void merge(const Box& other);
     /// Shrinks to the part in common with the other box.
     void intersect(const Box& other);
+    /// Substitute only: true if there is a pixel in common.
     bool intersects(const Box& other) const;
 
     bool contains(int px, int py) const { return px >= m_x && px < m_r && py >= m_y && py < m_t; }

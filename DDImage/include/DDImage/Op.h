@@ -76,7 +76,7 @@ public:
     /// Puts the op into error, with a printf-style text that replaces an earlier one, until the next evaluation from
     /// the top.
     void error(const char* format, ...) __attribute__((format(printf, 2, 3)));
-    /// True if this op or one upstream is in error.
+    /// Substitute only: true if this op or one upstream is in error.
     bool hasError() const;
 
     /// The node's knob of that name, or null.
@@ -138,7 +138,7 @@ public:
 
     /// The i-th class registered, from 0; null past the last.
     static const Description* find(int i);
-    /// The class of that name, the first one registered; null if there is none.
+    /// Substitute only: the class of that name, the first one registered; null if there is none.
     static const Description* find(const char* className);
 
 protected:
