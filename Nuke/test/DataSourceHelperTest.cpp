@@ -161,12 +161,23 @@ TEST_F(DataSourceHelperTest, LeavesTheReaderUntouchedWithoutAFile) {
 using DataSourceHelperDeathTest = DataSourceHelperTest;
 
 TEST_F(DataSourceHelperDeathTest, StopsOnAMissingReader) {
+    const char* const message = "Assertion failed: readNode\n$";
+    boost::filesystem::path path = "/a.exr";
+    std::string text;
+    bool isUnknown = false;
+    unsigned int number = 0;
     float framerate = 0.0f;
-    EXPECT_DEATH(DataSourceHelper::r3dFramerate(nullptr, framerate), "Assertion failed: readNode");
+    EXPECT_DEATH(DataSourceHelper::clipFilePath(nullptr, path), message);
+    EXPECT_DEATH(DataSourceHelper::cameraManufacturer(nullptr, "exr", text), message);
+    EXPECT_DEATH(DataSourceHelper::originalClipFileName(nullptr, path, isUnknown, text), message);
+    EXPECT_DEATH(DataSourceHelper::timecode(nullptr, "exr", isUnknown, text), message);
+    EXPECT_DEATH(DataSourceHelper::r3dFramerate(nullptr, framerate), message);
+    EXPECT_DEATH(DataSourceHelper::modifyR3dTimecodeIfNeeded(nullptr, text), message);
+    EXPECT_DEATH(DataSourceHelper::frameNumber(nullptr, number), message);
 }
 
 TEST_F(DataSourceHelperDeathTest, StopsOnAMissingNode) {
-    EXPECT_DEATH(DataSourceHelper::readNode(nullptr), "Assertion failed: op");
+    EXPECT_DEATH(DataSourceHelper::readNode(nullptr), "Assertion failed: op\n$");
 }
 
 // --- Extension and maker ---
@@ -321,6 +332,8 @@ TEST_F(DataSourceHelperTest, TakesTheFrameNumberOfAnExrSequenceWithoutATimecode)
 TEST_F(DataSourceHelperTest, TakesTheTimecodeOfADpxSequence) {
     givenClip("/shots/A001.11.dpx").with("input/timecode", "01:00:00:10").with("input/frame", 11.0);
     EXPECT_EQ(frame(), "0|01:00:00:10");
+    clip->metaData.erase("input/timecode");
+    EXPECT_EQ(with("input/frame", 11.0).frame(), "10|");
 }
 
 TEST_F(DataSourceHelperTest, TakesOnlyTheFrameNumberOfOtherFormatsWithoutAMaker) {

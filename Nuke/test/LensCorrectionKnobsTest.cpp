@@ -186,8 +186,16 @@ TEST_F(LensCorrectionKnobs, ShowTheOverscanWhileItIsInTheFormat) {
     EXPECT_TRUE(isVisible("inputOverscan::amount"));
     EXPECT_TRUE(isVisible("inputOverscan::remainingResolution::width"));
     EXPECT_TRUE(isVisible("inputOverscan::remainingResolution::height"));
-    graph.userChange(node, "inputOverscan::location", "Bounding Box");
-    EXPECT_FALSE(isVisible("inputOverscan::amount"));
+}
+
+TEST_F(LensCorrectionKnobs, HideTheOverscanForAnyLocationButTheFormat) {
+    for (const double location : {0.0, 2.0, -1.0}) {
+        graph.userChange(node, "inputOverscan::location", "Format");
+        graph.userChange(node, "inputOverscan::location", location);
+        EXPECT_FALSE(isVisible("inputOverscan::amount")) << location;
+        EXPECT_FALSE(isVisible("inputOverscan::remainingResolution::width")) << location;
+        EXPECT_FALSE(isVisible("inputOverscan::remainingResolution::height")) << location;
+    }
 }
 
 TEST_F(LensCorrectionKnobs, FollowALocationThatComesFromASavedScript) {
@@ -220,6 +228,11 @@ TEST_F(LensCorrectionKnobs, WorkOutHeightAndAmountFromTheRemainingWidth) {
     EXPECT_EQ(value("inputOverscan::amount"), 25.0);
 }
 
+TEST_F(LensCorrectionKnobs, WorkOutTheAmountInSinglePrecision) {
+    graph.userChange(node, "inputOverscan::remainingResolution::width", 1818);
+    EXPECT_EQ(value("inputOverscan::amount"), static_cast<double>(182.0f / 1818.0f * 100.0f));
+}
+
 TEST_F(LensCorrectionKnobs, WorkOutWidthAndAmountFromTheRemainingHeight) {
     graph.userChange(node, "inputOverscan::remainingResolution::height", 500);
     EXPECT_EQ(remaining(), std::make_pair(1000.0, 500.0));
@@ -247,6 +260,10 @@ TEST_F(LensCorrectionKnobs, FollowTheInputsFormatWhileThePanelIsOpen) {
     read->setSource(clip);
     graph.openPanel(node);
     EXPECT_EQ(remaining(), std::make_pair(800.0, 400.0));
+    clip->format = Format(500, 250);
+    read->setSource(clip);
+    graph.updateUI(node);
+    EXPECT_EQ(remaining(), std::make_pair(400.0, 200.0)) << "again and again";
 }
 
 TEST_F(LensCorrectionKnobs, HaveNoRemainingSizeWithoutAnImage) {
@@ -255,6 +272,9 @@ TEST_F(LensCorrectionKnobs, HaveNoRemainingSizeWithoutAnImage) {
     graph.userChange(node, "inputOverscan::amount", 20);
     EXPECT_EQ(remaining(), std::make_pair(0.0, 0.0));
     EXPECT_EQ(value("inputOverscan::amount"), 20.0);
+    graph.knob(node, "inputOverscan::remainingResolution::width")->set_value(7);
+    graph.userChange(node, "correctionMode", "Distort");
+    EXPECT_EQ(remaining(), std::make_pair(0.0, 0.0)) << "whichever control changes";
 }
 
 TEST_F(LensCorrectionKnobs, ShowARemainingSizeThatIsNotFiniteAsTheNodesError) {
@@ -311,6 +331,16 @@ TEST_F(LensCorrectionKnobs, ShowTheCorrectionFilesRecordingFormat) {
     EXPECT_EQ(value("recordingFormat::clipResolution::width"), 4096.0);
     EXPECT_EQ(value("recordingFormat::clipResolution::height"), 2160.0);
     EXPECT_EQ(value("recordingFormat::imageDiameter"), 27.13) << "24 and 12.66";
+}
+
+TEST_F(LensCorrectionKnobs, KeepTheLastRecordingFormatWithoutAPlate) {
+    enterFormat(36, 24, 3840, 2160);
+    graph.userChange(node, "recordingFormat::manualSelection", 0);
+    graph.knob(node, "recordingFormat::imageDiameter")->set_value(5);
+    graph.openPanel(node);
+    EXPECT_EQ(graph.errorText(node), "");
+    EXPECT_EQ(value("recordingFormat::imageAreaSize::width"), 36.0);
+    EXPECT_EQ(value("recordingFormat::imageDiameter"), 43.27);
 }
 
 TEST_F(LensCorrectionKnobs, KeepTheEnteredRecordingFormatInSpiteOfACorrectionFile) {
