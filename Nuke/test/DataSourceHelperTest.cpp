@@ -289,6 +289,31 @@ TEST_F(DataSourceHelperTest, HasNoClipPathForAFileWithoutExtension) {
     EXPECT_EQ(givenClip("/shots/A003").clipPath(), "none");
 }
 
+TEST_F(DataSourceHelperTest, TellsAFormatThatIsUnknownFromANameThatIsNotThere) {
+    std::string name = "untouched";
+    const auto isUnknown = [&](const char* path) {
+        bool isFormatUnknown = std::string(path) != "/shots/A001.dpx"; // set in any case
+        EXPECT_FALSE(DataSourceHelper::originalClipFileName(read, path, isFormatUnknown, name));
+        return isFormatUnknown;
+    };
+    with("exr/com.arri.camera.ArriUuid", "u");
+    EXPECT_FALSE(isUnknown("/shots/A001")) << "no extension";
+    EXPECT_FALSE(isUnknown("/shots/A001.exr"));
+    EXPECT_TRUE(isUnknown("/shots/A001.dpx"));
+    EXPECT_EQ(name, "untouched");
+}
+
+TEST_F(DataSourceHelperTest, TellsAFormatThatIsUnknownFromATimecodeThatIsNotThere) {
+    std::string timecode = "untouched";
+    bool isFormatUnknown = true;
+    with("quicktime/arri/camera/CameraClipName", "A001");
+    EXPECT_FALSE(DataSourceHelper::timecode(read, "mov", isFormatUnknown, timecode));
+    EXPECT_FALSE(isFormatUnknown);
+    EXPECT_FALSE(DataSourceHelper::timecode(read, "dpx", isFormatUnknown, timecode));
+    EXPECT_TRUE(isFormatUnknown);
+    EXPECT_EQ(timecode, "untouched");
+}
+
 // --- Frame number and timecode ---
 
 TEST_F(DataSourceHelperTest, KeepsFrameNumberAndTimecodeOfR3d) {
@@ -356,8 +381,10 @@ TEST_F(DataSourceHelperTest, HasNoFrameNumberBelowTheReadersFirst) {
     clip->firstFrame = 1001;
     unsigned int number = 0;
     EXPECT_FALSE(DataSourceHelper::frameNumber(read, number)) << "absent";
-    with("input/frame", 1000.0);
-    EXPECT_FALSE(DataSourceHelper::frameNumber(read, number));
+    for (const double frame : {1000.0, 1000.5}) {
+        with("input/frame", frame);
+        EXPECT_FALSE(DataSourceHelper::frameNumber(read, number)) << frame;
+    }
 }
 
 TEST_F(DataSourceHelperTest, HasNoFrameNumberBelowZero) {

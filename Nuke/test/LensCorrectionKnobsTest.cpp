@@ -310,9 +310,13 @@ TEST_F(LensCorrectionKnobs, WorkOutTheDiameterWithoutAWidth) {
 }
 
 TEST_F(LensCorrectionKnobs, HaveNoDiameterWithoutTheMissingSide) {
-    enterFormat(36, 24, 0, 0);
-    enterFormat(36, 0, 3840, 0);
-    EXPECT_EQ(value("recordingFormat::imageDiameter"), 0.0);
+    const double incomplete[][4] = {{36, 0, 3840, 0}, {36, 0, 0, 2160}, {0, 24, 3840, 0}, {0, 24, 0, 2160}};
+    for (const auto& format : incomplete) {
+        enterFormat(36, 24, 0, 0);
+        enterFormat(format[0], format[1], static_cast<int>(format[2]), static_cast<int>(format[3]));
+        EXPECT_EQ(value("recordingFormat::imageDiameter"), 0.0);
+    }
+    EXPECT_EQ(graph.errorText(node), "");
 }
 
 TEST_F(LensCorrectionKnobs, ShowTheCorrectionFilesRecordingFormat) {

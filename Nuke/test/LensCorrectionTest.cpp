@@ -236,6 +236,23 @@ TEST_F(LensCorrectionTest, AsksNothingWhenAbortedWhileTheImageIsFetched) {
     EXPECT_EQ(questions, 0);
 }
 
+TEST_F(LensCorrectionTest, LeavesAPlaneThatNothingFilledAsItIs) {
+    class EmptyClip : public TestClip {
+    public:
+        EmptyClip() : TestClip(64, 36) {}
+        void fillPlane(double, ImagePlane& plane) override {
+            RefCountedFloatBuffer none;
+            plane.setMemory(none);
+        }
+    };
+    clip = std::make_shared<EmptyClip>();
+    validate();
+    ImagePlane plane = this->plane();
+    node->renderStripe(plane);
+    EXPECT_EQ(plane.usage(), 0u);
+    EXPECT_EQ(graph.errorText(node), "");
+}
+
 TEST_F(LensCorrectionTest, FetchesNothingOnceAborted) {
     validate();
     ImagePlane plane = this->plane();

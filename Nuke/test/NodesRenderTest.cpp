@@ -344,13 +344,17 @@ TEST_F(NodesRender, ShowsABadNumberInTheCorrectionFileWithWhatWasBeingDone) {
     EXPECT_EQ(graph.errorText(node).find("Validating the frame failed: bad lexical cast"), 0u) << graph.errorText(node);
 }
 
-TEST_F(NodesRender, WritesTheDetailsToTheNodesLogFile) {
+TEST_F(NodesRender, WritesTheDetailsToTheLogFileOfTheNodesKind) {
     read->setSource(clip);
-    LensCorrection* const node = makeShading();
-    EXPECT_FALSE(graph.validate(node));
-    const std::string log = Support::textOfFile(LensShadingCorrection::logFilePath);
-    EXPECT_NE(log.find("Correction file could not be found.\nClip File Path: \"" + folder.path("A001") + "\""),
-              std::string::npos);
+    const std::string details = "Correction file could not be found.\nClip File Path: \"" + folder.path("A001") + "\"";
+    const auto isIn = [&](const char* logFilePath) {
+        return Support::textOfFile(logFilePath).find(details) != std::string::npos;
+    };
+    EXPECT_FALSE(graph.validate(makeShading()));
+    EXPECT_TRUE(isIn(LensShadingCorrection::logFilePath));
+    EXPECT_FALSE(isIn(LensDistortionCorrection::logFilePath));
+    EXPECT_FALSE(graph.validate(makeDistortion()));
+    EXPECT_TRUE(isIn(LensDistortionCorrection::logFilePath));
 }
 
 TEST_F(NodesRender, TakesTheRecordingFormatEnteredByHand) {

@@ -70,6 +70,21 @@ TEST_F(FrameSize, HoldsTheEdgeMiddlesThatLieFurtherOutThanTheCorners) {
     EXPECT_EQ(size(), Size(110, 110));
 }
 
+TEST_F(FrameSize, HoldsTheMiddlesOfTheLongAndTheShortEdgesEachByItsOwnFactor) {
+    parameter.currentWidth = parameter.originalWidth = 201;
+    parameter.currentHeight = parameter.originalHeight = 101;
+    // 1.2 - 0.0021 * d^2: 0.99 at the corners, 1.032 at the right (d^2 = 80) and 1.158 at the bottom (d^2 = 20).
+    parameter.b1 = 1.2f;
+    parameter.b3 = -0.0021f;
+    EXPECT_EQ(size(), Size(233, 117)) << "ceil(100 * 1.158) + 1 rows, and ceil(117 * 201 / 101) columns";
+}
+
+TEST_F(FrameSize, GrowsInHeightToTheAspectRatioOfAnUprightOriginal) {
+    parameter.originalWidth = 100;
+    parameter.originalHeight = 201;
+    EXPECT_EQ(size(), Size(100, 201));
+}
+
 TEST_F(FrameSize, ShrinksWithThePicture) {
     parameter.originalWidth = 100;
     parameter.b1 = 0.5f;
