@@ -11,8 +11,8 @@
 
 namespace HostImage {
 
-OutputFile::OutputFile(const std::string& path) : m_path(path) {
-    m_descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+OutputFile::OutputFile(const std::string& path, bool makesFile) : m_path(path) {
+    m_descriptor = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | (makesFile ? O_CREAT : 0), 0666);
     if (m_descriptor < 0) fail();
     struct stat status {};
     // A device (/dev/full) is not ours to remove.

@@ -9,8 +9,8 @@ namespace HostImage {
 /// A file being written from the start; removed again unless close() has succeeded.
 class OutputFile {
 public:
-    /// Throws ImageError if it cannot be created.
-    explicit OutputFile(const std::string& path);
+    /// Empties the file if there is one; else makes it, unless `makesFile` is false. Throws ImageError if that fails.
+    explicit OutputFile(const std::string& path, bool makesFile = true);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;

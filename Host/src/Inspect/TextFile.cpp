@@ -11,7 +11,7 @@ namespace Host {
 
 void writeTextFile(const std::string& path, const std::string& text) {
     AtomicFile file(path);
-    std::ofstream stream(file.temporaryPath(), std::ios::binary);
+    std::ofstream stream(file.temporaryPath(), std::ios::binary | std::ios::in);
     stream << text;
     stream.close();
     if (!stream) throw Failure(ExitCode::Output, fmt::format("{}: could not be written; is the disk full?", path));

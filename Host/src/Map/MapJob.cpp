@@ -55,6 +55,7 @@ void MapJob::write(std::int32_t frame, const Geometries& geometries) const {
         mapPicture(m_options.content, geometries.frame, geometries.opposite, threadCount());
     HostImage::WriteOptions writing;
     writing.threads = threadCount();
+    writing.makesFile = false;
     AtomicFile file(m_options.output.path(frame));
     try {
         HostImage::writeFrame(file.temporaryPath(), picture, writing);

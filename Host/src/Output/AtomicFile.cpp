@@ -31,9 +31,16 @@ struct Slot {
     std::atomic<int> state{Free};
     std::array<char, 4096> path{};
 };
-constexpr int slotCount = 64;
+/// More threads than any job has.
+constexpr int slotCount = 1024;
 constinit std::array<Slot, slotCount> slots{};
 static_assert(std::atomic<int>::is_always_lock_free);
+
+// Whoever makes a file counts itself before it looks whether it still may, and the handler forbids it before it looks
+// at the count: so each file is either made in time to be removed, or not at all.
+constinit std::atomic<int> makers{0};
+constinit std::atomic<bool> isRemoving{false};
+constexpr int patience = 1000; ///< ms, for an open that a network file system does not answer
 
 int reserveSlot(const std::string& path) {
     if (path.size() >= slots[0].path.size()) return -1;
@@ -52,6 +59,24 @@ void freeSlot(int index) {
     if (index < 0) return;
     int expected = Active;
     slots[static_cast<std::size_t>(index)].state.compare_exchange_strong(expected, Free);
+}
+
+/// Makes an empty file; 0 or the error.
+int makeFile(const std::string& path) {
+    // The handler, run by this very thread, would wait for it.
+    sigset_t all, before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    ++makers;
+    int error = ECANCELED;
+    if (!isRemoving) {
+        const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+        error = descriptor < 0 ? errno : 0;
+        if (descriptor >= 0) close(descriptor);
+    }
+    --makers;
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return error;
 }
 
 [[noreturn]] void fail(const std::string& what, int error) {
@@ -107,6 +132,10 @@ AtomicFile::AtomicFile(const std::string& path) : m_path(path), m_slot(-1) {
     }
     m_temporaryPath = (target.parent_path() / temporaryName(target.filename().string())).string();
     m_slot = reserveSlot(m_temporaryPath);
+    if (const int failed = makeFile(m_temporaryPath)) {
+        freeSlot(m_slot);
+        fail(fmt::format("\"{}\" could not be written", path), failed);
+    }
 }
 
 AtomicFile::~AtomicFile() {
@@ -116,6 +145,8 @@ AtomicFile::~AtomicFile() {
 
 void AtomicFile::commit() {
     const std::string what = fmt::format("\"{}\" could not be written", m_path);
+    struct stat status = {};
+    if (stat(m_temporaryPath.c_str(), &status) == 0 && status.st_size == 0) fail(what, ENODATA);
     if (const int error = flush(m_temporaryPath, O_RDONLY)) fail(what, error);
     if (rename(m_temporaryPath.c_str(), m_path.c_str()) != 0) fail(what, errno);
     m_isCommitted = true;
@@ -123,9 +154,15 @@ void AtomicFile::commit() {
 }
 
 void AtomicFile::removeAllNow() noexcept {
+    isRemoving = true;
+    for (int waited = 0; makers > 0 && waited < patience; ++waited) {
+        constexpr timespec millisecond = {0, 1'000'000};
+        nanosleep(&millisecond, nullptr);
+    }
     for (Slot& slot : slots) {
-        int expected = Active;
-        if (slot.state.compare_exchange_strong(expected, Taken)) unlink(slot.path.data());
+        int state = Active;
+        // Taken: by a handler on another thread, which may come to removing the file too late.
+        if (slot.state.compare_exchange_strong(state, Taken) || state == Taken) unlink(slot.path.data());
     }
 }
 

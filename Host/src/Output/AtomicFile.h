@@ -6,16 +6,20 @@ namespace Host {
 
 /// A file that appears under its name whole or not at all.
 ///
-/// The writer fills `temporaryPath()`, a hidden file in the same folder, `.<stem>.<host>.<pid>.tmp.<extension>`:
+/// The writer fills `temporaryPath()`, a hidden file in the same folder, `.<stem>.<host>.<pid>.tmp.<extension>`, which
+/// is there already and empty:
 /// hidden, so that no scan for frames meets it; with its extension, since writers choose the format by it; with host
 /// and process, so that two machines that make the same frame do not write into one file (the last one wins, whole).
 /// `commit` flushes it to the disk, renames it and flushes the folder. Without a commit, by an exception or an
-/// interruption, the destructor removes it; `removeAllNow` removes every open one when there is no time for that.
+/// interruption, the destructor removes it; `removeAllNow` removes every open one when there is no time for that. A
+/// writer should open the file without making it (std::ios::in | std::ios::out, WriteOptions::makesFile): then nothing
+/// brings one back that was removed.
 ///
 /// Each object belongs to one thread; different objects are independent.
 class AtomicFile {
 public:
-    /// Makes missing parent folders. Throws Failure (Output) if that fails or if a folder has the file's name already.
+    /// Makes missing parent folders and the temporary file. Throws Failure (Output) if that fails, if a folder has the
+    /// file's name already, or once `removeAllNow` has been called.
     explicit AtomicFile(const std::string& path);
     ~AtomicFile();
     AtomicFile(const AtomicFile&) = delete;
@@ -25,11 +29,12 @@ public:
     const std::string& temporaryPath() const { return m_temporaryPath; }
 
     /// Call after the writer has closed the temporary file without an error, once. Throws Failure (Output) if a step
-    /// fails; nothing new is then under the final name, and the temporary file is removed.
+    /// fails, or if the file is empty; nothing new is then under the final name, and the temporary file is removed.
     void commit();
 
-    /// Removes the temporary files of all objects of the process. Only for a signal handler that ends the process: safe
-    /// there, and a later commit of one of them fails.
+    /// Removes the temporary files of all objects of the process, for good: none is made afterwards, by any thread, and
+    /// a later commit fails. Only for a signal handler that ends the process: safe there. Waits, at most a second, for
+    /// files that are being made at that moment.
     static void removeAllNow() noexcept;
 
     /// Removes temporary files in a folder that processes of this machine left behind when they were killed: the

@@ -296,6 +296,7 @@ void RenderJob::encode(Slot& slot, Progress& progress) {
         writing.pixelType = *m_options.pixelType == RenderOptions::PixelType::Half ? HostImage::PixelType::Half
                                                                                    : HostImage::PixelType::Float;
     writing.threads = m_codecThreads;
+    writing.makesFile = false;
     // Formats without a data window keep the whole picture as their only window.
     if (HostImage::fileExtension(slot.job.output) != "exr")
         for (HostImage::Part& part : slot.output.parts) part.displayWindow = part.dataWindow;

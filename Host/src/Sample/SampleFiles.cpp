@@ -2,13 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <system_error>
 
-#include "Console/Failure.h"
 #include "Image/FrameWriter.h"
+#include "Inspect/TextFile.h"
 #include "Output/AtomicFile.h"
 
 namespace Host {
@@ -27,18 +24,9 @@ std::string bytes(Numbers... numbers) {
     return value;
 }
 
-void writeText(const std::string& path, const std::string& text) {
-    AtomicFile file(path);
-    std::ofstream stream(file.temporaryPath(), std::ios::binary);
-    stream << text;
-    stream.close();
-    if (!stream) throw Failure(ExitCode::Output, fmt::format("\"{}\" could not be written.", path));
-    file.commit();
-}
-
 void writePicture(const std::string& path, const HostImage::Frame& frame) {
     AtomicFile file(path);
-    HostImage::writeFrame(file.temporaryPath(), frame);
+    HostImage::writeFrame(file.temporaryPath(), frame, {.makesFile = false});
     file.commit();
 }
 
@@ -55,9 +43,9 @@ std::string SampleFiles::cleanPath(std::int32_t index) const {
     return fmt::format("{}/clean.{:04}.exr", m_folder, m_clip.frameNumber(index));
 }
 
-void SampleFiles::writeCorrectionFile() const { writeText(m_folder + "/plate.olcf", m_clip.correctionFile()); }
+void SampleFiles::writeCorrectionFile() const { writeTextFile(m_folder + "/plate.olcf", m_clip.correctionFile()); }
 
-void SampleFiles::writeReadme() const { writeText(m_folder + "/README.md", readme()); }
+void SampleFiles::writeReadme() const { writeTextFile(m_folder + "/README.md", readme()); }
 
 void SampleFiles::writePlate(std::int32_t index) const {
     writePicture(platePath(index), frame(index, "plate", m_clip.plate(index)));

@@ -6,8 +6,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <thread>
 #include <vector>
 
+#include "Console/Failure.h"
+#include "Image/ImageError.h"
+#include "Image/OutputFile.h"
 #include "Support/FailureText.h"
 #include "Support/TemporaryFolder.h"
 
@@ -99,7 +105,7 @@ TEST(AtomicFile, SaysThatNothingWasWritten) {
     TemporaryFolder folder;
     AtomicFile file(folder.path("f.exr"));
     EXPECT_EQ(failureOf([&] { file.commit(); }),
-              "4: \"" + folder.path("f.exr") + "\" could not be written: No such file or directory.");
+              "4: \"" + folder.path("f.exr") + "\" could not be written: No data available.");
 }
 
 TEST(AtomicFile, CutsLongNamesApart) {
@@ -116,15 +122,93 @@ TEST(AtomicFile, CutsLongNamesApart) {
     EXPECT_EQ(folder.text(longName + "2.a"), "2");
 }
 
-TEST(AtomicFile, RemovesAllOpenOnesWhenTheProcessMustEnd) {
+TEST(AtomicFile, IsThereFromTheStartSoThatWritersNeedNotMakeIt) {
     TemporaryFolder folder;
-    AtomicFile first(folder.path("1.exr"));
-    AtomicFile second(folder.path("2.exr"));
-    write(first.temporaryPath(), "1");
-    write(second.temporaryPath(), "2");
-    AtomicFile::removeAllNow();
-    EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{});
-    EXPECT_NE(failureOf([&] { first.commit(); }), "no failure");
+    AtomicFile file(folder.path("f.exr"));
+    HostImage::OutputFile writer(file.temporaryPath(), false);
+    writer.write("whole", 5, 0);
+    writer.close();
+    file.commit();
+    EXPECT_EQ(folder.text("f.exr"), "whole");
+}
+
+TEST(AtomicFile, SaysThatItWasTakenAway) {
+    TemporaryFolder folder;
+    AtomicFile file(folder.path("f.exr"));
+    write(file.temporaryPath(), "whole");
+    std::filesystem::remove(file.temporaryPath());
+    EXPECT_EQ(failureOf([&] { file.commit(); }),
+              "4: \"" + folder.path("f.exr") + "\" could not be written: No such file or directory.");
+}
+
+// The removal is for the rest of a process, so each case ends a process of its own.
+class AtomicFileDeathTest : public testing::Test {
+protected:
+    /// The names in the folder after a child process has run this and ended.
+    template <typename Run>
+    std::vector<std::string> namesAfter(Run run) {
+        EXPECT_EXIT(
+            {
+                run();
+                std::_Exit(HasFailure() ? 1 : 0);
+            },
+            testing::ExitedWithCode(0), "");
+        return namesIn(m_folder.path());
+    }
+
+    TemporaryFolder m_folder;
+};
+
+TEST_F(AtomicFileDeathTest, RemovesAllOpenOnesWhenTheProcessMustEnd) {
+    EXPECT_EQ(namesAfter([&] {
+                  AtomicFile first(m_folder.path("1.exr"));
+                  AtomicFile second(m_folder.path("2.exr"));
+                  write(first.temporaryPath(), "1");
+                  write(second.temporaryPath(), "2");
+                  AtomicFile::removeAllNow();
+                  EXPECT_EQ(failureOf([&] { first.commit(); }),
+                            "4: \"" + first.path() + "\" could not be written: No such file or directory.");
+              }),
+              std::vector<std::string>{});
+}
+
+TEST_F(AtomicFileDeathTest, MakesNoneOnceTheProcessMustEnd) {
+    EXPECT_EQ(namesAfter([&] {
+                  AtomicFile::removeAllNow();
+                  EXPECT_EQ(failureOf([&] { AtomicFile file(m_folder.path("f.exr")); }),
+                            "4: \"" + m_folder.path("f.exr") + "\" could not be written: Operation canceled.");
+              }),
+              std::vector<std::string>{});
+}
+
+TEST_F(AtomicFileDeathTest, IsNotBroughtBackByAWriterThatComesTooLate) {
+    EXPECT_EQ(namesAfter([&] {
+                  AtomicFile file(m_folder.path("f.exr"));
+                  AtomicFile::removeAllNow();
+                  EXPECT_THROW(HostImage::OutputFile(file.temporaryPath(), false), HostImage::ImageError);
+              }),
+              std::vector<std::string>{});
+}
+
+TEST_F(AtomicFileDeathTest, IsRemovedWhicheverThreadsMakeOthersAtThatMoment) {
+    for (int round = 0; round < 50; ++round) {
+        const auto work = [&](int thread) {
+            for (int number = 0;; ++number) {
+                try {
+                    const AtomicFile file(m_folder.path(std::to_string(thread) + "." + std::to_string(number)));
+                } catch (const Host::Failure&) {
+                }
+            }
+        };
+        EXPECT_EQ(namesAfter([&] {
+                      std::vector<std::thread> threads;
+                      for (int thread = 0; thread < 4; ++thread) threads.emplace_back(work, thread);
+                      std::this_thread::sleep_for(std::chrono::microseconds(round * 100));
+                      AtomicFile::removeAllNow();
+                      std::_Exit(0);
+                  }),
+                  std::vector<std::string>{});
+    }
 }
 
 TEST(AtomicFile, RemovesWhatAKilledProcessOfThisMachineLeft) {

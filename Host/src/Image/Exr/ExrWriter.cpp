@@ -475,7 +475,7 @@ void writeExr(const std::string& path, const Frame& frame, const WriteOptions& o
 
     // From here on the parts with the pixels count; their compression and types are settled above.
     for (std::size_t i = 0; i < headers.size(); ++i) stored[i].part = &frame.parts[i];
-    OutputFile file(path);
+    OutputFile file(path, options.makesFile);
     file.write(header.data(), header.size(), 0);
     std::vector<std::uint64_t> table((offset - header.size()) / 8);
     std::mutex libraryMutex;

@@ -413,7 +413,7 @@ void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOpt
     // The name that the file has while it is written says nothing to its readers, and makes two renders differ.
     if (output->format_name() == std::string("dpx") && bytes.size() > dpxNameOffset + dpxNameSize)
         std::memset(bytes.data() + dpxNameOffset, 0, dpxNameSize);
-    OutputFile file(path);
+    OutputFile file(path, options.makesFile);
     file.write(bytes.data(), bytes.size(), 0);
     file.close();
 }
