@@ -181,6 +181,21 @@ TEST(Parser, IgnoresWhatStandsOutsideTheBlocks) {
     EXPECT_EQ(parsed(text).header.clipName, "A001C002");
 }
 
+TEST(Parser, TakesForAVersionLineOnlyWhatBeginsLikeOne) {
+    const Content content = parsed(CorrectionFileText()
+                                       .withVersionLine("# OLCF Version\n# OLCF Version4\n # OLCF Version 4\n"
+                                                        "# OLCF Version 3")
+                                       .withFrame(0, "10.00.00.00"));
+    EXPECT_EQ(content.frames.size(), 1u);
+}
+
+TEST(Parser, FindsTheBodyWithoutAHeader) {
+    std::map<std::uint32_t, CorrectionData::Frame> frames;
+    CorrectionFile::Parser().parseBody(
+        "# OLCF Version 3\nframe;\n" + frameLine("7", sevenHeights, sevenShading, sevenDistortion), frames);
+    EXPECT_EQ(frames.count(7), 1u);
+}
+
 TEST(Parser, FindsTheHeaderWithoutAVersionLineOrABody) {
     CorrectionFileText text;
     text.versionLine = "";
@@ -445,7 +460,10 @@ std::vector<Defect> defects() {
             "VersionAfterAByteOrderMark", [](Text& t) { t.versionLine = "\xef\xbb\xbf# OLCF Version 3"; },
             reason("Version could not be found.")),
         changed(
-            "VersionWithATrailingBlank", [](Text& t) { t.versionLine = "# OLCF Version 2 "; },
+            "VersionTwoWithATrailingBlank", [](Text& t) { t.versionLine = "# OLCF Version 2 "; },
+            reason("Version is not supported.")),
+        changed(
+            "VersionThreeWithATrailingBlank", [](Text& t) { t.versionLine = "# OLCF Version 3 "; },
             reason("Version is not supported.")),
         changed(
             "VersionFour", [](Text& t) { t.versionLine = "# OLCF Version 4"; }, reason("Version is not supported.")),
@@ -460,6 +478,11 @@ std::vector<Defect> defects() {
         changed(
             "BodyStartInAnotherCase", [](Text& t) { t.titleLine = "Frame;"; },
             reason("Body start could not be found.")),
+        changed(
+            "BodyStartWithoutASemicolon", [](Text& t) { t.titleLine = "frame"; },
+            reason("Body start could not be found.")),
+        changed(
+            "BodyStartAfterABlank", [](Text& t) { t.titleLine = " frame;"; }, reason("Body start could not be found.")),
         {"BodyStartBeforeTheVersion",
          "frame;\n" + CorrectionFileText().string().substr(0, CorrectionFileText().string().find("frame;")),
          reason("Body start could not be found.")},
@@ -474,6 +497,7 @@ std::vector<Defect> defects() {
         defectiveShading("EightShadingValues", "100,99,98,97,96,95,94,93"),
         defectiveDistortion("SixDistortionValues", "0,1,2,3,4,5"),
         defectiveDistortion("EightDistortionValues", "0,1,2,3,4,5,6,7"),
+        defectiveFrameLine("SixOfEachInVersion3", frameLine("0", "0,3,6,9,12,15", "6,5,4,3,2,1", "0,1,2,3,4,5")),
         defectiveHeights("HeightAboveTheRange", "0,3,6,9,12,15,100.5"),
         defectiveHeights("HeightBelowTheRange", "-0.01,3,6,9,12,15,18"),
         defectiveShading("ShadingAboveTheRange", "100.5,99,98,97,96,95,94"),
