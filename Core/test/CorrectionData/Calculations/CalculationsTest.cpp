@@ -85,6 +85,10 @@ TEST(Calculations, DropsTheFirstOfSevenPointsWhenTheFirstTwoHeightsAreEqual) {
               fit(sixHeights, sixShadings));
 }
 
+TEST(Calculations, KeepsTheFirstOfSevenPointsWhenTheFirstTwoHeightsNearlyCoincide) {
+    EXPECT_THAT(fit({1.0f, std::nextafter(1.0f, 2.0f), 5.0f, 10.0f, 15.0f, 18.0f, 21.4f}, Values(7, 1.0f)), SizeIs(7));
+}
+
 TEST(Calculations, AppendsToTheOutput) {
     Values coefficients = {42.0f};
     Calculations::calculateCoefficients({1.0f}, {3.0f}, coefficients);
@@ -126,6 +130,10 @@ TEST(Calculations, WritesTheListsWhateverTheGlobalLocale) {
 
 TEST(Calculations, FailsForEqualFirstHeightsOfSixPoints) {
     expectFails({0.0f, 0.0f, 10.0f, 15.0f, 18.0f, 21.4f}, sixShadings);
+}
+
+TEST(Calculations, FailsForEqualFirstHeightsOfEightPoints) {
+    expectFails({0.0f, 0.0f, 5.0f, 10.0f, 12.0f, 15.0f, 18.0f, 21.4f}, Values(8, 1.0f));
 }
 
 // LAPACK itself reports only a part of these.
