@@ -288,3 +288,10 @@ TEST(ManagedContainerDeathTest, StopsOnMissingArguments) {
     EXPECT_DEATH(ManagedContainer("A001.mov", "", source), "correctionFilePath.length\\(\\)");
     EXPECT_DEATH(ManagedContainer(""), "frameMetadataJSONString.length\\(\\)");
 }
+
+TEST(ManagedContainerDeathTest, NamesTheFirstOfSeveralMissingArguments) {
+    const auto source = std::make_shared<FakeDataSource>();
+    EXPECT_DEATH(ManagedContainer("", nullptr), "Assertion failed: dataSource\n");
+    EXPECT_DEATH(ManagedContainer("", "", nullptr), "Assertion failed: dataSource\n");
+    EXPECT_DEATH(ManagedContainer("", "", source), "clipFileName.length\\(\\)");
+}
