@@ -96,6 +96,23 @@ TEST_F(ContentCacheTest, ForgetsTheClipsOfADroppedFile) {
     EXPECT_FALSE(hasClip("C1"));
 }
 
+TEST_F(ContentCacheTest, StillCountsTheInsertionOfARemovedFile) {
+    m_cache.cacheContent("F1", content());
+    m_cache.removeAllDataRelatedToCorrectionFilePath("F1");
+    for (const char* file : {"F1", "F2"}) m_cache.cacheContent(file, content());
+    EXPECT_FALSE(hasFile("F1"));
+    EXPECT_TRUE(hasFile("F2"));
+}
+
+TEST_F(ContentCacheTest, ReplacesTheFileOfAClip) {
+    const auto newer = content();
+    m_cache.cacheContent("C1", "F1", content());
+    m_cache.cacheContent("C1", "F2", newer);
+    std::shared_ptr<const Content> found;
+    m_cache.cachedContentForClipFilePath("C1", found);
+    EXPECT_EQ(found, newer);
+}
+
 TEST_F(ContentCacheTest, ReplacesTheContentOfAFile) {
     const auto newer = content();
     m_cache.cacheContent("F1", content());
