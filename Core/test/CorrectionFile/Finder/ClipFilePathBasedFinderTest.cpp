@@ -152,6 +152,14 @@ TEST_F(ClipFilePathBasedFinder, DoesNotSearchTheBranchAgainThatItClimbedFrom) {
     EXPECT_THAT(searched, ElementsAre("a/b", "a/b/c", "a", "a/e", "."));
 }
 
+TEST_F(ClipFilePathBasedFinder, LeavesOutNoOtherFolderThatIsNamedLikeTheOneItClimbedFrom) {
+    givenClip("a/b/A001.mov");
+    folder.makeFolder("a/b/b");
+    folder.makeFolder("a/c/b");
+    EXPECT_EQ(search({1, 1, 2}), "nothing");
+    EXPECT_THAT(searched, ElementsAre("a/b", "a/b/b", "a", "a/c", "a/c/b"));
+}
+
 TEST_F(ClipFilePathBasedFinder, FindsAFileInASiblingOfAnAncestorWithTheDepthsOfTheProduct) {
     givenClip("shots/day/A001/A001.mov").withCorrectionFile("metadata/lens/A001.olcf");
     EXPECT_EQ(search(depthsOfTheProduct), "metadata/lens/A001.olcf");
@@ -204,8 +212,9 @@ TEST_F(ClipFilePathBasedFinder, SearchesTheCurrentFolderForABareFileName) {
     std::filesystem::current_path("/");
 }
 
-TEST_F(ClipFilePathBasedFinder, IgnoresAnExtensionInCapitals) {
+TEST_F(ClipFilePathBasedFinder, IgnoresAnyOtherExtensionEvenInCapitals) {
     givenClip("A001.mov").withCorrectionFile("A001.OLCF").withCorrectionFile("A001.olcf.bak");
+    withCorrectionFile("A001.olcf2").withCorrectionFile("A001.xolcf").withCorrectionFile("A001olcf");
     EXPECT_EQ(search(nowhereElse), "nothing");
 }
 
