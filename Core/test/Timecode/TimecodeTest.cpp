@@ -120,6 +120,7 @@ INSTANTIATE_TEST_SUITE_P(Timecode, UnusableRate, testing::Values(-1.0f, -25.0f, 
 TEST(Timecode, CountsAFractionalRateRoundedUpWhenAdvanced) {
     EXPECT_EQ((Value("00:00:00:23", 23.976f) + 1u).string(true), "00:00:01:00@23.98");
     EXPECT_EQ((Value("00:00:00:29", 29.97f) + 1u).string(false), "00:00:01:00");
+    EXPECT_EQ((Value("00:00:00:12", 12.25f) + 1u).string(false), "00:00:01:00");
 }
 
 TEST(Timecode, GrowsPastTwentyFourHoursWhenAdvanced) {
