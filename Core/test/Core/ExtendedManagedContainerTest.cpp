@@ -67,6 +67,12 @@ TEST(ExtendedManagedContainer, TakesACompleteHeaderWithoutTheDatabase) {
     EXPECT_EQ(text(format), "24 x 12.6562 mm, 4096 x 2160 px, radius 13.5663");
 }
 
+TEST(ExtendedManagedContainer, WorksOutTheAreasHeightInSingleAndItsRadiusInDoublePrecision) {
+    const RecordingFormat format = formatOf(headerOf("", "", 20.03f, 4448, 3096));
+    EXPECT_EQ(format.imageAreaHeight, 13.9417458f) << "13.9417448 in double precision";
+    EXPECT_EQ(format.imageRadius, 12.2021847f) << "12.2021837 in single precision";
+}
+
 TEST(ExtendedManagedContainer, PrefersACompleteHeaderOverTheDatabase) {
     EXPECT_EQ(text(formatOf(headerOf("ARRI", "ALEXA Mini", 20.0f, 2880, 1620))),
               "20 x 11.25 mm, 2880 x 1620 px, radius 11.4735");
@@ -84,6 +90,11 @@ TEST(ExtendedManagedContainer, FindsTheCameraWhateverTheCase) {
 TEST(ExtendedManagedContainer, FindsTheCamerasOnlyFormatOfTheSensorsWidth) {
     EXPECT_EQ(text(formatOf(headerOf("ARRI", "ALEXA Mini", 28.25f, 0, 0))),
               "28.25 x 18.17 mm, 3424 x 2202 px, radius 16.7944");
+}
+
+TEST(ExtendedManagedContainer, ComparesTheSensorsWidthExactly) {
+    EXPECT_EQ(formatOf(headerOf("ARRI", "ALEXA Mini", std::nextafter(28.25f, 0.0f), 0, 0)).imageRadius, 0.0f);
+    EXPECT_EQ(formatOf(headerOf("ARRI", "ALEXA Mini", std::nextafter(28.25f, 99.0f), 0, 0)).imageRadius, 0.0f);
 }
 
 TEST(ExtendedManagedContainer, DoesNotChooseBetweenTwoFormatsOfTheClipsSize) {
