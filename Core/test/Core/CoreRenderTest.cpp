@@ -125,8 +125,11 @@ TEST_F(CoreRenderTest, DistortsAShadingMap) {
 
 TEST_F(CoreRenderTest, GeneratesNoSingleMapForBothCorrections) {
     given(shadingMap, distortionMap);
-    expectRenderFails(nullptr);
-    EXPECT_EQ(detailed(), "It is not possible to generate a single map for both shading and distortion correction.\n");
+    for (const float* input : {static_cast<const float*>(nullptr), m_input.data()}) {
+        expectRenderFails(input);
+        EXPECT_EQ(detailed(),
+                  "It is not possible to generate a single map for both shading and distortion correction.\n");
+    }
 }
 
 TEST_F(CoreRenderTest, GeneratesNoDisplacementMapFromAShadedImage) {

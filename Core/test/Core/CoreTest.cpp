@@ -74,6 +74,24 @@ protected:
         m_host.clipFilePath = m_folder.path(deep("A001C002.mov"));
         m_folder.write(deep("A001C002.olcf"), text.string());
     }
+
+    void givenSelectedFile(const std::string& name, const std::string& sensorWidth) {
+        m_host.clipFileName = "A001C002.mov";
+        m_host.correctionFilePath =
+            m_folder.write(name, Support::CorrectionFileText().with("sensorWidth", sensorWidth).string());
+    }
+
+    /// Of the implied recording format; 0 on failure.
+    static float imageAreaWidth(Core::Core& core) {
+        RecordingFormatDatabase::RecordingFormat format;
+        core.recordingFormat(format);
+        return format.imageAreaWidth;
+    }
+
+    float imageAreaWidthOfAnotherFacade() const {
+        Core::Core other(std::make_unique<Support::FakeCoreDataSource>(m_host));
+        return imageAreaWidth(other);
+    }
 };
 
 } // namespace
@@ -172,6 +190,15 @@ TEST_F(CoreFacadeTest, RecordingFormatIsWhatTheCorrectionDataImplyWhateverTheUse
     EXPECT_THAT(m_host.questions, testing::Not(testing::Contains("recordingFormat")));
 }
 
+TEST_F(CoreFacadeTest, RecordingFormatMayBeUnknown) {
+    m_host.frameMetadata =
+        boost::replace_first_copy(boost::replace_first_copy(Support::jsonRecord, "15.0", "0"), "ALEXA Mini", "Unknown");
+    RecordingFormatDatabase::RecordingFormat format;
+    EXPECT_TRUE(m_core.recordingFormat(format)) << detailed();
+    EXPECT_EQ(format.clipResolutionWidth, 4096u);
+    EXPECT_EQ(format.imageRadius, 0.0f);
+}
+
 TEST_F(CoreFacadeTest, RecordingFormatLeavesItsOutputUntouchedOnFailure) {
     RecordingFormatDatabase::RecordingFormat format;
     format.clipResolutionWidth = 7;
@@ -192,6 +219,10 @@ TEST_F(CoreFacadeTest, RejectsAnIncompleteRecordingFormatAndNamesIt) {
     EXPECT_EQ(failureOfFrameSize(),
               "There is no valid data available for the recording format.\nImage Area Size: 23.76x13.37 mm\n"
               "Clip Resolution: 2880x0 px\nImage Radius: 13.6317 mm\n");
+    m_host.recordingFormat = {23.76f, 13.37f, 0, 1620, 13.6317f};
+    EXPECT_EQ(failureOfFrameSize(),
+              "There is no valid data available for the recording format.\nImage Area Size: 23.76x13.37 mm\n"
+              "Clip Resolution: 0x1620 px\nImage Radius: 13.6317 mm\n");
 }
 
 TEST_F(CoreFacadeTest, RejectsARecordingFormatWithoutAUsableImageRadius) {
@@ -232,6 +263,10 @@ TEST_F(CoreFacadeTest, RejectsAFrameTwoPixelsOffTheRecordingFormatsAspectRatio) 
     EXPECT_EQ(failureOfFrameSize(),
               "Aspect ratio of the current frame is not as expected. Recommended resolution is 1920x1080 px.\n"
               "Current Frame Resolution: 1920x1082 px\nRecording Format Resolution: 1920x1080 px\n");
+    m_host.frameData = frameOf(1920, 1078);
+    EXPECT_EQ(failureOfFrameSize(),
+              "Aspect ratio of the current frame is not as expected. Recommended resolution is 1920x1080 px.\n"
+              "Current Frame Resolution: 1920x1078 px\nRecording Format Resolution: 1920x1080 px\n");
 }
 
 TEST_F(CoreFacadeTest, RoundsTheExpectedHeightUp) {
@@ -284,12 +319,26 @@ TEST_F(CoreFileTest, RejectsASelectedFileOfAnotherClip) {
     EXPECT_EQ(brief(), "Header of the metadata is not available. Correction file does not belong to the clip.");
 }
 
-TEST_F(CoreFileTest, SearchesOneLevelBelowTheClipAndTwoBelowEachOfFiveAncestors) {
-    m_host.clipFilePath = m_folder.path("a/b/c/d/e/A001C002.mov");
-    m_folder.write("a/b/c/d/e/A001C002.mov", "");
+TEST_F(CoreFileTest, SearchesOneLevelBelowTheClip) {
+    m_host.clipFilePath = m_folder.write(deep("A001C002.mov"), "");
+    m_folder.write(deep("x/A001C002.olcf"), Support::CorrectionFileText().string());
+    EXPECT_EQ(imageAreaWidth(m_core), 36.7f) << detailed();
+}
+
+TEST_F(CoreFileTest, SearchesTwoLevelsBelowEachOfFiveAncestors) {
+    m_host.clipFilePath = m_folder.write(deep("A001C002.mov"), "");
     m_folder.write("x/y/A001C002.olcf", Support::CorrectionFileText().string());
-    RecordingFormatDatabase::RecordingFormat format;
-    EXPECT_TRUE(m_core.recordingFormat(format)) << detailed();
+    EXPECT_EQ(imageAreaWidth(m_core), 36.7f) << detailed();
+}
+
+TEST_F(CoreFileTest, SearchesNeitherDeeperNorFurtherUp) {
+    m_host.clipFilePath = m_folder.write("up/" + deep("A001C002.mov"), "");
+    for (const std::string& path : {deep("x/y/A001C002.olcf"), std::string("x/y/z/A001C002.olcf")}) {
+        m_folder.write("up/" + path, Support::CorrectionFileText().string());
+    }
+    m_folder.write("A001C002.olcf", Support::CorrectionFileText().string());
+    EXPECT_EQ(imageAreaWidth(m_core), 0.0f);
+    EXPECT_EQ(brief(), "Header of the metadata is not available. Correction file could not be found.");
 }
 
 TEST_F(CoreFileTest, SharesParsedFilesBetweenFacades) {
@@ -299,6 +348,58 @@ TEST_F(CoreFileTest, SharesParsedFilesBetweenFacades) {
     m_folder.write(deep("A001C002.olcf"), "changed since");
     Core::Core other(std::make_unique<Support::FakeCoreDataSource>(m_host));
     EXPECT_TRUE(other.recordingFormat(format)) << "the other facade has read the file again";
+}
+
+TEST_F(CoreFileTest, KeepsTheHundredFilesThatWereParsedLast) {
+    givenSelectedFile("0.olcf", "24");
+    EXPECT_EQ(imageAreaWidthOfAnotherFacade(), 24.0f);
+    for (int i = 1; i < 100; ++i) {
+        givenSelectedFile(std::to_string(i) + ".olcf", "24");
+        imageAreaWidthOfAnotherFacade();
+    }
+    givenSelectedFile("0.olcf", "36");
+    EXPECT_EQ(imageAreaWidthOfAnotherFacade(), 24.0f) << "still what was parsed first";
+    givenSelectedFile("100.olcf", "24");
+    imageAreaWidthOfAnotherFacade();
+    givenSelectedFile("0.olcf", "36");
+    EXPECT_EQ(imageAreaWidthOfAnotherFacade(), 36.0f) << "parsed again";
+}
+
+TEST_F(CoreFileTest, KeepsAClipsRecordingFormatWhileTheClipStaysTheSame) {
+    givenSelectedFile("0.olcf", "24");
+    EXPECT_EQ(imageAreaWidth(m_core), 24.0f);
+    for (int i = 1; i <= 100; ++i) {
+        givenSelectedFile(std::to_string(i) + ".olcf", "24");
+        imageAreaWidthOfAnotherFacade();
+    }
+    givenSelectedFile("0.olcf", "36");
+    EXPECT_EQ(imageAreaWidth(m_core), 24.0f);
+    EXPECT_EQ(imageAreaWidthOfAnotherFacade(), 36.0f) << "the file itself was parsed again";
+}
+
+TEST_F(CoreFileTest, FollowsAChangedSelection) {
+    givenSelectedFile("0.olcf", "24");
+    EXPECT_EQ(imageAreaWidth(m_core), 24.0f);
+    givenSelectedFile("1.olcf", "36");
+    EXPECT_EQ(imageAreaWidth(m_core), 36.0f);
+    m_host.clipFileName = "a001c002.mov";
+    EXPECT_EQ(imageAreaWidth(m_core), 0.0f);
+    EXPECT_EQ(brief(), "Header of the metadata is not available. Correction file does not belong to the clip.");
+}
+
+TEST_F(CoreFileTest, FollowsAChangedClip) {
+    givenClip(Support::CorrectionFileText());
+    EXPECT_EQ(imageAreaWidth(m_core), 36.7f);
+    m_host.clipFilePath = m_folder.path(deep("B.mov"));
+    EXPECT_EQ(imageAreaWidth(m_core), 0.0f);
+}
+
+TEST_F(CoreFileTest, FollowsAChangeFromAClipToARecordOfTheSameText) {
+    givenClip(Support::CorrectionFileText());
+    EXPECT_EQ(imageAreaWidth(m_core), 36.7f);
+    m_host.frameMetadata = m_host.clipFilePath;
+    EXPECT_EQ(imageAreaWidth(m_core), 0.0f);
+    EXPECT_EQ(brief(), "Metadata for the frame is not available.");
 }
 
 TEST_F(CoreFileTest, LooksForAMissingFileAgainAtTheNextCall) {
@@ -357,12 +458,44 @@ TEST_F(CoreFileTest, ConvertsTheFrameNumberToTheFilesRateAndDropsTheFraction) {
     EXPECT_THAT(detailed(), HasSubstr("Frame Number: 49\n"));
 }
 
-TEST_F(CoreFileTest, KeepsTheFrameNumberAtTheFilesOwnRate) {
+TEST_F(CoreFileTest, ConvertsTheFrameNumberInSinglePrecisionByTheRatioOfTheRates) {
     givenClip(Support::CorrectionFileText().with("tcFps", "25").withFrame(1000, "10.00.00.00"));
+    m_host.frameData->frameNumber = 120;
+    m_host.frameData->frameRate = 24.0f;
+    frameSize();
+    EXPECT_THAT(detailed(), HasSubstr("Frame Number: 124\n")) << "1.04166663 × 120, where 25 × 120 ÷ 24 is 125";
+}
+
+TEST_F(CoreFileTest, AddsTheConvertedFrameNumberToTheTimecode) {
+    givenClip(Support::CorrectionFileText().with("tcFps", "25").withFrame(1000, "11.00.00.00"));
+    std::strcpy(m_host.frameData->timecode, "10:00:00:00");
+    m_host.frameData->frameNumber = 48;
+    m_host.frameData->frameRate = 50.0f;
+    frameSize();
+    EXPECT_THAT(detailed(), HasSubstr("Timecode: \"10:00:00:24\"\n"));
+}
+
+TEST_F(CoreFileTest, ConvertsEveryFrameNumberToZeroWhenTheFileHasNoRate) {
+    givenClip(Support::CorrectionFileText().with("tcFps", "0").withFrame(1000, "10.00.00.00"));
     m_host.frameData->frameNumber = 99;
     m_host.frameData->frameRate = 25.0f;
     frameSize();
-    EXPECT_THAT(detailed(), HasSubstr("Frame Number: 99\n"));
+    EXPECT_THAT(detailed(), HasSubstr("Frame Number: 0\n"));
+}
+
+TEST_F(CoreFileTest, KeepsTheFrameNumberAtTheFilesOwnRate) {
+    givenClip(Support::CorrectionFileText().with("tcFps", "25").withFrame(2147483647, "10.00.00.00"));
+    m_host.frameData->frameNumber = 16777217; // no float
+    m_host.frameData->frameRate = 25.0f;
+    frameSize();
+    EXPECT_THAT(detailed(), HasSubstr("Frame Number: 16777217\n"));
+}
+
+TEST_F(CoreFileTest, ReportsAMissingRecordBeforeAWrongAspectRatio) {
+    givenClip(Support::CorrectionFileText());
+    m_host.frameData = frameOf(4096, 4096);
+    frameSize();
+    EXPECT_EQ(brief(), "Metadata for the frame is not available.");
 }
 
 TEST_F(CoreFileTest, RejectsFrameNumbersThatNoRateConverts) {
