@@ -11,14 +11,14 @@ namespace {
 
 using Size = std::pair<unsigned int, unsigned int>;
 
-// A 100 × 100 px frame of a 200 × 100 px original; the frame's half diagonal is 10 mm.
+// A 100 × 100 px frame of a 200 × 100 px original; its half diagonal is 10 mm, and 9 mm in the rendered frame.
 struct FrameSize : testing::Test {
     FrameSize() {
         parameter.currentWidth = 100;
         parameter.currentHeight = 100;
         parameter.originalWidth = 200;
         parameter.originalHeight = 100;
-        parameter.imageRadius = 10.0f;
+        parameter.imageRadius = 9.0f;
         parameter.frameImageRadius = 10.0f;
         parameter.b1 = 1.0f;
     }
@@ -77,6 +77,24 @@ TEST_F(FrameSize, HoldsTheMiddlesOfTheLongAndTheShortEdgesEachByItsOwnFactor) {
     parameter.b1 = 1.2f;
     parameter.b3 = -0.0021f;
     EXPECT_EQ(size(), Size(233, 117)) << "ceil(100 * 1.158) + 1 rows, and ceil(117 * 201 / 101) columns";
+}
+
+TEST_F(FrameSize, HoldsTheCornersInHeightWhereTheOriginalIsWider) {
+    parameter.currentWidth = 201;
+    parameter.currentHeight = 101;
+    parameter.originalWidth = 402;
+    parameter.originalHeight = 101;
+    parameter.b3 = 0.00104f; // 1.104 at the corners
+    EXPECT_EQ(size(), Size(446, 112)) << "ceil(100 * 1.104) + 1 rows, and ceil(112 * 402 / 101) columns";
+}
+
+TEST_F(FrameSize, HoldsTheCornersInWidthWhereTheOriginalIsTaller) {
+    parameter.currentWidth = 201;
+    parameter.currentHeight = 101;
+    parameter.originalWidth = 101;
+    parameter.originalHeight = 402;
+    parameter.b3 = 0.00104f; // 1.104 at the corners
+    EXPECT_EQ(size(), Size(222, 884)) << "ceil(200 * 1.104) + 1 columns, and ceil(222 * 402 / 101) rows";
 }
 
 TEST_F(FrameSize, GrowsInHeightToTheAspectRatioOfAnUprightOriginal) {
@@ -140,12 +158,12 @@ TEST_F(FrameSize, FailsWithBothRadiiWhenTheImageRadiusIsNotPositive) {
 
 TEST_F(FrameSize, FailsWithBothRadiiWhenTheFrameImageRadiusIsNotPositive) {
     parameter.frameImageRadius = 0.0f;
-    EXPECT_EQ(message(), "Image radii of 10 mm and 0 mm are invalid and need to be greater than zero.");
+    EXPECT_EQ(message(), "Image radii of 9 mm and 0 mm are invalid and need to be greater than zero.");
 }
 
 TEST_F(FrameSize, FailsWithBothRadiiWhenOneIsNotANumber) {
     parameter.frameImageRadius = std::nanf("");
-    EXPECT_EQ(message(), "Image radii of 10 mm and nan mm are invalid and need to be greater than zero.");
+    EXPECT_EQ(message(), "Image radii of 9 mm and nan mm are invalid and need to be greater than zero.");
 }
 
 TEST(DistortionFactor, IsThePolynomialDividedByTheDistance) {

@@ -113,6 +113,14 @@ TEST(DistortionRenderer, TellsWhyAFrameWasNotRendered) {
               "Reason: Failed to execute kernel! (-5)\nData Size: 16 bytes\n");
 }
 
+TEST(DistortionRenderer, TellsAnyStandardException) {
+    DistortionUnderTest renderer;
+    fakeOpenCL.throwingFunction = "clEnqueueWriteBuffer";
+    EXPECT_EQ(descriptionOfRendering(renderer),
+              "An issue did occur during execution of the distortion correction renderer.\n"
+              "Reason: std::bad_alloc\nData Size: 16 bytes\n");
+}
+
 TEST(DistortionRenderer, StaysUsableAfterAFailure) {
     DistortionUnderTest renderer;
     fakeOpenCL.statuses["clFinish"][1] = -5;
@@ -202,6 +210,14 @@ TEST(ShadingRenderer, ReportsAnEarlierArgumentThatFailsAsALaunchThatIsRefused) {
     EXPECT_EQ(descriptionOfRendering(renderer),
               "An issue did occur during execution of the shading correction renderer.\n"
               "Reason: Failed to execute kernel! (-52)\nData Size: 16 bytes\n");
+}
+
+TEST(ShadingRenderer, TellsAnyStandardException) {
+    ShadingUnderTest renderer;
+    fakeOpenCL.throwingFunction = "clEnqueueWriteBuffer";
+    EXPECT_EQ(descriptionOfRendering(renderer),
+              "An issue did occur during execution of the shading correction renderer.\n"
+              "Reason: std::bad_alloc\nData Size: 16 bytes\n");
 }
 
 TEST(ShadingRenderer, StaysUsableAfterAFailure) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 FakeOpenCL fakeOpenCL;
 
@@ -28,6 +29,7 @@ std::map<std::string, int>& counts() {
 cl_int called(const std::string& function, const std::string& arguments = "") {
     if (fakeOpenCL.calls.empty()) counts().clear();
     fakeOpenCL.calls.push_back(function + "(" + arguments + ")");
+    if (function == fakeOpenCL.throwingFunction) throw std::bad_alloc();
     const int number = ++counts()[function];
     const auto& statuses = fakeOpenCL.statuses[function];
     for (const int key : {number, 0})

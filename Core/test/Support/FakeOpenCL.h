@@ -35,6 +35,9 @@ struct FakeOpenCL {
     /// Fails the call of this number (from 1) of a function: statuses["clSetKernelArg"][2] = -49. Number 0: every call.
     std::map<std::string, std::map<int, cl_int>> statuses;
 
+    /// The function whose calls throw std::bad_alloc.
+    std::string throwingFunction;
+
     std::string buildLog;
     std::size_t kernelWorkGroupSize = 64;
     std::string deviceOutput; ///< bytes that reading the output buffer delivers, repeated
