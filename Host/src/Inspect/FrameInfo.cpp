@@ -5,6 +5,7 @@
 #include <exception>
 
 #include "Exception/Exception.h"
+#include "Map/RadialSampling.h"
 #include "Renderer/DistortionRenderer.h"
 
 namespace Host {
@@ -52,29 +53,18 @@ FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation) {
     return info;
 }
 
-double undistortionDeviation(const Renderer::DistortionParameter& p) {
-    constexpr int stepCount = 512;
-    const auto factor = [&p](double distance) {
-        const double coefficients[] = {p.a0, p.a1, p.a2, p.a3, p.a4, p.a5, p.a6};
-        double sum = 0.0;
-        for (int power = 6; power >= 0; --power) sum = sum * distance + coefficients[power];
-        return sum / distance;
-    };
+double undistortionDeviation(const Renderer::DistortionParameter& parameter) {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    Renderer::DistortionRenderer::frameSize(p, width, height);
+    Renderer::DistortionRenderer::frameSize(parameter, width, height);
     // The kernels measure to the corners' outer edges.
-    const double recorded = std::hypot(p.currentWidth, p.currentHeight) / 2.0;
-    const double rendered = std::hypot(std::max(width, p.currentWidth), std::max(height, p.currentHeight)) / 2.0;
-    double largest = 0.0;
-    // Near the centre the rounding of the curve's value there, which should be 0, would be divided by almost nothing.
-    for (int step = 8; step <= stepCount; ++step) {
-        const double distance = rendered * step / stepCount; // px from the centre
-        const double sampled = factor(distance / rendered * static_cast<double>(p.imageRadius));
-        const double ideal = factor(distance / recorded * static_cast<double>(p.frameImageRadius));
-        largest = std::max(largest, distance * std::abs(sampled - ideal));
-    }
-    return largest;
+    const double recorded = std::hypot(parameter.currentWidth, parameter.currentHeight) / 2.0;
+    Renderer::DistortionParameter whole = parameter;
+    whole.currentWidth = std::max(width, parameter.currentWidth);
+    whole.currentHeight = std::max(height, parameter.currentHeight);
+    const RadialSampling rendered = RadialSampling::rendered(whole);
+    const RadialSampling ideal = rendered.at(static_cast<double>(parameter.frameImageRadius) / recorded);
+    return rendered.largestDeviation(ideal, std::hypot(whole.currentWidth, whole.currentHeight) / 2.0);
 }
 
 } // namespace Host

@@ -1,6 +1,5 @@
 #include "Map/FrameGeometry.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace Host {
@@ -34,15 +33,7 @@ double FrameGeometry::formatHalfDiagonal() const { return halfDiagonal(format); 
 double FrameGeometry::boxHalfDiagonal() const { return halfDiagonal(box); }
 
 double FrameGeometry::deviation() const {
-    constexpr double step = 0.5; // px; the curves are smooth over hundreds of them
-    const RadialSampling rendered = sampling(Geometry::Node);
-    const RadialSampling ideal = sampling(Geometry::Ideal);
-    const double end = boxHalfDiagonal();
-    double largest = 0.0;
-    for (double distance = 0.0; distance <= end; distance += step) {
-        largest = std::max(largest, std::abs(rendered.sourceDistance(distance) - ideal.sourceDistance(distance)));
-    }
-    return largest;
+    return sampling(Geometry::Node).largestDeviation(sampling(Geometry::Ideal), boxHalfDiagonal());
 }
 
 bool FrameGeometry::isSameMap(const FrameGeometry& other) const {

@@ -1,5 +1,6 @@
 #include "Map/RadialSampling.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace Host {
@@ -26,6 +27,16 @@ double RadialSampling::sourceDistance(double distance) const {
         sum = sum * x + *coefficient;
     }
     return sum / m_scale;
+}
+
+double RadialSampling::largestDeviation(const RadialSampling& other, double end) const {
+    constexpr int stepCount = 512; // the curves are smooth, and mostly the largest deviation is at the end
+    double largest = 0.0;
+    for (int step = 0; step <= stepCount; ++step) {
+        const double distance = end * step / stepCount;
+        largest = std::max(largest, std::abs(sourceDistance(distance) - other.sourceDistance(distance)));
+    }
+    return largest;
 }
 
 } // namespace Host

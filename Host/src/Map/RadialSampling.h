@@ -28,6 +28,9 @@ public:
     /// The quotient of both; 1 at the centre.
     double factor(double distance) const { return distance > 0.0 ? sourceDistance(distance) / distance : 1.0; }
 
+    /// Largest distance in px between where both sample, up to `end` px from the centre of the rendered picture.
+    double largestDeviation(const RadialSampling& other, double end) const;
+
     bool operator==(const RadialSampling&) const = default;
 
 private:
