@@ -19,23 +19,6 @@ namespace {
 
 using RecordingFormatDatabase::RecordingFormat;
 
-// The options of a job that would only undistort.
-RenderOptions clipOptions(const std::string& clip, const std::string& correctionFile, const std::string& imageArea,
-                          const std::string& clipResolution) {
-    if (imageArea.empty() != clipResolution.empty()) {
-        throw Failure(ExitCode::WrongUse, "--image-area and --clip-resolution belong together.");
-    }
-    RenderOptions options;
-    options.clip = clip;
-    options.distortion = RenderOptions::Distortion::Undistort;
-    if (!correctionFile.empty()) options.correctionFile = correctionFile;
-    if (!imageArea.empty()) {
-        options.imageArea = parseMillimetreSize("--image-area", imageArea);
-        options.clipResolution = parsePixelSize("--clip-resolution", clipResolution);
-    }
-    return options;
-}
-
 std::optional<RecordingFormat> manualFormat(const RenderOptions& options) {
     if (!options.imageArea) return std::nullopt;
     const MillimetreSize& area = *options.imageArea;
@@ -46,8 +29,9 @@ std::optional<RecordingFormat> manualFormat(const RenderOptions& options) {
 InfoReport reportOn(const RenderOptions& options) {
     const bool isCorrectionFile = std::filesystem::path(options.clip).extension() == ".olcf";
     if (!isCorrectionFile) return clipInfo(options);
-    if (options.correctionFile) {
-        throw Failure(ExitCode::WrongUse, "--correction-file goes with a clip, not with a correction file.");
+    if (options.correctionFile || options.overscan) {
+        throw Failure(ExitCode::WrongUse, fmt::format("{} goes with a clip, not with a correction file.",
+                                                      options.correctionFile ? "--correction-file" : "--overscan"));
     }
     return fileInfo(options.clip, manualFormat(options), options.frames);
 }
@@ -63,9 +47,7 @@ std::string InfoCommand::example() const {
 void InfoCommand::declareOptions(CLI::App& app) {
     app.add_option("PATH", m_path, "Correction file (.olcf), or a clip: movie, file pattern, picture file, or folder")
         ->required();
-    app.add_option("--correction-file", m_correctionFile, "Use this file instead of the one found around the clip");
-    app.add_option("--image-area", m_imageArea, "Recording format: sensor area in mm, WxH; needs --clip-resolution");
-    app.add_option("--clip-resolution", m_clipResolution, "Recording format: clip in px, WxH; needs --image-area");
+    m_lensData.declareOptions(app);
     app.add_option("--range", m_range, "Only these frames: a list such as 1001-1100x2,1200; without it all");
     app.add_flag("--frames", m_withFrames, "Tell it for each frame");
     app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/info.json)");
@@ -73,7 +55,9 @@ void InfoCommand::declareOptions(CLI::App& app) {
 }
 
 ExitCode InfoCommand::run() {
-    RenderOptions options = clipOptions(m_path, m_correctionFile, m_imageArea, m_clipResolution);
+    RenderOptions options;
+    static_cast<LensDataOptions&>(options) = m_lensData.read();
+    options.clip = m_path;
     options.decoding = m_decoding.read();
     if (!m_range.empty()) options.frames = FrameRange::parse(m_range);
     const InfoReport report = reportOn(options);

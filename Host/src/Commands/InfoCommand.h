@@ -4,6 +4,7 @@
 
 #include "Commands/Command.h"
 #include "Render/DecodingOptions.h"
+#include "Render/LensDataOptions.h"
 
 namespace Host {
 
@@ -19,11 +20,9 @@ public:
     ExitCode run() override;
 
 private:
-    std::string m_path;           ///< a correction file or a clip
-    std::string m_correctionFile; ///< empty: the one that is found around the clip
-    std::string m_imageArea;      ///< empty, as m_clipResolution: the format that the file implies
-    std::string m_clipResolution;
+    std::string m_path;  ///< a correction file or a clip
     std::string m_range; ///< empty: all frames
+    LensDataOptionsReader m_lensData;
     DecodingOptionsReader m_decoding;
     bool m_withFrames = false;
     bool m_asJson = false;

@@ -1,7 +1,6 @@
 #include "Inspect/ClipInfo.h"
 
 #include <boost/filesystem.hpp>
-#include <cmath>
 #include <exception>
 #include <memory>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "CorrectionFile/Finder/NotFoundException.h"
 #include "DataSource.h"
 #include "LensCorrection.h"
+#include "Map/RecordedFrame.h"
 #include "Render/Clip.h"
 #include "Render/CorrectionChain.h"
 
@@ -32,17 +32,10 @@ public:
     }
     bool frameData(Core::FrameData& frameData) const override {
         if (!DataSource::frameData(frameData)) return false;
-        const DD::Image::Format& format = m_op->format();
-        frameData.width = centred(m_op->frameWidth(), format.w());
-        frameData.height = centred(m_op->frameHeight(), format.h());
+        const PixelSize box = RecordedFrame(*m_op).box({m_op->frameWidth(), m_op->frameHeight()});
+        frameData.width = box.width;
+        frameData.height = box.height;
         return true;
-    }
-
-private:
-    // As much on either side of the format.
-    static std::uint32_t centred(unsigned int frame, int format) {
-        const double margin = std::round((static_cast<double>(frame) - format) * 0.5);
-        return static_cast<std::uint32_t>(format + 2 * static_cast<int>(margin));
     }
 };
 
@@ -94,7 +87,7 @@ FrameInfo infoOf(std::int32_t frame, const Clip& clip, CorrectionChain& chain) {
             nodeError = error;
         }
         Core::FramePreparation preparation(std::make_unique<NodeFrameSource>(&chain.lastNode()));
-        info = frameInfo(frame, preparation);
+        info = frameInfo(frame, preparation, RecordedFrame(chain.lastNode()));
         info.file = path;
         // What the node shows is the truth; without a device, say, the core would still know everything else.
         if (nodeError && info.error.empty()) {

@@ -42,9 +42,11 @@ InfoReport fileInfo(const std::string& path, std::optional<RecordingFormatDataba
     Core::FramePreparation preparation(std::make_unique<FileFrameSource>(
         path, report.file->content->header.videoFileName, report.recordingFormat.clipResolutionWidth,
         report.recordingFormat.clipResolutionHeight, manualFormat, frameNumber));
+    const RecordedFrame recorded(
+        {report.recordingFormat.clipResolutionWidth, report.recordingFormat.clipResolutionHeight});
     for (const std::int64_t frame : framesOf(*report.file->content, range)) {
         frameNumber = static_cast<std::uint32_t>(frame);
-        report.frames.push_back(frameInfo(frame, preparation));
+        report.frames.push_back(frameInfo(frame, preparation, recorded));
     }
     return report;
 }

@@ -15,14 +15,27 @@ namespace {
 // Half the distance between opposite corner pixels' centres, as the overscan is defined.
 double halfDiagonal(double width, double height) { return std::hypot(width - 1.0, height - 1.0) / 2.0; }
 
-FrameInfo::Undistortion undistortionOf(const Renderer::DistortionParameter& parameter) {
+// What the node is told for the whole box that it renders.
+Renderer::DistortionParameter boxed(const Renderer::DistortionParameter& parameter, PixelSize undistorted,
+                                    const RecordedFrame& recorded) {
+    const PixelSize box = recorded.box(
+        {std::max(undistorted.width, parameter.currentWidth), std::max(undistorted.height, parameter.currentHeight)});
+    Renderer::DistortionParameter result = parameter;
+    result.currentWidth = box.width;
+    result.currentHeight = box.height;
+    return result;
+}
+
+FrameInfo::Undistortion undistortionOf(const Renderer::DistortionParameter& parameter,
+                                       const Core::FrameToCorrect& frame, const RecordedFrame& recorded) {
     FrameInfo::Undistortion undistortion;
-    Renderer::DistortionRenderer::frameSize(parameter, undistortion.size.width, undistortion.size.height);
-    undistortion.overscan =
-        static_cast<float>(100.0 * (halfDiagonal(undistortion.size.width, undistortion.size.height) /
-                                        halfDiagonal(parameter.currentWidth, parameter.currentHeight) -
-                                    1.0));
-    undistortion.deviation = undistortionDeviation(parameter);
+    PixelSize& size = undistortion.size;
+    Renderer::DistortionRenderer::frameSize(parameter, size.width, size.height);
+    undistortion.overscan = static_cast<float>(
+        100.0 *
+        (halfDiagonal(size.width, size.height) / halfDiagonal(parameter.currentWidth, parameter.currentHeight) - 1.0));
+    undistortion.deviation =
+        nodeDeviation(boxed(parameter, size, recorded), recorded.millimetresPerPixel(frame.recordingFormat));
     undistortion.imageRadius = parameter.frameImageRadius;
     undistortion.correctedRadius = parameter.imageRadius;
     return undistortion;
@@ -36,14 +49,15 @@ std::string detailsOf(const Exception& exception) {
 
 } // namespace
 
-FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation) {
+FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation, const RecordedFrame& recorded) {
     FrameInfo info;
     info.frame = frame;
     try {
         info.prepared = preparation.retrieveFrameToCorrect();
         if (!info.prepared) return info;
         info.parameters = preparation.parameters(*info.prepared);
-        if (info.parameters.distortion) info.undistortion = undistortionOf(*info.parameters.distortion);
+        if (info.parameters.distortion)
+            info.undistortion = undistortionOf(*info.parameters.distortion, *info.prepared, recorded);
     } catch (const Exception& exception) {
         info.error = exception.what();
         info.details = detailsOf(exception);
@@ -51,20 +65,6 @@ FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation) {
         info.error = exception.what();
     }
     return info;
-}
-
-double undistortionDeviation(const Renderer::DistortionParameter& parameter) {
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    Renderer::DistortionRenderer::frameSize(parameter, width, height);
-    // The kernels measure to the corners' outer edges.
-    const double recorded = std::hypot(parameter.currentWidth, parameter.currentHeight) / 2.0;
-    Renderer::DistortionParameter whole = parameter;
-    whole.currentWidth = std::max(width, parameter.currentWidth);
-    whole.currentHeight = std::max(height, parameter.currentHeight);
-    const RadialSampling rendered = RadialSampling::rendered(whole);
-    const RadialSampling ideal = rendered.at(static_cast<double>(parameter.frameImageRadius) / recorded);
-    return rendered.largestDeviation(ideal, std::hypot(whole.currentWidth, whole.currentHeight) / 2.0);
 }
 
 } // namespace Host

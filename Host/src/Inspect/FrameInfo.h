@@ -6,6 +6,7 @@
 
 #include "Console/Dimensions.h"
 #include "Core/FramePreparation.h"
+#include "Map/RecordedFrame.h"
 
 namespace Host {
 
@@ -15,7 +16,7 @@ struct FrameInfo {
     struct Undistortion {
         PixelSize size;               ///< that holds the whole corrected picture
         float overscan = 0.0f;        ///< %, by which that frame's half-diagonal exceeds the recorded frame's
-        double deviation = 0.0;       ///< px; see undistortionDeviation
+        double deviation = 0.0;       ///< px; as FrameGeometry::deviation
         float imageRadius = 0.0f;     ///< mm, of the recorded frame's corner
         float correctedRadius = 0.0f; ///< mm, where that corner comes to lie
     };
@@ -30,14 +31,8 @@ struct FrameInfo {
 };
 
 /// Lets the core prepare the frame that the preparation's data source stands for now, with the core's own texts when
-/// that fails. Both corrections should be wanted, undistorting.
-FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation);
-
-/// Largest distance in px between where the plug-in's undistorting render samples the plate and where it ideally would.
-///
-/// The render's half-diagonal stands for the corrected picture's corner. But a frame is never made smaller than it was
-/// (and grows to hold the edges' middles), so where the corrected picture's corner lies within the rendered frame, the
-/// lens is evaluated too near the centre everywhere. Throws what sizing the frame throws.
-double undistortionDeviation(const Renderer::DistortionParameter& parameter);
+/// that fails. Both corrections should be wanted, undistorting; the data source tells the size of the frame before the
+/// core enlarges it, `recorded` what it is a frame of.
+FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation, const RecordedFrame& recorded);
 
 } // namespace Host

@@ -32,9 +32,7 @@ double FrameGeometry::formatHalfDiagonal() const { return halfDiagonal(format); 
 
 double FrameGeometry::boxHalfDiagonal() const { return halfDiagonal(box); }
 
-double FrameGeometry::deviation() const {
-    return sampling(Geometry::Node).largestDeviation(sampling(Geometry::Ideal), boxHalfDiagonal());
-}
+double FrameGeometry::deviation() const { return nodeDeviation(node, idealMillimetresPerPixel); }
 
 bool FrameGeometry::isSameMap(const FrameGeometry& other) const {
     return format == other.format && box == other.box && pixelAspectRatio == other.pixelAspectRatio &&

@@ -12,6 +12,7 @@
 #include "Inspect/CorrectionFileData.h"
 #include "LensDistortionCorrection.h"
 #include "LensDistortionDataSource.h"
+#include "Map/RecordedFrame.h"
 #include "Render/PlaneTransfer.h"
 
 namespace Host {
@@ -73,18 +74,6 @@ std::string shownPathFor(const CorrectionData::Header& header) {
     if (isKnownWhole) return "/" + name;
     const bool isClipNamePlain = !header.clipName.empty() && header.clipName.find('.') == std::string::npos;
     return "/" + (isClipNamePlain ? header.clipName : name) + ".0.exr";
-}
-
-/// Half the recorded frame's diagonal, px: of the format, or of what remains when a part of the format is overscan.
-double recordedHalfDiagonal(const LensCorrection& node, const HostImage::Window& format) {
-    double width = static_cast<double>(format.width());
-    double height = static_cast<double>(format.height());
-    if (node.overscanLocation() == LensCorrection::Format) {
-        const double factor = 1.0 / (static_cast<double>(node.overscanAmount()) / 100.0 + 1.0);
-        width = std::round(width * factor);
-        height = std::round(height * factor);
-    }
-    return std::hypot(width, height) / 2.0;
 }
 
 template <typename Operation>
@@ -187,10 +176,8 @@ LensGeometry::Node& LensGeometry::node(Direction direction, bool hasSeparatePlat
     options.distortion =
         direction == Direction::Undistort ? RenderOptions::Distortion::Undistort : RenderOptions::Distortion::Distort;
     if (m_plate || hasSeparatePlate) options.plate = m_options.plate.value_or(m_options.input);
-    options.correctionFile = m_clip ? m_options.correctionFile : m_options.input;
-    options.imageArea = m_options.imageArea;
-    options.clipResolution = m_options.clipResolution;
-    options.overscan = m_options.overscan;
+    static_cast<LensDataOptions&>(options) = m_options;
+    if (!m_clip) options.correctionFile = m_options.input;
     node = std::make_unique<Node>(std::move(options));
     return *node;
 }
@@ -209,8 +196,7 @@ FrameGeometry LensGeometry::validated(std::int32_t frame, Node& node, const Clip
         geometry.lens = node.preparation.retrieveFrameToCorrect().value();
         geometry.node = node.preparation.parameters(geometry.lens).distortion.value();
     });
-    geometry.idealMillimetresPerPixel = static_cast<double>(geometry.lens.recordingFormat.imageRadius) /
-                                        recordedHalfDiagonal(node.node, part.displayWindow);
+    geometry.idealMillimetresPerPixel = RecordedFrame(node.node).millimetresPerPixel(geometry.lens.recordingFormat);
     return geometry;
 }
 

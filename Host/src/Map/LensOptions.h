@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "Console/Dimensions.h"
 #include "Frames/FrameRange.h"
+#include "Render/LensDataOptions.h"
 
 namespace CLI {
 class App;
@@ -15,14 +15,10 @@ class App;
 namespace Host {
 
 /// Where a command takes its frames and their lens data from.
-struct LensOptions {
+struct LensOptions : LensDataOptions {
     std::string input;             ///< a clip; with `size` a correction file
     std::optional<PixelSize> size; ///< the frames of a correction file, looked at without their clip
     std::optional<std::string> plate;
-    std::optional<std::string> correctionFile;
-    std::optional<MillimetreSize> imageArea; ///< both or neither of these two
-    std::optional<PixelSize> clipResolution;
-    std::optional<float> overscan; ///< percent, inside the format; without it the data window is the overscan
     std::optional<FrameRange> frames;
 };
 

@@ -5,12 +5,19 @@
 
 namespace Host {
 
+namespace {
+
+double halfDiagonal(const Renderer::DistortionParameter& p) {
+    return std::hypot(p.currentWidth, p.currentHeight) / 2.0;
+}
+
+} // namespace
+
 RadialSampling RadialSampling::rendered(const Renderer::DistortionParameter& p) {
     RadialSampling sampling;
     sampling.m_coefficients = {double{p.a0}, double{p.a1}, double{p.a2}, double{p.a3},
                                double{p.a4}, double{p.a5}, double{p.a6}};
-    const double halfDiagonal = std::hypot(p.currentWidth, p.currentHeight) / 2.0;
-    sampling.m_scale = static_cast<double>(p.imageRadius) / halfDiagonal;
+    sampling.m_scale = static_cast<double>(p.imageRadius) / halfDiagonal(p);
     return sampling;
 }
 
@@ -29,12 +36,15 @@ double RadialSampling::sourceDistance(double distance) const {
     return sum / m_scale;
 }
 
-double RadialSampling::largestDeviation(const RadialSampling& other, double end) const {
-    constexpr int stepCount = 512; // the curves are smooth, and mostly the largest deviation is at the end
+double nodeDeviation(const Renderer::DistortionParameter& node, double idealMillimetresPerPixel) {
+    constexpr int stepCount = 512; // the curves are smooth, and mostly the largest deviation is at the corner
+    const RadialSampling rendered = RadialSampling::rendered(node);
+    const RadialSampling ideal = rendered.at(idealMillimetresPerPixel);
+    const double end = halfDiagonal(node);
     double largest = 0.0;
     for (int step = 0; step <= stepCount; ++step) {
         const double distance = end * step / stepCount;
-        largest = std::max(largest, std::abs(sourceDistance(distance) - other.sourceDistance(distance)));
+        largest = std::max(largest, std::abs(rendered.sourceDistance(distance) - ideal.sourceDistance(distance)));
     }
     return largest;
 }

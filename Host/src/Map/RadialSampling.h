@@ -28,14 +28,15 @@ public:
     /// The quotient of both; 1 at the centre.
     double factor(double distance) const { return distance > 0.0 ? sourceDistance(distance) / distance : 1.0; }
 
-    /// Largest distance in px between where both sample, up to `end` px from the centre of the rendered picture.
-    double largestDeviation(const RadialSampling& other, double end) const;
-
     bool operator==(const RadialSampling&) const = default;
 
 private:
     std::array<double, 7> m_coefficients{}; ///< mm in the rendered picture → mm in its source
     double m_scale = 1.0;
 };
+
+/// Largest distance in px between where a node samples that renders the parameter's picture and where it ideally would,
+/// at the given scale.
+double nodeDeviation(const Renderer::DistortionParameter& node, double idealMillimetresPerPixel);
 
 } // namespace Host

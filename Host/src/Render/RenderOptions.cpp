@@ -11,16 +11,15 @@
 namespace Host {
 
 struct RenderOptionsReader::Texts {
-    std::string clip, output, distortion, shading, plate, correctionFile, imageArea, clipResolution, frames, pixelType,
-        compression, memory;
+    std::string clip, output, distortion, shading, plate, frames, pixelType, compression, memory;
     std::string window = "box";
     std::string boxSize = "frame";
     std::string progress = "auto";
     bool renderMap = false, skipExisting = false, overwrite = false, keepGoing = false, stopOnError = false,
          force = false;
-    std::optional<float> overscan;
     std::optional<std::int32_t> start, end, step;
     unsigned int threads = 0;
+    LensDataOptionsReader lensData;
     DecodingOptionsReader decoding;
 };
 
@@ -65,11 +64,7 @@ void RenderOptionsReader::declareOptions(CLI::App& app) {
 
     CLI::Option_group& lens = *app.add_option_group("Lens data");
     lens.add_option("--plate", t.plate, "CLIP is CG; the lens data come from this clip");
-    lens.add_option("--correction-file", t.correctionFile, "Use this file instead of the one found around the clip");
-    lens.add_option("--image-area", t.imageArea, "Recording format: sensor area in mm, WxH; needs --clip-resolution");
-    lens.add_option("--clip-resolution", t.clipResolution, "Recording format: clip in px, WxH; needs --image-area");
-    lens.add_option("--overscan", t.overscan,
-                    "Overscan inside the format, in percent; without it the data window is the overscan");
+    t.lensData.declareOptions(lens);
 
     CLI::Option_group& range = *app.add_option_group("Frames", "Without any of them, all frames that exist");
     range.add_option("--frames", t.frames, "List such as 1001-1100x2,1200");
@@ -131,25 +126,7 @@ RenderOptions RenderOptionsReader::read() const {
     options.renderMap = t.renderMap;
 
     options.plate = given(t.plate);
-    options.correctionFile = given(t.correctionFile);
-    if (t.imageArea.empty() != t.clipResolution.empty()) refuse("--image-area and --clip-resolution belong together.");
-    if (!t.imageArea.empty()) {
-        options.imageArea = parseMillimetreSize("--image-area", t.imageArea);
-        options.clipResolution = parsePixelSize("--clip-resolution", t.clipResolution);
-        // The nodes' controls end there.
-        if (options.imageArea->width > 36.0f || options.imageArea->height > 24.0f)
-            refuse(fmt::format("--image-area {} is larger than 36x24 mm, the largest sensor that is supported.",
-                               t.imageArea));
-        if (options.clipResolution->width > 7680 || options.clipResolution->height > 4320)
-            refuse(
-                fmt::format("--clip-resolution {} is larger than 7680x4320 px, the largest clip that is supported "
-                            "here; give a smaller one of the same aspect ratio.",
-                            t.clipResolution));
-    }
-    if (t.overscan && !(*t.overscan >= 0.0f && *t.overscan <= 1000.0f)) {
-        refuse(fmt::format("--overscan {} is not between 0 and 1000 percent.", *t.overscan));
-    }
-    options.overscan = t.overscan;
+    static_cast<LensDataOptions&>(options) = t.lensData.read();
 
     options.frames = framesOf(t.frames, t.start, t.end, t.step);
     if (!t.pixelType.empty()) {

@@ -5,10 +5,10 @@
 #include <optional>
 #include <string>
 
-#include "Console/Dimensions.h"
 #include "Frames/FilePattern.h"
 #include "Frames/FrameRange.h"
 #include "Render/DecodingOptions.h"
+#include "Render/LensDataOptions.h"
 
 namespace CLI {
 class App;
@@ -17,7 +17,7 @@ class App;
 namespace Host {
 
 /// What a render job is to do; checked as far as that is possible without looking at the clip.
-struct RenderOptions {
+struct RenderOptions : LensDataOptions {
     enum class Distortion { None, Undistort, Distort };
     enum class Shading { None, Remove, Add };
     enum class Window {
@@ -37,11 +37,7 @@ struct RenderOptions {
     Shading shading = Shading::None;
     bool renderMap = false; ///< only one correction is wanted then
 
-    std::optional<std::string> plate;          ///< the lens data come from this clip; `clip` is CG then
-    std::optional<std::string> correctionFile; ///< instead of the one that is found around the clip
-    std::optional<MillimetreSize> imageArea;   ///< both or neither of these two: a manual recording format
-    std::optional<PixelSize> clipResolution;
-    std::optional<float> overscan; ///< percent, inside the format; without it the data window is the overscan
+    std::optional<std::string> plate; ///< the lens data come from this clip; `clip` is CG then
 
     std::optional<FrameRange> frames;       ///< without it, what exists on disk
     std::optional<PixelType> pixelType;     ///< without it, the clip's

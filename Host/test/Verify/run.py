@@ -1,6 +1,7 @@
 """lenscorrect verify: what it measures, and what it answers."""
 import json
 import os
+import subprocess
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
@@ -46,11 +47,38 @@ class Verify(program.ProgramTest):
             # Interpolation bends the places by their curvature, and the picture's faded border is left out.
             self.assertAlmostEqual(frame["errors"]["maps"], frame["errors"]["rendered"], delta=0.01)
 
-    def test_agrees_with_info_about_the_deviation(self):
+    def info_deviations(self, *arguments):
+        result = self.run_program("info", *arguments, "--frames", "--json")
+        self.expect(result, 0, errors="")
+        return [frame["undistortion"]["deviation"] for frame in json.loads(result.stdout)["frames"]]
+
+    def deviations(self, *arguments):
+        return [frame["errors"]["deviation"] for frame in self.verify(*arguments)["frames"]]
+
+    def test_agrees_with_info_about_the_deviation_for_a_correction_file(self):
         self.write("a.olcf", olcf.text())
-        info = json.loads(self.run_program("info", "a.olcf", "--frames", "--json").stdout)
-        self.assertAlmostEqual(info["frames"][0]["undistortion"]["deviation"],
-                               self.errors("a.olcf", "--size", "1920x1080")["deviation"], delta=0.01)
+        self.assertEqual(self.info_deviations("a.olcf"), self.deviations("a.olcf", "--size", "1920x1080"))
+
+    def test_agrees_with_info_about_the_deviation_of_a_clip(self):
+        self.expect(self.run_program("sample", "clip", "--size", "640x360", "--frames", "2", "--progress", "none"), 0)
+        self.assertEqual(self.info_deviations("clip/plate.%04d.exr"), self.deviations("clip/plate.%04d.exr"))
+
+    def test_agrees_with_info_about_the_deviation_of_a_clip_with_overscan_beyond_its_format(self):
+        self.expect(self.run_program("sample", "clip", "--size", "640x360", "--frames", "1", "--progress", "none"), 0)
+        subprocess.run(["oiiotool", self.path("clip", "plate.1001.exr"), "--crop", "700x390-30-15",
+                        "-o", self.path("clip", "plate.1001.exr")], check=True, capture_output=True)
+        self.assertEqual(self.info_deviations("clip/plate.%04d.exr"), self.deviations("clip/plate.%04d.exr"))
+
+    def test_agrees_with_info_about_the_deviation_of_a_clip_with_overscan_inside_its_format(self):
+        self.expect(self.run_program("sample", "clip", "--size", "640x360", "--frames", "1", "--progress", "none"), 0)
+        self.assertEqual(self.info_deviations("clip/plate.%04d.exr", "--overscan", "10"),
+                         self.deviations("clip/plate.%04d.exr", "--overscan", "10"))
+
+    def test_refuses_a_recording_format_beyond_the_nodes_controls(self):
+        self.write("a.olcf", olcf.text())
+        self.expect(self.run_program("verify", "a.olcf", "--size", "1920x1080", "--image-area", "40x22.5",
+                                     "--clip-resolution", "1920x1080"), 2, "",
+                    "lenscorrect: --image-area 40x22.5 is larger than 36x24 mm, the largest sensor that is supported.\n")
 
     def test_knows_the_sizes_of_both_steps(self):
         self.write("a.olcf", olcf.text())

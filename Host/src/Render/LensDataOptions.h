@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Console/Dimensions.h"
+
+namespace CLI {
+class App;
+}
+
+namespace Host {
+
+/// What is said by hand about a clip's lens data and frames; without it, all of it is found.
+struct LensDataOptions {
+    std::optional<std::string> correctionFile; ///< instead of the one that is found around the clip
+    std::optional<MillimetreSize> imageArea;   ///< both or neither of these two: a manual recording format
+    std::optional<PixelSize> clipResolution;
+    std::optional<float> overscan; ///< percent, inside the format; without it the data window is the overscan
+};
+
+/// Reads LensDataOptions from a command line.
+class LensDataOptionsReader {
+public:
+    /// Declares the options; the reader outlives the parse.
+    void declareOptions(CLI::App& app);
+
+    /// The options of the last parse. Throws Failure (WrongUse) with what does not go together, is not understood, or
+    /// is beyond the nodes' controls.
+    LensDataOptions read() const;
+
+private:
+    std::string m_correctionFile, m_imageArea, m_clipResolution; ///< as written; empty: not given
+    std::optional<float> m_overscan;
+};
+
+} // namespace Host
