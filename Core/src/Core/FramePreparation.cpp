@@ -155,7 +155,7 @@ std::optional<FrameToCorrect> FramePreparation::retrieveFrameToCorrect() {
         if (!frame.wantedShading && !frame.wantedDistortion) return std::nullopt;
         retrieveRecordingFormat(frame);
         frame.frameData = retrieveFrameData();
-        retrieveRecord(frame);
+        retrieveCorrectionFrameData(frame);
         frame.source = m_containerSource;
     }
     checkAspectRatio(frame.frameData, frame.recordingFormat);
@@ -205,7 +205,7 @@ FrameData FramePreparation::retrieveFrameData() const {
     return frameData;
 }
 
-void FramePreparation::retrieveRecord(FrameToCorrect& frame) {
+void FramePreparation::retrieveCorrectionFrameData(FrameToCorrect& frame) {
     const FrameData& frameData = frame.frameData;
     ExtendedManagedContainer* const container = extendedManagedContainer();
     const std::lock_guard<std::mutex> lock(containerManagerLock());

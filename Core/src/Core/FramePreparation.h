@@ -82,7 +82,7 @@ public:
 private:
     void retrieveRecordingFormat(FrameToCorrect& frame);
     FrameData retrieveFrameData() const;
-    void retrieveRecord(FrameToCorrect& frame);
+    void retrieveCorrectionFrameData(FrameToCorrect& frame);
 
     ExtendedManagedContainer* extendedManagedContainer();
     ContainerSource containerSource() const;
