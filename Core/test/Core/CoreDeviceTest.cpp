@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/algorithm/string/replace.hpp>
+
 #include "Core/Core.h"
 #include "Core/FakeCoreDataSource.h"
 #include "Support/FakeOpenCL.h"
@@ -25,16 +27,25 @@ protected:
         unsigned int height = 0;
         return m_core.frameSize(width, height);
     }
+
+    std::string failureOfFrameSize() {
+        EXPECT_FALSE(frameSize());
+        return Support::briefErrorOf(m_core);
+    }
 };
 
 } // namespace
 
+TEST_F(CoreDeviceTest, IsMissedBeforeAFitThatFails) {
+    fakeOpenCL.platforms.clear();
+    m_host.frameMetadata = boost::replace_first_copy(Support::jsonRecord, "7.5, 10", "10, 10");
+    EXPECT_EQ(failureOfFrameSize(), "No devices were found!");
+}
+
 TEST_F(CoreDeviceTest, IsLookedForAgainAfterNoneWasThere) {
     const auto platforms = fakeOpenCL.platforms;
     fakeOpenCL.platforms.clear();
-    EXPECT_FALSE(frameSize());
-    char text[4096];
-    EXPECT_TRUE(m_core.briefErrorDescription(text, sizeof(text)));
+    EXPECT_EQ(failureOfFrameSize(), "No devices were found!");
     fakeOpenCL.platforms = platforms;
     EXPECT_TRUE(frameSize());
 }
@@ -45,9 +56,19 @@ TEST_F(CoreDeviceTest, IsNotTouchedUntilACorrectionIsWanted) {
     EXPECT_TRUE(fakeOpenCL.calls.empty());
 }
 
-TEST_F(CoreDeviceTest, IsPreparedOnceForAllFrames) {
+TEST_F(CoreDeviceTest, IsNotTouchedForAFrameThatDoesNotFitItsRecordingFormat) {
+    m_host.frameData = Support::frameOf(64, 64);
+    EXPECT_EQ(failureOfFrameSize(),
+              "Aspect ratio of the current frame is not as expected. Recommended resolution is 64x34 px.");
+    EXPECT_TRUE(fakeOpenCL.calls.empty());
+}
+
+TEST_F(CoreDeviceTest, IsPreparedOnceForAllFramesAndBothCorrections) {
     ASSERT_TRUE(frameSize());
     const std::size_t calls = fakeOpenCL.calls.size();
+    EXPECT_TRUE(frameSize());
+    m_host.shading.reset();
+    m_host.distortion.emplace();
     EXPECT_TRUE(frameSize());
     EXPECT_EQ(fakeOpenCL.calls.size(), calls);
 }

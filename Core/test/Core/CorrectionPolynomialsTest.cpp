@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
 
 using CorrectionData::CoefficentCalculationFailedException;
@@ -22,6 +24,11 @@ Frame ordinaryFrame() {
 TEST(CorrectionPolynomials, evaluateAllSevenCoefficients) {
     EXPECT_FLOAT_EQ(1 + 2 * 2 + 3 * 4 + 4 * 8 + 5 * 16 + 6 * 32 + 7 * 64,
                     (Core::Polynomial{{1, 2, 3, 4, 5, 6, 7}}.at(2.0f)));
+}
+
+TEST(CorrectionPolynomials, evaluateTermByTermInSinglePrecision) {
+    const float small = std::ldexp(1.0f, -25); // a quarter of what follows 1
+    EXPECT_EQ(1.0f, (Core::Polynomial{{1, small, small, small, small, small, small}}.at(1.0f)));
 }
 
 TEST(CorrectionPolynomials, positiveDistortionDrawsAHeightInward) {
