@@ -52,14 +52,14 @@ const char* word(RecordKey key) {
     return "";
 }
 
-const char* word(RecordingFormatOrigin::Kind kind) {
+const char* word(RecordingFormatOrigin::Kind kind, bool isFrameRecord) {
     switch (kind) {
         case RecordingFormatOrigin::Kind::None:
             return "none";
         case RecordingFormatOrigin::Kind::User:
             return "manual";
         case RecordingFormatOrigin::Kind::Header:
-            return "header";
+            return isFrameRecord ? "record" : "header";
         case RecordingFormatOrigin::Kind::Database:
             return "database";
     }
@@ -132,14 +132,14 @@ std::string line(const char* name, const std::string& value) { return fmt::forma
 
 std::string sizeText(const PixelSize& size) { return fmt::format("{} x {}", size.width, size.height); }
 
-std::string originText(const RecordingFormatOrigin& origin) {
+std::string originText(const RecordingFormatOrigin& origin, bool isFrameRecord) {
     switch (origin.kind) {
         case RecordingFormatOrigin::Kind::None:
             return "unknown";
         case RecordingFormatOrigin::Kind::User:
             return "entered by hand";
         case RecordingFormatOrigin::Kind::Header:
-            return "from the file's header";
+            return isFrameRecord ? "from the frame's own record" : "from the file's header";
         case RecordingFormatOrigin::Kind::Database:
             return fmt::format("from the built-in table, \"{}\"", origin.name);
     }
@@ -215,12 +215,20 @@ std::size_t InfoReport::failedCount() const {
         std::count_if(frames.begin(), frames.end(), [](const FrameInfo& info) { return !info.error.empty(); }));
 }
 
+bool InfoReport::needsFile() const {
+    return frames.empty() || std::any_of(frames.begin(), frames.end(), [](const FrameInfo& info) {
+               return !info.prepared || info.prepared->key != RecordKey::OwnRecord;
+           });
+}
+
 std::string InfoReport::text(bool withFrames) const {
     std::string text;
     if (!clip.empty()) text += line("Picture files", clip);
     if (file) {
         text += line("Correction file", file->path) + headerText(file->content->header) +
                 recordsText(file->content->frames);
+    } else if (!needsFile()) {
+        text += line("Correction file", "none; the frames carry their own records");
     } else if (!fileError.empty()) {
         text += line("Correction file", fileError);
         constexpr std::size_t mostFolders = 10;
@@ -239,7 +247,7 @@ std::string InfoReport::text(bool withFrames) const {
                      fmt::format("{} x {} mm for {} x {} px, radius {:.3f} mm, {}", recordingFormat.imageAreaWidth,
                                  recordingFormat.imageAreaHeight, recordingFormat.clipResolutionWidth,
                                  recordingFormat.clipResolutionHeight, recordingFormat.imageRadius,
-                                 originText(recordingFormatOrigin)));
+                                 originText(recordingFormatOrigin, isFrameRecord)));
     }
     const auto corrected =
         std::find_if(frames.begin(), frames.end(), [](const FrameInfo& info) { return info.undistortion.has_value(); });
@@ -278,7 +286,7 @@ ordered_json InfoReport::json(bool withFrames) const {
             json["searchedFolders"] = searchedFolders;
         }
     }
-    json["recordingFormat"] = {{"origin", word(recordingFormatOrigin.kind)},
+    json["recordingFormat"] = {{"origin", word(recordingFormatOrigin.kind, isFrameRecord)},
                                {"imageAreaWidth", shortest(recordingFormat.imageAreaWidth)},
                                {"imageAreaHeight", shortest(recordingFormat.imageAreaHeight)},
                                {"clipResolutionWidth", recordingFormat.clipResolutionWidth},

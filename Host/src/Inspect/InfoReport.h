@@ -18,6 +18,7 @@ struct InfoReport {
     std::vector<std::string> searchedFolders;
     RecordingFormatDatabase::RecordingFormat recordingFormat; ///< the one that is used
     Core::RecordingFormatOrigin recordingFormatOrigin;
+    bool isFrameRecord = false; ///< the lens data of `recordingFormat` are a frame's own record, not a file's
     std::vector<FrameInfo> frames;
 
     std::size_t failedCount() const;
@@ -27,6 +28,10 @@ struct InfoReport {
 
     /// By Docs/schemas/info.json.
     nlohmann::ordered_json json(bool withFrames) const;
+
+private:
+    /// Whether a frame depends on a correction file.
+    bool needsFile() const;
 };
 
 } // namespace Host

@@ -6,6 +6,7 @@ import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
 import correction_file
+import exr
 import program
 
 
@@ -85,6 +86,31 @@ class InfoClip(program.ProgramTest):
             file.write(correction_file.text(frames=[0], videoFileName="A001C002", clipWidth="64", clipHeight="36"))
         report = self.info("--correction-file", other)
         self.assertEqual((report["correctionFile"], report["frames"][0]["record"]["frame"]), (other, 0))
+
+    RECORD = """{"recordingFormat": {"camera": {"manufacturer": "", "model": ""},
+        "clipResolution": {"width": 64, "height": 36}, "imageRadius": 18.357559750685822},
+        "frameData": {"interpolationPoints": {"heights": [0, 5, 10, 14, 17, 19, 21.4],
+        "shading": [100, 98, 93, 86, 79.5, 74.5, 68], "radialDistortion": [0, 1.2, 4.8, 9.4, 13.9, 17.3, 22]}}}"""
+
+    def write_frame_with_record(self):
+        exr.write(self.clip("A001C002.1001.exr"), exr.Part(
+            (0, 0, 63, 35), attributes={"com.orvex.LensCorrection": exr.text(self.RECORD)})
+            .fill("R", exr.HALF, lambda x, y: 0.5))
+
+    def test_names_the_frames_record_as_the_source_of_the_recording_format(self):
+        self.write_frame_with_record()
+        report = self.info()
+        self.assertEqual(report["recordingFormat"]["origin"], "record")
+        self.assertEqual(report["frames"][0]["record"]["key"], "ownRecord")
+
+    def test_misses_no_correction_file_where_the_frames_carry_records(self):
+        self.write_frame_with_record()
+        clip = self.clip("A001C002.%04d.exr")
+        lines = self.run_program("info", clip).stdout.splitlines()
+        self.assertEqual(lines[:3], [
+            f"Picture files     {clip}",
+            "Correction file   none; the frames carry their own records",
+            "Recording format  32 x 18 mm for 64 x 36 px, radius 18.358 mm, from the frame's own record"])
 
     def test_knows_all_but_the_nodes_result_without_a_device(self):
         self.write_correction([0])
