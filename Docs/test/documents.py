@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Holds README.md and Docs/*.md to the truth: documents.py commands PROGRAM DOCUMENT | links | messages | figures
+"""Holds README.md and Docs/*.md to the truth: documents.py commands PROGRAM DOCUMENT | links [FOLDER] | messages | figures
 
 commands: runs the document's blocks in their order, in a folder of its own that holds the sample clip `clip` (three small
           frames), with PROGRAM's folder on the path; of Commands.md, also looks for a heading for every command. What a
@@ -9,7 +9,7 @@ commands: runs the document's blocks in their order, in a folder of its own that
               ```text file=NAME is written into the folder as NAME (any language instead of text)
               ```text output    must be what the sh block above printed, both streams; "…" stands for anything
           Other blocks are only read.
-links:    every relative link names a file, and an existing heading of it if it has a "#".
+links:    every relative link names a file, and an existing heading of it if it has a "#"; in FOLDER, where they are installed.
 messages: every brief text of the exceptions of the core and the nodes stands in Troubleshooting.md.
 figures:  the pictures that a script beside them draws are what that script draws.
 """
@@ -22,7 +22,6 @@ import tempfile
 
 root = pathlib.Path(__file__).resolve().parent.parent.parent
 docs = root / "Docs"
-documents = [p for p in [root / "README.md", *sorted(docs.glob("*.md"))] if p.is_file()]
 breaches = []
 # Replaced by another text before anyone sees them.
 never_shown = {"An interpolation array has the wrong length.", "The text is too long or nested too deeply."}
@@ -90,7 +89,10 @@ def anchors(path):
     return {re.sub(r"[^\w\- ]", "", h.lower()).strip().replace(" ", "-") for h in headings}
 
 
-def check_links():
+def check_links(folder=root):
+    documents = [folder / "README.md", *sorted((folder / "Docs").glob("*.md"))]
+    if len(documents) < 10:
+        breaches.append(f"only {len(documents)} documents are in {folder}")
     for document in documents:
         text = re.sub(r"^```.*?^```", "", document.read_text(), flags=re.S | re.M)
         for target in re.findall(r"\]\(([^)\s]+)\)", text):
@@ -144,7 +146,9 @@ def check_figures():
 
 if sys.argv[1] == "commands":
     check_commands(pathlib.Path(sys.argv[2]), root / sys.argv[3])
+elif sys.argv[1] == "links":
+    check_links(*map(pathlib.Path, sys.argv[2:]))
 else:
-    {"links": check_links, "messages": check_messages, "figures": check_figures}[sys.argv[1]]()
+    {"messages": check_messages, "figures": check_figures}[sys.argv[1]]()
 print("\n".join(breaches))
 sys.exit(bool(breaches))

@@ -16,7 +16,7 @@ class Install(packaging.PackagingTest):
         names = packaging.files_below(self.path("tree"))
         for name in ("bin/lenscorrect", "lib/orvex/libDDImage.so", "lib/orvex/nuke/init.py", "lib/libOrvexCore.a",
                      "include/orvex/Core/Core.h", "lib/cmake/OrvexLensCorrection/OrvexLensCorrectionConfig.cmake",
-                     "share/man/man1/lenscorrect.1", "share/doc/orvex-lens-correction/Packages.md"):
+                     "share/man/man1/lenscorrect.1", "share/doc/orvex-lens-correction/Docs/Packages.md"):
             self.assertIn(name, names)
 
     def test_the_program_and_the_plugin_run_from_a_moved_tree(self):
@@ -32,6 +32,13 @@ class Install(packaging.PackagingTest):
                              ("--completion", "share/bash-completion/completions/lenscorrect")):
             with self.subTest(name), open(self.path("tree", name), encoding="utf-8") as file:
                 self.assertEqual(file.read(), self.run_command(program, "help", option))
+
+    def test_the_links_of_the_documents_lead_to_installed_files(self):
+        self.install(self.path("tree"), "program")
+        documents = os.path.join(packaging.SOURCE, "Docs", "test", "documents.py")
+        self.run_command(sys.executable, documents, "links", self.path("tree", "share/doc/orvex-lens-correction"))
+        with open(self.path("tree", "share/doc/orvex-lens-correction/Docs/Testing.md"), encoding="utf-8") as file:
+            self.assertIn("and its mending is told | Host/test/Devices | |\n", file.read())
 
     def test_nothing_refers_to_the_build_tree(self):
         self.install(self.path("tree"), "program", "plugin", "development")
