@@ -25,7 +25,7 @@ set_target_properties(HostDDImage PROPERTIES IMPORTED_LOCATION "${hostLibrary}"
     INTERFACE_INCLUDE_DIRECTORIES "${DDIMAGE_ROOT}/include")
 
 get_target_property(sources LensCorrectionNodes SOURCES)
-add_library(HostPlugin MODULE ${sources})
+add_library(HostPlugin MODULE StaticBoost.cpp ${sources})
 target_compile_features(HostPlugin PRIVATE cxx_std_17)
 target_include_directories(HostPlugin PRIVATE src)
 set_target_properties(HostPlugin PROPERTIES PREFIX "" OUTPUT_NAME OrvexLensDistortionCorrection

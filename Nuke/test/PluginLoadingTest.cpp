@@ -19,7 +19,9 @@ using namespace DD::Image;
 
 namespace {
 
-const char* const c_pluginFolder = ORVEX_PLUGIN_FOLDER;
+// The variable names a plug-in that was built elsewhere.
+const char* const c_otherFolder = std::getenv("ORVEX_PLUGIN_FOLDER");
+const char* const c_pluginFolder = c_otherFolder != nullptr ? c_otherFolder : ORVEX_PLUGIN_FOLDER;
 
 std::string outputOf(const std::string& command) {
     std::string text;

@@ -1,5 +1,6 @@
 """What the packaging tests share: the build folder under test, a folder per case, commands that must succeed."""
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -23,7 +24,7 @@ class PackagingTest(unittest.TestCase):
     def run_command(self, *command, status=0, **options):
         """The output of a command that ends with `status`."""
         result = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                                encoding="utf-8", timeout=600, **options)
+                                encoding="utf-8", timeout=900, **options)
         self.assertEqual(result.returncode, status, " ".join(command) + "\n" + result.stdout)
         return result.stdout
 
@@ -50,13 +51,30 @@ class PackagingTest(unittest.TestCase):
                                 "import ctypes, sys; ctypes.CDLL(sys.argv[1]); print(open('/proc/self/maps').read())", plugin)
         self.assertIn(os.path.join(root, "lib/orvex/libDDImage.so"), maps)
 
+    def expect_closed_plugin(self, plugin):
+        """The plug-in needs the documented libraries and no other, shows the host nothing, and names no folder."""
+        dynamic = self.run_command("readelf", "--dynamic", "--wide", plugin)
+        documented(" ".join(re.findall(r"\(NEEDED\).*\[(.*)\]", dynamic)))
+        self.assertNotRegex(dynamic, "RPATH|RUNPATH|TEXTREL")
+        self.assertEqual(self.run_command("nm", "--dynamic", "--defined-only", plugin), "")
+
 
 def documented(command):
-    """The command, a list of words, if it stands in Docs/Packages.md; the tests run what the document tells."""
+    """The words of a line, if it stands in Docs/Packages.md: the tests hold to what the document tells."""
     with open(os.path.join(SOURCE, "Docs", "Packages.md"), encoding="utf-8") as file:
         if command not in file.read().splitlines():
             raise AssertionError("Docs/Packages.md does not tell: " + command)
     return command.split()
+
+
+def make_debian_packages(folder):
+    """Makes both packages of the build in `folder`, by the documented command."""
+    words = {"build/release/CPackConfig.cmake": os.path.join(BUILD, "CPackConfig.cmake"), "packages": folder}
+    command = documented("cpack --config build/release/CPackConfig.cmake -G DEB -B packages")
+    result = subprocess.run([words.get(word, word) for word in command], stdin=subprocess.DEVNULL,
+                            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8")
+    if result.returncode:
+        raise AssertionError(result.stdout)
 
 
 def files_below(folder):
