@@ -1,4 +1,5 @@
-// A list of frames as typed: frames whose shortest text means the same frames, or wrong use; nothing else may leave.
+// A list of frames as typed: frames whose shortest text means the same frames, or wrong use; nothing else may leave. Of
+// fewer frames than a job may have: a million of them take a second under the sanitizers and teach nothing more.
 
 #include <cstddef>
 #include <cstdint>
@@ -11,12 +12,13 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
+    constexpr std::size_t most = 1000;
     try {
-        const Host::FrameRange range = Host::FrameRange::parse(text);
+        const Host::FrameRange range = Host::FrameRange::parse(text, most);
         const auto& frames = range.frames();
-        REQUIRE(!frames.empty() && frames.size() <= Host::FrameRange::maximumCount);
+        REQUIRE(!frames.empty() && frames.size() <= most);
         REQUIRE(std::unordered_set(frames.begin(), frames.end()).size() == frames.size());
-        REQUIRE(Host::FrameRange::parse(range.string()).frames() == frames);
+        REQUIRE(Host::FrameRange::parse(range.string(), most).frames() == frames);
     } catch (const Host::Failure& failure) {
         REQUIRE(failure.exitCode() == Host::ExitCode::WrongUse);
     }

@@ -32,11 +32,11 @@ std::int32_t takeNumber(const std::string& whole, std::string_view& rest) {
 
 /// Appends start, start + step … up to end. 64-bit, so that neither the last step nor the count overflows.
 void append(std::vector<std::int32_t>& frames, std::int64_t start, std::int64_t end, std::int64_t step,
-            const std::string& whole) {
+            const std::string& whole, std::size_t most = FrameRange::maximumCount) {
     const std::int64_t count = (end - start) / step + 1;
-    if (count + static_cast<std::int64_t>(frames.size()) > static_cast<std::int64_t>(FrameRange::maximumCount)) {
-        throw Failure(ExitCode::WrongUse, fmt::format("Frame range \"{}\" has more than {} frames; split the job.",
-                                                      whole, FrameRange::maximumCount));
+    if (count + static_cast<std::int64_t>(frames.size()) > static_cast<std::int64_t>(most)) {
+        throw Failure(ExitCode::WrongUse,
+                      fmt::format("Frame range \"{}\" has more than {} frames; split the job.", whole, most));
     }
     for (std::int64_t index = 0; index < count; ++index) {
         frames.push_back(static_cast<std::int32_t>(start + index * step));
@@ -44,11 +44,11 @@ void append(std::vector<std::int32_t>& frames, std::int64_t start, std::int64_t 
 }
 
 /// One piece between commas: a number, a range, or a range with a step.
-void appendPiece(std::vector<std::int32_t>& frames, const std::string& piece) {
+void appendPiece(std::vector<std::int32_t>& frames, const std::string& piece, std::size_t most) {
     std::string_view rest = piece;
     const std::int32_t start = takeNumber(piece, rest);
     if (rest.empty()) {
-        append(frames, start, start, 1, piece);
+        append(frames, start, start, 1, piece, most);
         return;
     }
     if (rest.front() != '-') refuse(piece, fmt::format("\"{}\" does not belong there.", rest));
@@ -65,7 +65,7 @@ void appendPiece(std::vector<std::int32_t>& frames, const std::string& piece) {
         step = end < start && written > 0 ? -written : written;
         if (start == end) step = 1;
     }
-    append(frames, start, end, step, piece);
+    append(frames, start, end, step, piece, most);
 }
 
 std::vector<std::int32_t> withoutRepeats(const std::vector<std::int32_t>& frames) {
@@ -80,7 +80,7 @@ std::vector<std::int32_t> withoutRepeats(const std::vector<std::int32_t>& frames
 
 } // namespace
 
-FrameRange FrameRange::parse(const std::string& text) {
+FrameRange FrameRange::parse(const std::string& text, std::size_t most) {
     if (text.find(':') != std::string::npos) {
         throw Failure(
             ExitCode::WrongUse,
@@ -96,7 +96,7 @@ FrameRange FrameRange::parse(const std::string& text) {
         const std::size_t end = std::min(text.find_first_of(", \t", begin), text.size());
         const bool atComma = end < text.size() && text[end] == ',';
         if (end > begin) {
-            appendPiece(frames, text.substr(begin, end - begin));
+            appendPiece(frames, text.substr(begin, end - begin), most);
             commaIsOpen = false;
         }
         if (commaIsOpen && (atComma || end == text.size())) {

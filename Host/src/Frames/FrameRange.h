@@ -24,8 +24,9 @@ public:
     /// More frames than this in one list are taken for a slip of the keyboard.
     static constexpr std::size_t maximumCount = 1000000;
 
-    /// Reads a list; throws Failure (WrongUse) naming the text that is not understood.
-    static FrameRange parse(const std::string& text);
+    /// Reads a list; throws Failure (WrongUse) naming the text that is not understood, or that has more frames than
+    /// `most`, before it takes memory for them.
+    static FrameRange parse(const std::string& text, std::size_t most = maximumCount);
 
     /// The frames from start to end, both included, as farms hand them over. Throws Failure (WrongUse) when the step is
     /// 0 or leads away from the end.

@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <map>
+#include <tuple>
 #include <utility>
 
 #include "Image/HalfConversion.h"
@@ -159,7 +161,6 @@ std::string Part::text(std::string_view attributeName) const {
 }
 
 void Part::layOutPlanes() {
-    std::vector<bool> placed(channels.size(), false);
     std::size_t planeCount = 0;
     const auto place = [&](const std::vector<std::size_t>& members) {
         if (planeCount == planes.size()) planes.emplace_back();
@@ -172,26 +173,31 @@ void Part::layOutPlanes() {
         for (std::size_t i = 0; i < members.size(); ++i) {
             channels[members[i]].plane = planeCount;
             channels[members[i]].component = i;
-            placed[members[i]] = true;
         }
         ++planeCount;
     };
+    // What may share a plane, in the order in which each kind comes first. Found by a map, since a hostile header has
+    // a thousand channels of different layers.
+    using Kind = std::tuple<PixelType, std::int32_t, std::int32_t, std::string_view>;
+    std::map<Kind, std::size_t> numbers;
+    std::vector<std::vector<std::size_t>> companions;
     for (std::size_t i = 0; i < channels.size(); ++i) {
-        if (placed[i]) continue;
-        const Channel& leader = channels[i];
-        // The leader's companions, R, G, B, A apart from the rest of the layer.
+        const Channel& channel = channels[i];
+        const auto [known, isNew] =
+            numbers.try_emplace({channel.type, channel.xSampling, channel.ySampling, channel.layer()}, numbers.size());
+        if (isNew) companions.emplace_back();
+        companions[known->second].push_back(i);
+    }
+    for (const std::vector<std::size_t>& indices : companions) {
+        // R, G, B, A apart from the rest of the layer.
         std::array<std::vector<std::size_t>, maxComponents> colours;
         std::vector<std::size_t> others;
-        for (std::size_t j = i; j < channels.size(); ++j) {
-            const Channel& channel = channels[j];
-            if (placed[j] || channel.type != leader.type || channel.xSampling != leader.xSampling ||
-                channel.ySampling != leader.ySampling || channel.layer() != leader.layer())
-                continue;
-            const int colour = colourPlace(channel.baseName());
+        for (const std::size_t index : indices) {
+            const int colour = colourPlace(channels[index].baseName());
             if (colour >= 0)
-                colours[static_cast<std::size_t>(colour)].push_back(j);
+                colours[static_cast<std::size_t>(colour)].push_back(index);
             else
-                others.push_back(j);
+                others.push_back(index);
         }
         std::vector<std::size_t> members;
         for (const std::vector<std::size_t>& colour : colours)
