@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "Console/Dimensions.h"
 #include "Core/FramePreparation.h"
 #include "Image/Frame.h"
@@ -40,9 +42,10 @@ struct FrameGeometry {
     HostImage::Window box;    ///< what the node renders
     float pixelAspectRatio = 1.0f;
     Direction direction = Direction::Undistort;
-    Core::FrameToCorrect lens;             ///< what the node knows about the frame
-    Renderer::DistortionParameter node;    ///< what the renderer is told for the whole box
-    double idealMillimetresPerPixel = 1.0; ///< of Geometry::Ideal
+    Core::FrameToCorrect lens;                  ///< what the node knows about the frame
+    Renderer::DistortionParameter node;         ///< what the renderer is told for the whole box
+    double idealMillimetresPerPixel = 1.0;      ///< of Geometry::Ideal
+    std::vector<HostImage::Attribute> identity; ///< what tells the frame of a clip from others: timecode, reel, ...
 
     RadialSampling sampling(Geometry geometry) const;
 
@@ -58,7 +61,7 @@ struct FrameGeometry {
     /// Largest distance in px between where the node samples and where it ideally would, over the box.
     double deviation() const;
 
-    /// Whether both render every pixel alike.
+    /// Whether both render every pixel alike, whichever frames they are.
     bool isSameMap(const FrameGeometry& other) const;
 };
 

@@ -76,6 +76,16 @@ std::string shownPathFor(const CorrectionData::Header& header) {
     return "/" + (isClipNamePlain ? header.clipName : name) + ".0.exr";
 }
 
+/// The attributes of a picture that say which frame of which recording it is.
+std::vector<HostImage::Attribute> identityOf(const HostImage::Part& part) {
+    std::vector<HostImage::Attribute> identity;
+    for (const char* const name : {"timeCode", "input/timecode", "reelName", "imageCounter", "framesPerSecond",
+                                   "captureRate", "capDate", "utcOffset"}) {
+        if (const HostImage::Attribute* const attribute = part.findAttribute(name)) identity.push_back(*attribute);
+    }
+    return identity;
+}
+
 template <typename Operation>
 void runCore(Operation operation) {
     try {
@@ -191,6 +201,7 @@ FrameGeometry LensGeometry::validated(std::int32_t frame, Node& node, const Clip
     geometry.format = part.displayWindow;
     geometry.box = fileWindow(box, part.displayWindow);
     geometry.pixelAspectRatio = part.pixelAspectRatio;
+    geometry.identity = identityOf(part);
     geometry.direction = direction;
     runCore([&] {
         geometry.lens = node.preparation.retrieveFrameToCorrect().value();

@@ -85,7 +85,8 @@ void MapJob::checkLensData() {
 
 void MapJob::writeOne() {
     const std::vector<std::int32_t>& frames = m_lens.frames();
-    const Geometries first = geometries(frames.front());
+    Geometries first = geometries(frames.front());
+    if (frames.size() > 1) first.frame.identity.clear(); // a map for all is none of them
     for (const std::int32_t frame : frames) {
         if (Interruption::requested()) return;
         const Geometries other = geometries(frame);

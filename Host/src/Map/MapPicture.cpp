@@ -54,6 +54,7 @@ HostImage::Frame mapPicture(const MapContent& content, const FrameGeometry& fram
     }
     part.layOutPlanes();
     part.allocatePixels();
+    for (const HostImage::Attribute& attribute : frame.identity) part.setAttribute(attribute);
     describe(content, part);
 
     const MapConvention& convention = content.convention;

@@ -1,10 +1,12 @@
 """lenscorrect stmap on the sample clip: what the maps are, and that another program warps with them as the node renders."""
 import os
 import re
+import shutil
 import subprocess
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import exr
 import olcf
 import program
 
@@ -85,6 +87,27 @@ class StMap(program.ProgramTest):
         self.sample(frames="2")
         self.stmap("--direction", "undistort", "-o", "maps/m.%04d.exr")
         self.assertEqual(sorted(os.listdir(self.path("maps"))), ["m.1001.exr", "m.1002.exr"])
+
+    IDENTITY = ("timeCode", "reelName", "framesPerSecond")
+
+    def identity(self, name):
+        attributes = exr.read(self.path(name))[0].attributes
+        return [attributes.get(key) for key in self.IDENTITY]
+
+    def test_says_of_which_frame_the_map_is(self):
+        self.sample(frames="2")
+        self.stmap("--direction", "undistort", "-o", "maps/m.%04d.exr")
+        self.stmap("--direction", "undistort", "-o", "one.exr", "--frame", "1002")
+        plate = self.identity("clip/plate.1002.exr")
+        self.assertNotIn(None, plate)
+        self.assertEqual(self.identity("maps/m.1002.exr"), plate)
+        self.assertEqual(self.identity("one.exr"), plate)
+
+    def test_says_no_frame_of_a_map_that_serves_all(self):
+        self.sample(frames="1")
+        shutil.copy(self.path("clip", "plate.1001.exr"), self.path("clip", "plate.1002.exr"))
+        self.stmap("--direction", "undistort", "-o", "map.exr")
+        self.assertEqual(self.identity("map.exr"), [None] * 3)
 
     def test_writes_one_map_for_a_range_that_shares_it(self):
         self.write("a.olcf", olcf.text() + olcf.LINE.replace("0;", "1;", 1) + "\n")
