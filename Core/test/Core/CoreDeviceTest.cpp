@@ -63,12 +63,16 @@ TEST_F(CoreDeviceTest, IsNotTouchedForAFrameThatDoesNotFitItsRecordingFormat) {
     EXPECT_TRUE(fakeOpenCL.calls.empty());
 }
 
-TEST_F(CoreDeviceTest, IsPreparedOnceForAllFramesAndBothCorrections) {
+TEST_F(CoreDeviceTest, IsPreparedOnceForAllFramesCorrectionsAndFacades) {
     ASSERT_TRUE(frameSize());
     const std::size_t calls = fakeOpenCL.calls.size();
     EXPECT_TRUE(frameSize());
     m_host.shading.reset();
     m_host.distortion.emplace();
     EXPECT_TRUE(frameSize());
+    Core::Core other(std::make_unique<Support::FakeCoreDataSource>(m_host));
+    unsigned int width = 0;
+    unsigned int height = 0;
+    EXPECT_TRUE(other.frameSize(width, height));
     EXPECT_EQ(fakeOpenCL.calls.size(), calls);
 }

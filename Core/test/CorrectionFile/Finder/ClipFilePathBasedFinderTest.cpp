@@ -66,6 +66,15 @@ public:
         }
     }
 
+    // What a folder holds, in the file system's own order.
+    std::vector<std::string> namesIn(const std::string& path) {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path(path))) {
+            names.push_back(entry.path().filename().string());
+        }
+        return names;
+    }
+
     Support::TemporaryFolder folder;
     std::string clip;
     std::vector<std::string> searched;
@@ -128,6 +137,23 @@ TEST_F(ClipFilePathBasedFinder, ListsAFolderBeforeItsContents) {
     EXPECT_EQ(searched[0], ".");
     EXPECT_EQ(searched[2], searched[1] == "a" ? "a/b" : "c/d");
     EXPECT_EQ(searched[4], searched[3] == "a" ? "a/b" : "c/d");
+}
+
+TEST_F(ClipFilePathBasedFinder, SearchesSubfoldersInTheFileSystemsOrder) {
+    givenClip("A001.mov");
+    for (int i = 0; i < 20; ++i) folder.makeFolder(std::to_string(i));
+    std::vector<std::string> expected = {"."};
+    for (const std::string& name : namesIn("")) {
+        if (name != clip) expected.push_back(name);
+    }
+    EXPECT_EQ(search({1, 0, 0}), "nothing");
+    EXPECT_EQ(searched, expected);
+}
+
+TEST_F(ClipFilePathBasedFinder, TakesTheFirstOfSeveralMatchingFilesInTheFileSystemsOrder) {
+    givenClip("clip/A001.mov");
+    for (int i = 0; i < 20; ++i) withCorrectionFile("clip/sub/A001-" + std::to_string(i) + ".olcf");
+    EXPECT_EQ(search({1, 0, 0}), "clip/sub/" + namesIn("clip/sub").front());
 }
 
 TEST_F(ClipFilePathBasedFinder, SearchesAncestorsFromTheNearest) {
