@@ -34,6 +34,14 @@ TEST(Knobs, WithForcedRangeAreClampedWhenStored) {
     EXPECT_EQ(chain.op->knob("amount")->get_value(), 25) << "the knob itself keeps what was set";
 }
 
+TEST(Knobs, WithoutForcedRangeAreStoredAsTheyAre) {
+    float value = 0;
+    TestOp::onKnobs = [&](Knob_Callback f, TestOp&) { Float_knob(f, &value, IRange(0, 20), "extra", "Extra"); };
+    TestChain chain;
+    chain.graph.userChange(chain.op, "extra", 25);
+    EXPECT_EQ(value, 25);
+}
+
 TEST(Knobs, TakeFlagsRangeAndTooltipFromTheCallsAfterThem) {
     TestChain chain;
     const Knob* amount = chain.op->knob("amount");

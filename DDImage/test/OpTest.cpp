@@ -57,6 +57,15 @@ TEST(Op, HashesItsInputs) {
     EXPECT_NE(chain.op->hash(), before);
 }
 
+TEST(Op, HashesItsFrame) {
+    TestChain chain;
+    chain.graph.validate(chain.op);
+    const Hash before = chain.op->hash();
+    chain.graph.setFrame(1002);
+    chain.graph.validate(chain.op);
+    EXPECT_NE(chain.op->hash(), before);
+}
+
 TEST(Op, DoesNotHashKnobsThatDoNotConcernTheImage) {
     TestChain chain;
     chain.op->knob("path")->set_flag(Knob::NO_RERENDER);

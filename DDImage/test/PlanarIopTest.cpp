@@ -87,6 +87,17 @@ TEST(PlanarIop, RendersColourWithFourChannelsThoughTheClipHasThree) {
     EXPECT_EQ(chain.op->stripes[0].at(0, 0, 3), 0) << "a missing channel is black";
 }
 
+TEST(PlanarIop, IsBlackInChannelsThatItDoesNotPutOut) {
+    TestChain chain;
+    chain.source->channels += Chan_Z;
+    chain.op->onValidate = [](TestOp& op) { op.set_out_channels(Mask_RGBA); };
+    ImagePlane plane(chain.source->box, true, chain.source->channels);
+    ASSERT_TRUE(chain.graph.render(chain.op, plane));
+    EXPECT_EQ(chain.op->stripes.size(), 1u);
+    EXPECT_EQ(plane.at(0, 0, 0), TestSource::value(1001, Chan_Red));
+    EXPECT_EQ(plane.at(0, 0, 4), 0);
+}
+
 TEST(PlanarIop, IsBlackOutsideItsBox) {
     TestChain chain;
     chain.source->box = Box(0, 0, 1, 1);

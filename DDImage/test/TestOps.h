@@ -112,6 +112,7 @@ public:
     static inline std::function<void(DD::Image::Knob_Callback, TestOp&)> onKnobs;
 
     using PlanarIop::info_;
+    using PlanarIop::set_out_channels;
 
     static const DD::Image::Iop::Description d;
 
