@@ -5,6 +5,7 @@ frames are written where that makes sense.
 """
 import errno
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -90,6 +91,28 @@ class EveryCallFailsOnce(Faults):
 
     def test_rename(self):
         self.assertEqual(self.fail_each("rename", errno.EIO), 2)
+
+    def test_a_frame_reaches_the_disk_then_its_name_then_the_list_of_finished_frames(self):
+        folder = os.path.realpath(self.path("out"))
+        self.expect(self.render(*UNDISTORT, "--frames", "1001", environment={
+            "LD_PRELOAD": FAULTS, "OUTPUT_FAULT_FOLDER": folder, "OUTPUT_FAULT_LOG": self.path("log")}), 0, "", "")
+        with open(self.path("log"), encoding="utf-8") as file:
+            calls = file.read().replace(folder, "out").replace(os.uname().nodename, "HOST")
+        calls = re.sub(r"\.\d+\.tmp\.", ".PID.tmp.", calls)
+        self.assertEqual(re.sub(r"(?m)(^.*\n)\1+", r"\1", calls), """\
+mkdir out
+open out/.f.1001.HOST.PID.tmp.exr
+close out/.f.1001.HOST.PID.tmp.exr
+open out/.f.1001.HOST.PID.tmp.exr
+write out/.f.1001.HOST.PID.tmp.exr
+close out/.f.1001.HOST.PID.tmp.exr
+fsync out/.f.1001.HOST.PID.tmp.exr
+rename out/f.1001.exr
+fsync out
+open out/.f.%04d.exr.HOST.frames
+write out/.f.%04d.exr.HOST.frames
+close out/.f.%04d.exr.HOST.frames
+""")
 
     def test_making_the_folder(self):
         self.assertGreaterEqual(self.fail_each("mkdir", errno.ENOSPC, can_be_ignored=True), 1)
