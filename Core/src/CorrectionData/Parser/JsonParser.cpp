@@ -48,10 +48,18 @@ bool isReadableRecursively(const std::string& json) {
 
 template <typename Number>
 Number number(const ptree& node) {
-    // The default translator reads by the global locale, which may have a decimal comma.
-    using Translator =
-        boost::property_tree::stream_translator<char, std::char_traits<char>, std::allocator<char>, Number>;
-    return node.get_value<Number>(Translator(std::locale::classic()));
+    // As the tree's own translator reads, but not by the global locale, which may have a decimal comma, and without
+    // taking a lack of memory for a text that does not convert.
+    std::istringstream stream(node.data());
+    stream.imbue(std::locale::classic());
+    stream.exceptions(std::ios::badbit);
+    Number value{};
+    stream >> value;
+    if (!stream.eof()) stream >> std::ws;
+    if (stream.fail() || stream.peek() != std::istringstream::traits_type::eof()) {
+        throw Exception("The value of a number does not convert.");
+    }
+    return value;
 }
 
 std::vector<float> interpolationPoints(const ptree& tree, const char* name) {
