@@ -74,6 +74,20 @@ TEST_F(Reader, RefusesADevice) {
     EXPECT_EQ(readText("/dev/null"), notReadable("/dev/null"));
 }
 
+TEST_F(Reader, LeavesNoFileOpen) {
+    const std::string path = folder.write("x.olcf", "text");
+    const std::string huge = folder.write("huge.olcf", "");
+    std::filesystem::resize_file(huge, (std::uintmax_t{1} << 30) + 1);
+    const auto openFiles = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                             std::filesystem::directory_iterator());
+    };
+    const auto before = openFiles();
+    EXPECT_EQ(readText(path), "text");
+    EXPECT_EQ(readText(huge), notReadable(huge));
+    EXPECT_EQ(openFiles(), before);
+}
+
 TEST_F(Reader, RefusesASocket) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
