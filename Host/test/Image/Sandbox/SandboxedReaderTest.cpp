@@ -1,15 +1,22 @@
 #include "Image/Sandbox/SandboxedReader.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 
 #include "Image/FrameWriter.h"
 #include "Image/ImageError.h"
+#include "Image/Sandbox/DecoderProcess.h"
 #include "Image/Sandbox/FrameMessage.h"
 #include "Image/Support/NoiseFrame.h"
 #include "Image/Support/RawExr.h"
@@ -130,6 +137,49 @@ TEST_F(Sandbox, HandsTheLimitsOfDeclaredSizesOn) {
                   reader(writtenExr(), {}, {100, 1 << 20, 8, 1 << 30}).readHeader();
               }),
               "the data window of 134 x 101 pixels exceeds the limit of 100 pixels a side");
+}
+
+TEST_F(Sandbox, TakesItsProcessTheRightsThatDecodingDoesNotNeed) {
+    const std::string path = folder / "a.exr";
+    writeFrame(path, noiseFrame({0, 0, 255, 255}, rgba()));
+    const DecoderProcess order{path, {}, {std::uint64_t{1} << 30, 60}, true, 2, 0};
+    std::vector<std::string> texts = order.arguments();
+    std::vector<char*> arguments;
+    for (std::string& text : texts) arguments.push_back(text.data());
+    arguments.push_back(nullptr);
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    pid_t process = 0;
+    ASSERT_EQ(::posix_spawn(&process, ORVEX_PROGRAM, &actions, nullptr, arguments.data(), environ), 0);
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(ends[1]);
+
+    // It is at work, and stays so: the rest of its answer does not fit into the pipe.
+    char first = 0;
+    EXPECT_EQ(::read(ends[0], &first, 1), 1);
+    std::string filter;
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    while (std::getline(status, filter) && !filter.starts_with("Seccomp:")) continue;
+    EXPECT_EQ(filter, "Seccomp:\t2");
+    const auto limitOf = [process](decltype(RLIMIT_CPU) resource) {
+        rlimit limit{};
+        EXPECT_EQ(::prlimit(process, resource, nullptr, &limit), 0);
+        EXPECT_EQ(limit.rlim_cur, limit.rlim_max);
+        return std::uint64_t{limit.rlim_max};
+    };
+    EXPECT_EQ(limitOf(RLIMIT_CPU), 60u * 2u);
+    EXPECT_EQ(limitOf(RLIMIT_FSIZE), 0u);
+    EXPECT_EQ(limitOf(RLIMIT_CORE), 0u);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    EXPECT_EQ(limitOf(RLIMIT_AS), std::uint64_t{1} << 30);
+#endif
+
+    ::kill(process, SIGKILL);
+    ::waitpid(process, nullptr, 0);
+    ::close(ends[0]);
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
