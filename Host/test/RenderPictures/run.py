@@ -336,15 +336,20 @@ class Storage(render_test.RenderTest):
         got = self.rendered(*UNDISTORT, "--type", "float", "--frames", "1001")[0]
         self.assertEqual(got.types(), {"B": exr.FLOAT, "G": exr.FLOAT, "R": exr.FLOAT, "id": exr.UINT})
 
-    def test_takes_every_compression(self):
+    def stored_compression(self, path):
+        with open(self.path(path), "rb") as file:
+            content = file.read()
+        return exr.COMPRESSIONS[content[content.index(b"compression\0compression\0") + 28]]
+
+    def test_takes_every_compression_and_keeps_that_of_the_picture_otherwise(self):
         pictures = {}
         for name in exr.COMPRESSIONS:
             out = name + "/f.%04d.exr"
             self.expect(self.render(*UNDISTORT, "--compression", name, "--frames", "1001", out=out), 0, "", "")
-            with open(self.path(out % 1001), "rb") as file:
-                content = file.read()
-            attribute = content.index(b"compression\0compression\0")
-            self.assertEqual(content[attribute + 28], exr.COMPRESSIONS.index(name))
+            self.assertEqual(self.stored_compression(out % 1001), name)
+            self.expect(self.render(*DISTORT, "--plate", "plate.%04d.exr", clip=out, out="back/f.%04d.exr"), 0, "", "")
+            self.assertEqual(self.stored_compression("back/f.1001.exr"), name)
+            os.remove(self.path("back", "f.1001.exr"))
             if name in ("none", "zip", "zips"):
                 pictures[name] = exr.read(self.path(out % 1001))[0].channels
         self.expect_same(pictures["none"], pictures["zip"])
