@@ -19,8 +19,8 @@ struct WriteOptions {
     std::optional<float> level = {};
     /// Threads that encode, the caller's included.
     unsigned threads = 1;
-    /// Whether the file is made where there is none; otherwise that is an error. Formats that OpenImageIO can write only
-    /// by name do not heed it.
+    /// Whether the file is made where there is none; otherwise that is an error. Formats that OpenImageIO can write
+    /// only by name do not heed it.
     bool makesFile = true;
 };
 
