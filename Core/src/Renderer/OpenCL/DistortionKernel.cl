@@ -7,25 +7,31 @@
 // only if it is free of branches, library calls, integer divisions and gathered loads:
 // - groups beyond the picture leave at once, before any other work;
 // - all positions of a group come first (plain float arithmetic, no branch), all reads of pixels after a barrier;
-// - the positions cross the barrier in local memory, for a value merely kept would be computed again behind it;
+// - the positions cross the barrier in local memory, for a value merely kept would be computed again behind it; whether
+//   a group fits there is asked of the whole group, so that a compiler that knows the group's size drops the question;
 // - no item returns after the group's common exit: some runtimes corrupt memory when items leave beside a barrier.
 // Powers are written as products, in the order of summation that the results are defined by.
 
 // The argument lists are those of the renderers; not every kernel reads every argument.
 #pragma clang diagnostic ignored "-Wunused-parameter"
 
-// Items of a group whose positions fit local memory; any further ones work without. Graphics processors run groups of
-// at most 1024 items, and want local memory left for other groups.
+// POSITION_CAPACITY: items of a group whose positions fit local memory; larger groups do without. Graphics processors
+// run groups of at most 1024 items, and want local memory left for other groups.
+// FETCH: has a processor read ahead; its own foresight ends with each page of 256 pixels.
 #if defined(__x86_64__) || defined(__aarch64__)
 #define POSITION_CAPACITY 4096
+#define FETCH(pointer) __builtin_prefetch(pointer)
 #else
 #define POSITION_CAPACITY 1024
+#define FETCH(pointer)
 #endif
 
 float sextic(float x, float a0, float a1, float a2, float a3, float a4, float a5, float a6) {
     return a0 + a1 * x + a2 * x * x + a3 * x * x * x + a4 * x * x * x * x + a5 * x * x * x * x * x +
            a6 * x * x * x * x * x * x;
 }
+
+bool groupFitsLocalMemory(void) { return get_local_size(0) <= POSITION_CAPACITY; }
 
 bool groupIsBeyondPicture(uint width, uint height) {
     return get_group_id(0) * get_local_size(0) >= (size_t)width * height;
@@ -118,6 +124,7 @@ __attribute__((always_inline)) float4 sample(global const float4* input, int wid
         const float topWeight = ((float)top + 1.0f) - y;
         global const float4* topRow = input + ((size_t)top * (size_t)width + (size_t)left);
         global const float4* bottomRow = topRow + width;
+        FETCH(bottomRow + 16);
         float4 sum = (float4)(0.0f);
         sum += (leftWeight * bottomWeight) * bottomRow[0];
         sum += (rightWeight * bottomWeight) * bottomRow[1];
@@ -141,7 +148,7 @@ kernel void distortion(global const float4* restrict input, global float4* restr
     const int height = (int)currentHeight;
     const int firstItem = firstItemOfGroup();
     const int item = (int)get_local_id(0);
-    if (item < POSITION_CAPACITY) {
+    if (groupFitsLocalMemory()) {
         const float2 position = sourcePosition(pixelOfItem(firstItem, item, width), (float)width, (float)height,
                                                imageRadius, a0, a1, a2, a3, a4, a5, a6);
         positionsX[item] = position.x;
@@ -150,7 +157,7 @@ kernel void distortion(global const float4* restrict input, global float4* restr
     barrier(CLK_LOCAL_MEM_FENCE);
     if ((size_t)(firstItem + item) < (size_t)currentWidth * currentHeight) {
         float2 position;
-        if (item < POSITION_CAPACITY)
+        if (groupFitsLocalMemory())
             position = (float2)(positionsX[item], positionsY[item]);
         else
             position = sourcePosition(pixelOfItem(firstItem, item, width), (float)width, (float)height, imageRadius, a0,
@@ -159,19 +166,39 @@ kernel void distortion(global const float4* restrict input, global float4* restr
     }
 }
 
+// Where the pixel lies in the frame: (0, 0) is the first, (1, 1) would be beyond the last.
+float2 mapPosition(int2 pixel, float width, float height) {
+    return (float2)((float)pixel.x / width, (float)pixel.y / height);
+}
+
 // Writes the identity coordinate map of the frame: (x ÷ width, y ÷ height, 0, 1), whatever the other arguments say.
 kernel void distortionMap(global float* restrict output, uint currentWidth, uint currentHeight, uint originalWidth,
                           uint originalHeight, float imageRadius, float a0, float a1, float a2, float a3, float a4,
                           float a5, float a6, uchar reverse) {
+    local float positionsX[POSITION_CAPACITY];
+    local float positionsY[POSITION_CAPACITY];
     if (groupIsBeyondPicture(currentWidth, currentHeight)) return;
 
+    const int width = (int)currentWidth;
+    const float height = (float)currentHeight;
     const int firstItem = firstItemOfGroup();
     const int item = (int)get_local_id(0);
-    const int2 pixel = pixelOfItem(firstItem, item, (int)currentWidth);
-    const int i = firstItem + item;
-    if ((size_t)i < (size_t)currentWidth * currentHeight) {
-        vstore2((float2)((float)pixel.x / (float)currentWidth, (float)pixel.y / (float)currentHeight), (size_t)i * 2,
-                output);
-        vstore2((float2)(0.0f, 1.0f), (size_t)i * 2 + 1, output);
+    if (groupFitsLocalMemory()) {
+        const float2 position = mapPosition(pixelOfItem(firstItem, item, width), (float)width, height);
+        positionsX[item] = position.x;
+        positionsY[item] = position.y;
+    }
+    barrier(CLK_LOCAL_MEM_FENCE);
+    if ((size_t)(firstItem + item) < (size_t)currentWidth * currentHeight) {
+        float2 position;
+        if (groupFitsLocalMemory())
+            position = (float2)(positionsX[item], positionsY[item]);
+        else
+            position = mapPosition(pixelOfItem(firstItem, item, width), (float)width, height);
+        global float* pixel = output + (size_t)(firstItem + item) * 4;
+        pixel[0] = position.x;
+        pixel[1] = position.y;
+        pixel[2] = 0.0f;
+        pixel[3] = 1.0f;
     }
 }

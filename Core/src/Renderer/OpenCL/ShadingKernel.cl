@@ -6,19 +6,33 @@
 // The shape serves compilers that run a work-group as a loop on a processor and turn a loop into vector instructions
 // only if it is free of branches, library calls, integer divisions and vector types:
 // - groups beyond the picture leave at once, before any other work;
-// - barriers part the factors, the plain multiplication and the powers, so that each is a loop of its own;
-// - the plain multiplication is written channel by channel;
+// - all factors of a group come first (plain float arithmetic, no branch), all pixels after a barrier;
+// - the factors cross the barrier in local memory, for a value merely kept would be computed again behind it; whether a
+//   group fits there is asked of the whole group, so that a compiler that knows the group's size drops the question;
 // - no item returns after the group's common exit: some runtimes corrupt memory when items leave beside a barrier.
 // Powers of the distance are written as products, in the order of summation that the results are defined by.
 
 // The argument lists are those of the renderers; not every kernel reads every argument.
 #pragma clang diagnostic ignored "-Wunused-parameter"
 
+// FACTOR_CAPACITY: items of a group whose factors fit local memory; larger groups do without. Graphics processors run
+// groups of at most 1024 items, and want local memory left for other groups.
+// FETCH: has a processor read ahead; its own foresight ends with each page of 256 pixels.
+#if defined(__x86_64__) || defined(__aarch64__)
+#define FACTOR_CAPACITY 4096
+#define FETCH(pointer) __builtin_prefetch(pointer)
+#else
+#define FACTOR_CAPACITY 1024
+#define FETCH(pointer)
+#endif
+
 float sexticInPercent(float x, float a0, float a1, float a2, float a3, float a4, float a5, float a6) {
     return (a0 + a1 * x + a2 * x * x + a3 * x * x * x + a4 * x * x * x * x + a5 * x * x * x * x * x +
             a6 * x * x * x * x * x * x) /
            100.0f;
 }
+
+bool groupFitsLocalMemory(void) { return get_local_size(0) <= FACTOR_CAPACITY; }
 
 bool groupIsBeyondPicture(uint width, uint height) {
     return get_group_id(0) * get_local_size(0) >= (size_t)width * height;
@@ -62,36 +76,37 @@ float shadingFactor(int2 pixel, float width, float height, float imageRadius, fl
 // Writes the corrected image; alpha keeps its value. Sizes in px, imageRadius in mm: the distance from the centre that
 // half the frame's diagonal stands for. a0 … a6: relative illumination in % by powers of the distance in mm.
 // reverse: 0 divides by the illumination, anything else multiplies by it. gamma: exponent that makes values linear.
-kernel void shading(global const float* restrict input, global float* restrict output, uint currentWidth,
+kernel void shading(global const float4* restrict input, global float4* restrict output, uint currentWidth,
                     uint currentHeight, uint originalWidth, uint originalHeight, float imageRadius, float a0, float a1,
                     float a2, float a3, float a4, float a5, float a6, uchar reverse, float gamma) {
+    local float factors[FACTOR_CAPACITY];
     if (groupIsBeyondPicture(currentWidth, currentHeight)) return;
 
+    const int width = (int)currentWidth;
+    const int height = (int)currentHeight;
     const int firstItem = firstItemOfGroup();
     const int item = (int)get_local_id(0);
-    const float factor = shadingFactor(pixelOfItem(firstItem, item, (int)currentWidth), (float)currentWidth,
-                                       (float)currentHeight, imageRadius, a0, a1, a2, a3, a4, a5, a6, reverse);
-    const int i = firstItem + item;
+    if (groupFitsLocalMemory())
+        factors[item] = shadingFactor(pixelOfItem(firstItem, item, width), (float)width, (float)height, imageRadius, a0,
+                                      a1, a2, a3, a4, a5, a6, reverse);
     barrier(CLK_LOCAL_MEM_FENCE);
-    // A power of 1 changes nothing.
-    if (gamma == 1.0f && (size_t)i < (size_t)currentWidth * currentHeight) {
-        const float red = input[(size_t)i * 4] * factor;
-        const float green = input[(size_t)i * 4 + 1] * factor;
-        const float blue = input[(size_t)i * 4 + 2] * factor;
-        const float alpha = input[(size_t)i * 4 + 3];
-        output[(size_t)i * 4] = red;
-        output[(size_t)i * 4 + 1] = green;
-        output[(size_t)i * 4 + 2] = blue;
-        output[(size_t)i * 4 + 3] = alpha;
-    }
-    barrier(CLK_LOCAL_MEM_FENCE);
-    if (gamma != 1.0f && (size_t)i < (size_t)currentWidth * currentHeight) {
-        const float4 pixel = vload4((size_t)i, input);
-        const float inverse = 1.0f / gamma;
-        const float4 linear = pow(pixel, (float4)(gamma, gamma, gamma, 1.0f)) * factor;
-        float4 corrected = pow(linear, (float4)(inverse, inverse, inverse, 1.0f));
-        corrected.w = pixel.w;
-        vstore4(corrected, (size_t)i, output);
+    if ((size_t)(firstItem + item) < (size_t)currentWidth * currentHeight) {
+        float factor;
+        if (groupFitsLocalMemory())
+            factor = factors[item];
+        else
+            factor = shadingFactor(pixelOfItem(firstItem, item, width), (float)width, (float)height, imageRadius, a0,
+                                   a1, a2, a3, a4, a5, a6, reverse);
+        FETCH(input + firstItem + item + 16);
+        const float4 pixel = input[firstItem + item];
+        if (gamma == 1.0f) { // a power of 1 changes nothing
+            output[firstItem + item] = (float4)(pixel.x * factor, pixel.y * factor, pixel.z * factor, pixel.w);
+        } else {
+            const float inverse = 1.0f / gamma;
+            const float4 linear = pow(pixel, (float4)(gamma, gamma, gamma, 1.0f)) * factor;
+            const float4 corrected = pow(linear, (float4)(inverse, inverse, inverse, 1.0f));
+            output[firstItem + item] = (float4)(corrected.x, corrected.y, corrected.z, pixel.w);
+        }
     }
 }
 
@@ -99,18 +114,28 @@ kernel void shading(global const float* restrict input, global float* restrict o
 kernel void shadingMap(global float* restrict output, uint currentWidth, uint currentHeight, uint originalWidth,
                        uint originalHeight, float imageRadius, float a0, float a1, float a2, float a3, float a4,
                        float a5, float a6, uchar reverse, float gamma) {
+    local float factors[FACTOR_CAPACITY];
     if (groupIsBeyondPicture(currentWidth, currentHeight)) return;
 
+    const int width = (int)currentWidth;
+    const int height = (int)currentHeight;
     const int firstItem = firstItemOfGroup();
     const int item = (int)get_local_id(0);
-    const float factor = shadingFactor(pixelOfItem(firstItem, item, (int)currentWidth), (float)currentWidth,
-                                       (float)currentHeight, imageRadius, a0, a1, a2, a3, a4, a5, a6, reverse);
-    const int i = firstItem + item;
+    if (groupFitsLocalMemory())
+        factors[item] = shadingFactor(pixelOfItem(firstItem, item, width), (float)width, (float)height, imageRadius, a0,
+                                      a1, a2, a3, a4, a5, a6, reverse);
     barrier(CLK_LOCAL_MEM_FENCE);
-    if ((size_t)i < (size_t)currentWidth * currentHeight) {
-        output[(size_t)i * 4] = factor;
-        output[(size_t)i * 4 + 1] = factor;
-        output[(size_t)i * 4 + 2] = factor;
-        output[(size_t)i * 4 + 3] = 1.0f;
+    if ((size_t)(firstItem + item) < (size_t)currentWidth * currentHeight) {
+        float factor;
+        if (groupFitsLocalMemory())
+            factor = factors[item];
+        else
+            factor = shadingFactor(pixelOfItem(firstItem, item, width), (float)width, (float)height, imageRadius, a0,
+                                   a1, a2, a3, a4, a5, a6, reverse);
+        global float* pixel = output + (size_t)(firstItem + item) * 4;
+        pixel[0] = factor;
+        pixel[1] = factor;
+        pixel[2] = factor;
+        pixel[3] = 1.0f;
     }
 }
