@@ -8,8 +8,9 @@ namespace Host {
 /// application. What the user has set in the environment stays.
 /// - Released frame buffers stay with the process instead of going back to the system: mapping fresh pages for each
 ///   frame takes longer than the rendering itself. Price: the process keeps its largest need.
-/// - POCL_MAX_WORK_GROUP_SIZE=1024: with the CPU driver's own choice of 4096 a frame of 2048 × 1152 pixels falls into
-///   so few groups that one core gets nearly all of them.
+/// - POCL_MAX_WORK_GROUP_SIZE, by the number of threads (POCL_MAX_PTHREAD_COUNT, else one per core; 768 for two): with
+///   the CPU driver's own choice of 4096 a frame of 2048 × 1152 pixels falls into so few groups that one core gets
+///   nearly all of them; much smaller groups cost time each, for fifteen of sixteen lie beyond the picture.
 void prepareForRendering();
 
 } // namespace Host
