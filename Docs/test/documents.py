@@ -10,7 +10,8 @@ commands: runs the document's blocks in their order, in a folder of its own that
               ```text output    must be what the sh block above printed, both streams; "…" stands for anything
           Other blocks are only read.
 links:    every relative link names a file, and an existing heading of it if it has a "#"; in FOLDER, where they are installed.
-messages: every brief text of the exceptions of the core and the nodes stands in Troubleshooting.md.
+messages: every brief text of the exceptions of the core and the nodes, and what the sandbox says, stands in
+          Troubleshooting.md.
 figures:  the pictures that a script beside them draws are what that script draws.
 """
 import os
@@ -133,7 +134,18 @@ def check_messages():
             count += 1
             if sentence.group(0) not in known:
                 breaches.append(f"Troubleshooting.md: lacks \"{sentence.group(0)}\" of {source.relative_to(root)}")
-    if count < 30:
+    for source in sorted((root / "Host" / "src" / "Image" / "Sandbox").glob("*.cpp")):
+        if source.stem not in ("SandboxedReader", "DecoderProcess"):
+            continue  # the reasons that stand in parentheses behind a message
+        for text in literals(source.read_text()):
+            # What is said before a value or an advice.
+            beginning = re.split("[;(]", text)[0].strip()
+            if " " not in beginning or len(beginning) < 20:
+                continue
+            count += 1
+            if beginning not in known:
+                breaches.append(f"Troubleshooting.md: lacks \"{beginning}\" of {source.relative_to(root)}")
+    if count < 40:
         breaches.append(f"only {count} messages were found in the sources; the search is broken")
 
 

@@ -114,8 +114,8 @@ LensGeometry::LensGeometry(LensOptions options) : m_options(std::move(options)) 
                                       m_options.input));
         }
     } else {
-        m_clip.emplace(m_options.input);
-        if (m_options.plate) m_plate.emplace(*m_options.plate);
+        m_clip.emplace(m_options.input, m_options.decoding);
+        if (m_options.plate) m_plate.emplace(*m_options.plate, m_options.decoding);
         for (const auto& [number, file] : m_clip->frames()) m_frames.push_back(number);
     }
     if (m_options.frames) m_frames = m_options.frames->frames();

@@ -11,6 +11,7 @@ namespace Host {
 struct LensOptionsReader::Texts {
     std::string input, size, plate, frames;
     LensDataOptionsReader lensData;
+    DecodingOptionsReader decoding;
 };
 
 namespace {
@@ -35,6 +36,7 @@ void LensOptionsReader::declareOptions(CLI::App& app) {
     app.add_option("--plate", t.plate, "Take the lens data from this clip; CLIP gives sizes only");
     t.lensData.declareOptions(app);
     app.add_option("--frames", t.frames, "Frames, as 1001-1100x2,1200 (without it: all)");
+    t.decoding.declareOptions(app);
 }
 
 LensOptions LensOptionsReader::read() const {
@@ -45,6 +47,7 @@ LensOptions LensOptionsReader::read() const {
     if (!t.plate.empty()) options.plate = t.plate;
     static_cast<LensDataOptions&>(options) = t.lensData.read();
     if (!t.frames.empty()) options.frames = FrameRange::parse(t.frames);
+    options.decoding = t.decoding.read();
     if (options.size && (options.plate || options.correctionFile)) {
         refuse("--size is for a correction file alone; leave --plate and --correction-file.");
     }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Frames/FrameRange.h"
+#include "Render/DecodingOptions.h"
 #include "Render/LensDataOptions.h"
 
 namespace CLI {
@@ -20,6 +21,7 @@ struct LensOptions : LensDataOptions {
     std::optional<PixelSize> size; ///< the frames of a correction file, looked at without their clip
     std::optional<std::string> plate;
     std::optional<FrameRange> frames;
+    DecodingOptions decoding; ///< of the clip and the plate
 };
 
 /// Reads LensOptions from a command line.

@@ -1,4 +1,5 @@
 """lenscorrect --sandbox and --max-image: files that are not trusted fail their own frame only."""
+import contextlib
 import os
 import signal
 import subprocess
@@ -7,6 +8,9 @@ import threading
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
 import program
+
+KILLED = ("its decoder was ended in the sandbox by signal 9 (Killed); the file is damaged or hostile, copy or render it "
+          "again")
 
 
 class Sandbox(program.ProgramTest):
@@ -39,7 +43,9 @@ class Sandbox(program.ProgramTest):
         self.assertEqual(sorted(name for name in os.listdir(self.path("out")) if not name.startswith(".")),
                          ["f.1001.exr", "f.1003.exr"])
 
-    def test_goes_on_after_decoders_that_are_killed(self):
+    @contextlib.contextmanager
+    def decoders_killed(self, name):
+        """Meanwhile, processes that decode a file whose path holds the name are killed."""
         killed = []
         done = threading.Event()
 
@@ -49,27 +55,44 @@ class Sandbox(program.ProgramTest):
                     try:
                         with open(f"/proc/{process}/cmdline", "rb") as file:
                             line = file.read()
-                        if b"--decode-one-frame" in line and os.fsencode(self.folder) in line and b"plate.1002." in line:
+                        if b"--decode-one-frame" in line and os.fsencode(self.folder) in line and name in line:
                             os.kill(int(process), signal.SIGKILL)
                             killed.append(process)
                     except OSError:
                         continue # it has ended already
 
-        # A picture that takes long enough to be found.
-        subprocess.run(["oiiotool", "--pattern", "noise", "4096x3072", "4", "-d", "half", "--compression", "piz", "-o",
-                        self.path("clip", "plate.1002.exr")], check=True, capture_output=True)
         killer = threading.Thread(target=kill_decoders)
         killer.start()
         try:
-            result = self.render("out", "--sandbox")
+            yield
         finally:
             done.set()
             killer.join()
         self.assertTrue(killed)
+
+    def test_goes_on_after_decoders_that_are_killed(self):
+        # A picture that takes long enough to be found.
+        subprocess.run(["oiiotool", "--pattern", "noise", "4096x3072", "4", "-d", "half", "--compression", "piz", "-o",
+                        self.path("clip", "plate.1002.exr")], check=True, capture_output=True)
+        with self.decoders_killed(b"plate.1002."):
+            result = self.render("out", "--sandbox")
         self.expect(result, 1, "")
-        self.assertIn("its decoder was ended in the sandbox by signal 9 (Killed); the file is damaged or hostile, copy "
-                      "or render it again\n", result.stderr)
+        self.assertIn(f"plate.1002.exr: {KILLED}\n", result.stderr)
         self.assertIn("lenscorrect: 1 of 3 frames failed: 1002\n", result.stderr)
+
+    def test_every_command_that_opens_pictures_decodes_in_the_sandbox_alone(self):
+        # The library that reads these takes long enough to be loaded that its process is found.
+        subprocess.run(["oiiotool", "clip/plate.1001.exr", "-o", "still.1001.dpx"], cwd=self.folder, check=True,
+                       capture_output=True)
+        for command in (("info",), ("render", "--shading", "remove", "-o", "f.%04d.dpx", "--progress", "none"),
+                        ("stmap", "--direction", "undistort", "-o", "m.%04d.exr", "--progress", "none"),
+                        ("verify",)):
+            with self.subTest(command=command[0]), self.decoders_killed(b"still.1001.dpx"):
+                result = self.run_program(command[0], "still.1001.dpx", *command[1:], "--correction-file",
+                                          "clip/plate.olcf", "--sandbox")
+                self.assertIn(KILLED, result.stdout + result.stderr)
+                # A map of no frame at all is wrong use.
+                self.assertEqual(result.returncode, 2 if command[0] == "stmap" else 1)
 
     def test_refuses_pictures_larger_than_wanted(self):
         result = self.render("out", "--max-image", "100x100")
@@ -80,6 +103,21 @@ class Sandbox(program.ProgramTest):
         result = self.run_program("info", "clip/plate.%04d.exr", "--sandbox")
         self.expect(result, 0, errors="")
         self.assertEqual(result.stdout, self.run_program("info", "clip/plate.%04d.exr").stdout)
+
+    def stmap(self, output, *arguments):
+        return self.run_program("stmap", "clip/plate.%04d.exr", "--direction", "undistort", "--progress", "none", "-o",
+                                output + "/m.%04d.exr", *arguments)
+
+    def test_makes_the_same_maps(self):
+        self.expect(self.stmap("plain"), 0, "", "")
+        self.expect(self.stmap("guarded", "--sandbox", "--plate", "clip/plate.%04d.exr"), 0, "", "")
+        for frame in (1001, 1002, 1003):
+            self.assertEqual(self.content("plain", f"m.{frame}.exr"), self.content("guarded", f"m.{frame}.exr"))
+
+    def test_measures_the_same_round_trips(self):
+        result = self.run_program("verify", "clip/plate.%04d.exr", "--sandbox", "--list")
+        self.expect(result, 0, errors="")
+        self.assertEqual(result.stdout, self.run_program("verify", "clip/plate.%04d.exr", "--list").stdout)
 
     def test_refuses_limits_of_a_sandbox_that_is_not_wanted(self):
         self.expect(self.render("out", "--sandbox-time", "5"), 2, "",
