@@ -9,17 +9,41 @@
 #include "Commands/Command.h"
 #include "Console/Failure.h"
 #include "Exception/Exception.h"
+#include "Help/Declarations.h"
 
 namespace Host {
 namespace {
 
-/// The library words its own messages; only ours say where help is.
-ExitCode reportUsage(const CLI::App& app, const CLI::ParseError& error) {
-    const CLI::App* command = &app;
-    for (const CLI::App* chosen : app.get_subcommands()) command = chosen;
-    const std::string name = command == &app ? "lenscorrect" : "lenscorrect " + command->get_name();
-    fmt::print(stderr, "lenscorrect: {}\nRun \"{} --help\" for the options and an example.\n", error.what(), name);
+const CLI::App& chosenCommand(const CLI::App& app) {
+    const std::vector<CLI::App*> chosen = app.get_subcommands();
+    return chosen.empty() ? app : *chosen.front();
+}
+
+ExitCode reportUsage(const CLI::App& app, const std::string& text) {
+    const CLI::App& command = chosenCommand(app);
+    const std::string name = &command == &app ? "lenscorrect" : "lenscorrect " + command.get_name();
+    fmt::print(stderr, "lenscorrect: {}\nRun \"{} --help\" for the options and an example.\n", text, name);
     return ExitCode::WrongUse;
+}
+
+/// The library words its own messages, but what it does not know explains more than what it misses therefore.
+std::string messageOf(const CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<std::string> unknown = app.remaining(true);
+    if (unknown.empty()) return error.what();
+    const bool isCommand = app.get_subcommands().empty() && unknown.front().front() != '-';
+    if (isCommand) return fmt::format("There is no command \"{}\"", unknown.front());
+    return fmt::format("The following argument{} not expected: {}", unknown.size() == 1 ? " was" : "s were",
+                       fmt::join(unknown, " "));
+}
+
+/// An option or argument that was given without a text, as by a script's variable that is not set; empty: none.
+std::string emptyArgument(const CLI::App& command) {
+    for (const CLI::Option* option : visibleOptions(command)) {
+        for (const std::string& value : option->results()) {
+            if (value.empty()) return namesOf(*option).back();
+        }
+    }
+    return {};
 }
 
 ExitCode reportError(ExitCode exitCode, const std::string& text) {
@@ -46,10 +70,12 @@ ExitCode runCommandLine(int argumentCount, const char* const* arguments) {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
         // Help and the version come as "errors" of status 0.
-        if (error.get_exit_code() != 0) return reportUsage(app, error);
+        if (error.get_exit_code() != 0) return reportUsage(app, messageOf(app, error));
         app.exit(error);
         return ExitCode::Done;
     }
+    if (const std::string name = emptyArgument(chosenCommand(app)); !name.empty())
+        return reportUsage(app, fmt::format("{} is empty", name));
     try {
         for (std::size_t index = 0; index < commands.size(); ++index) {
             if (parsers[index]->parsed()) return commands[index]->run();

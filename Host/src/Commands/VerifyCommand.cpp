@@ -20,8 +20,7 @@ std::string VerifyCommand::example() const {
 
 void VerifyCommand::declareOptions(CLI::App& app) {
     m_lens.declareOptions(app);
-    app.add_option("--tolerance", m_tolerance, "Exit with 1 if a round trip misses by more than this, in px")
-        ->check(CLI::NonNegativeNumber);
+    app.add_option("--tolerance", m_tolerance, "Exit with 1 if a round trip misses by more than this, in px");
     app.add_flag("--render", m_isRendered, "Render a test picture through both corrections too");
     app.add_flag("--list", m_withFrames, "Tell it for each frame");
     app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/verify.json)");
@@ -29,6 +28,8 @@ void VerifyCommand::declareOptions(CLI::App& app) {
 
 ExitCode VerifyCommand::run() {
     const LensOptions options = m_lens.read();
+    if (m_tolerance && !(*m_tolerance >= 0.0))
+        throw Failure(ExitCode::WrongUse, fmt::format("--tolerance {}: give a length in px, 0 or more.", *m_tolerance));
     const RenderingDevice device;
     LensGeometry lens(options);
     device.check();
@@ -36,21 +37,20 @@ ExitCode VerifyCommand::run() {
     RoundTripReport report;
     report.input = options.input;
     report.tolerance = m_tolerance;
+    std::string advice;
     for (const std::int32_t frame : lens.frames()) {
         if (Interruption::requested()) return Interruption::exitCode();
         try {
             report.frames.push_back(roundTrip(lens, frame, m_isRendered));
         } catch (const std::exception& exception) {
             report.failures[frame] = lens.message(frame, exception);
+            if (advice.empty()) advice = lens.advice(exception);
         }
     }
     for (const auto& [frame, message] : report.failures) {
         fmt::print(stderr, "lenscorrect: {}\n", message);
     }
-    if (report.frames.empty()) {
-        const std::string advice = lens.advice();
-        if (!advice.empty()) fmt::print(stderr, "{}\n", advice);
-    }
+    if (report.frames.empty() && !advice.empty()) fmt::print(stderr, "{}\n", advice);
     if (m_asJson) {
         fmt::print("{}\n", report.json().dump(1, ' ', false, nlohmann::json::error_handler_t::replace));
     } else {

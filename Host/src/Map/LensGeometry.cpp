@@ -141,8 +141,9 @@ std::string LensGeometry::message(std::int32_t frame, const std::exception& exce
                                                                 : fmt::format("Frame {} ({}): {}", frame, path, text);
 }
 
-std::string LensGeometry::advice() const {
-    if (!m_clip || m_options.correctionFile) return {};
+std::string LensGeometry::advice(const std::exception& exception) const {
+    const bool areLensData = dynamic_cast<const CorrectionError*>(&exception);
+    if (!areLensData || !m_clip || m_options.correctionFile) return {};
     return "\"lenscorrect find\" tells where the clip's correction file is searched; --correction-file names one.";
 }
 

@@ -49,7 +49,7 @@ public:
     std::string message(std::int32_t frame, const std::exception& exception) const;
 
     /// What to do when a frame fails for want of lens data: a sentence, or empty.
-    std::string advice() const;
+    std::string advice(const std::exception& exception) const;
 
 private:
     struct Node;

@@ -76,11 +76,13 @@ void MapJob::checkLensData() {
         } catch (const Failure&) {
             throw;
         } catch (const std::exception& exception) {
-            if (firstMessage.empty()) firstMessage = m_lens.message(frame, exception);
+            if (!firstMessage.empty()) continue;
+            firstMessage = m_lens.message(frame, exception);
+            const std::string advice = m_lens.advice(exception);
+            if (!advice.empty()) firstMessage += "\n" + advice;
         }
     }
-    const std::string advice = m_lens.advice();
-    throw Failure(ExitCode::WrongUse, advice.empty() ? firstMessage : firstMessage + "\n" + advice);
+    throw Failure(ExitCode::WrongUse, firstMessage);
 }
 
 void MapJob::writeOne() {

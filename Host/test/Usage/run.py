@@ -17,6 +17,25 @@ class Usage(program.ProgramTest):
                     'lenscorrect: The following argument was not expected: --bad\n'
                     'Run "lenscorrect formats --help" for the options and an example.\n')
 
+    def test_names_an_unknown_option_rather_than_what_is_missing(self):
+        self.expect(self.run_program("info", "--bad", "--worse"), 2, "",
+                    'lenscorrect: The following arguments were not expected: --bad --worse\n'
+                    'Run "lenscorrect info --help" for the options and an example.\n')
+
+    def test_names_an_unknown_command(self):
+        self.expect(self.run_program("inof", "a.olcf"), 2, "",
+                    'lenscorrect: There is no command "inof"\n'
+                    'Run "lenscorrect --help" for the options and an example.\n')
+
+    def test_takes_no_empty_text_for_a_file(self):
+        self.expect(self.run_program("sample", ""), 2, "",
+                    'lenscorrect: DIR is empty\nRun "lenscorrect sample --help" for the options and an example.\n')
+
+    def test_takes_no_empty_text_for_an_option_as_if_it_were_not_given(self):
+        self.expect(self.run_program("render", "a.%d.exr", "-o", "b.%d.exr", "--shading", "remove", "--frames", ""), 2, "",
+                    'lenscorrect: --frames is empty\n'
+                    'Run "lenscorrect render --help" for the options and an example.\n')
+
     def test_every_command_has_help_with_an_example(self):
         help_text = self.run_program("--help")
         self.expect(help_text, 0, errors="")

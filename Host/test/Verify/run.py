@@ -96,6 +96,16 @@ class Verify(program.ProgramTest):
         self.expect(result, 0, errors="")
         self.assertTrue(result.stdout.endswith("1 of 1 frames are within 1 px.\n"), result.stdout)
 
+    def test_refuses_a_tolerance_that_is_no_length(self):
+        for tolerance in ("-1", "nan"):
+            self.expect(self.run_program("verify", "a.olcf", "--size", "1920x1080", "--tolerance", tolerance), 2, "",
+                        f"lenscorrect: --tolerance {tolerance}: give a length in px, 0 or more.\n")
+
+    def test_gives_no_advice_about_lens_data_for_a_frame_that_does_not_exist(self):
+        self.expect(self.run_program("sample", "clip", "--size", "640x360", "--frames", "1", "--progress", "none"), 0)
+        self.expect(self.run_program("verify", "clip/plate.%04d.exr", "--frames", "2000"), 1,
+                    errors="lenscorrect: Frame 2000: clip/plate.%04d.exr: The clip has no frame 2000.\n")
+
     def test_lists_the_frames_on_request(self):
         self.write("a.olcf", olcf.text().replace(olcf.LINE + "\n", IDENTITY))
         result = self.run_program("verify", "a.olcf", "--size", "1920x1080", "--list")
