@@ -245,3 +245,19 @@ TEST_F(OpenCLFaultTest, AReleaseThatFailsHarmsNoFrame) {
               }),
               "as expected");
 }
+
+TEST_F(OpenCLFaultTest, NothingIsAskedOfOpenCLBeforeAFrameIsToBeCorrected) {
+    EXPECT_EQ(inChildProcess([]() -> std::string {
+                  openCLFaultArm("clGetPlatformIDs", 1, c_status); // the first call of all
+                  FaultyFacade facade;
+                  RecordingFormatDatabase::RecordingFormat format;
+                  unsigned int width = FaultyFacade::width, height = FaultyFacade::height;
+                  if (!facade.core.recordingFormat(format)) return facade.detailed();
+                  if (!facade.core.frameSize(width, height) || !facade.render()) return facade.detailed();
+                  if (openCLFaultCount() != 0) return "asked by a frame that stays as it is";
+                  facade.host.shading.emplace();
+                  if (facade.render() || openCLFaultCount() != 1) return "not asked by the first corrected frame";
+                  return "as expected";
+              }),
+              "as expected");
+}
