@@ -141,18 +141,18 @@ class JsonRecordDefect : public testing::TestWithParam<JsonDefect> {};
 
 TEST_P(JsonRecordDefect, IsReportedAsAnInvalidFormat) { expectInvalid(with(GetParam().part, GetParam().replacement)); }
 
-INSTANTIATE_TEST_SUITE_P(Each, JsonRecordDefect,
-                         testing::Values(JsonDefect{"\"manufacturer\"", "\"maker\""}, JsonDefect{"\"model\"", "\"m\""},
-                                         JsonDefect{"\"width\"", "\"w\""}, JsonDefect{"\"height\"", "\"h\""},
-                                         JsonDefect{"\"imageRadius\"", "\"r\""}, JsonDefect{"\"heights\"", "\"h\""},
-                                         JsonDefect{"\"shading\"", "\"s\""}, JsonDefect{"\"radialDistortion\"", "\"\""},
-                                         JsonDefect{"4096", "4096.5"}, JsonDefect{"4096", "\"wide\""},
-                                         JsonDefect{"4096", "4294967296"}, JsonDefect{"4096", "\"\""},
-                                         JsonDefect{"15.0", "NaN"}, JsonDefect{"15.0", "\"nan\""},
-                                         JsonDefect{"15.0", "\"inf\""}, JsonDefect{"15.0", "1e999"},
-                                         JsonDefect{"15.0", "\"15,0\""}, JsonDefect{"15.0", "[15.0]"},
-                                         JsonDefect{"99.5", "null"}, JsonDefect{"99.5", "[]"}, JsonDefect{"}", ""},
-                                         JsonDefect{"{", "["}, JsonDefect{"{", "{{"}, JsonDefect{"{", "x{"}));
+INSTANTIATE_TEST_SUITE_P(
+    Each, JsonRecordDefect,
+    testing::Values(JsonDefect{"\"manufacturer\"", "\"maker\""}, JsonDefect{"\"model\"", "\"m\""},
+                    JsonDefect{"\"width\"", "\"w\""}, JsonDefect{"\"height\"", "\"h\""},
+                    JsonDefect{"\"imageRadius\"", "\"r\""}, JsonDefect{"\"imageRadius\"", "\"image.Radius\""},
+                    JsonDefect{"\"heights\"", "\"h\""}, JsonDefect{"\"shading\"", "\"s\""},
+                    JsonDefect{"\"radialDistortion\"", "\"\""}, JsonDefect{"4096", "4096.5"},
+                    JsonDefect{"4096", "\"wide\""}, JsonDefect{"4096", "4294967296"}, JsonDefect{"4096", "\"\""},
+                    JsonDefect{"15.0", "NaN"}, JsonDefect{"15.0", "\"nan\""}, JsonDefect{"15.0", "\"inf\""},
+                    JsonDefect{"15.0", "1e999"}, JsonDefect{"15.0", "\"15,0\""}, JsonDefect{"15.0", "[15.0]"},
+                    JsonDefect{"99.5", "null"}, JsonDefect{"99.5", "[]"}, JsonDefect{"}", ""}, JsonDefect{"{", "["},
+                    JsonDefect{"{", "{{"}, JsonDefect{"{", "x{"}));
 
 TEST(JsonParser, RejectsAnEmptyText) { expectInvalid(""); }
 

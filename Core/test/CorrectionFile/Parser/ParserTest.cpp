@@ -213,6 +213,16 @@ TEST(Parser, IgnoresUnknownKeysAndAnEmptyKey) {
     EXPECT_EQ(parsedHeader(CorrectionFileText().with("colour", "blue").withHeaderLine(":=x")).clipName, "A001C002");
 }
 
+TEST(Parser, ReadsAHeaderOfAMillionLines) {
+    std::string lines;
+    for (int i = 0; i < 1000000; ++i) lines += "key" + std::to_string(i) + ":=value\n";
+    EXPECT_EQ(parsedHeader(CorrectionFileText().with("clipName", "A").withHeaderLine(lines)).clipName, "A");
+}
+
+TEST(Parser, RefusesALineOfManyMegabytesLikeAnyOther) {
+    EXPECT_EQ(thrownByParsing(std::string(std::size_t{64} << 20, ';')), reason("Header start could not be found."));
+}
+
 TEST(Parser, TakesTextValuesUntrimmed) {
     EXPECT_EQ(parsedHeader(CorrectionFileText().with("clipName", " A 1 ")).clipName, " A 1 ");
 }

@@ -419,29 +419,56 @@ TEST_F(Exr, WithADamagedZipBlock) {
     EXPECT_THAT(complaint(path), testing::StartsWith("the block at line 0 is damaged ("));
 }
 
-TEST_F(Exr, WithoutADataWindow) {
-    RawExr raw;
-    raw.dataWindow = {0, 0, -1, -1};
-    raw.displayWindow = {0, 0, 31, 31};
-    raw.write(path);
-    EXPECT_EQ(complaint(path), "the data window is empty or reversed (0 0 to -1 -1)");
-}
+struct WindowDefect {
+    const char* name;
+    std::vector<int> dataWindow;
+    std::optional<std::vector<int>> displayWindow;
+    const char* complaint;
+};
 
-TEST_F(Exr, WithAWindowOfTheWholePlane) {
+std::ostream& operator<<(std::ostream& stream, const WindowDefect& defect) { return stream << defect.name; }
+
+struct ExrWindow : Exr, testing::WithParamInterface<WindowDefect> {};
+
+TEST_P(ExrWindow, ThatCannotBeIsRefusedBeforeMemoryIsTaken) {
     RawExr raw;
-    raw.dataWindow = {-2147483647, 0, 2147483647, 0};
+    raw.dataWindow = GetParam().dataWindow;
+    raw.displayWindow = GetParam().displayWindow;
     raw.pixels = false;
     raw.write(path);
-    EXPECT_EQ(complaint(path), "the data window of 4294967295 x 1 pixels exceeds the limit of 65536 pixels a side");
+    EXPECT_EQ(complaint(path), GetParam().complaint);
 }
 
-TEST_F(Exr, ThatIsSmallButClaimsToBeHuge) {
-    RawExr raw;
-    raw.dataWindow = {0, 0, 2000000, 2000000};
-    raw.pixels = false;
-    raw.write(path);
-    EXPECT_EQ(complaint(path), "the data window of 2000001 x 2000001 pixels exceeds the limit of 65536 pixels a side");
-}
+constexpr int most = 2147483647;
+const std::vector<int> small{0, 0, 31, 31};
+INSTANTIATE_TEST_SUITE_P(
+    Each, ExrWindow,
+    testing::Values(
+        WindowDefect{"Empty", {0, 0, -1, -1}, small, "the data window is empty or reversed (0 0 to -1 -1)"},
+        WindowDefect{"Reversed", {31, 31, 0, 0}, small, "the data window is empty or reversed (31 31 to 0 0)"},
+        WindowDefect{
+            "ReversedInOneDirection", {0, 31, 31, 0}, small, "the data window is empty or reversed (0 31 to 31 0)"},
+        WindowDefect{"DisplayWindowReversed", small, std::vector<int>{31, 31, 0, 0},
+                     "the display window is empty or reversed (31 31 to 0 0)"},
+        WindowDefect{"DisplayWindowOfTheWholePlane", small, std::vector<int>{-most, -most, most, most},
+                     "the display window of 4294967295 x 4294967295 pixels exceeds the limit of 65536 pixels a side"},
+        WindowDefect{"WholeLine",
+                     {-most, 0, most, 0},
+                     std::nullopt,
+                     "the data window of 4294967295 x 1 pixels exceeds the limit of 65536 pixels a side"},
+        WindowDefect{"WholePlane",
+                     {-most - 1, -most - 1, most, most},
+                     small,
+                     "the data window of 4294967296 x 4294967296 pixels exceeds the limit of 65536 pixels a side"},
+        WindowDefect{"TwoMillionSquared",
+                     {0, 0, 2000000, 2000000},
+                     std::nullopt,
+                     "the data window of 2000001 x 2000001 pixels exceeds the limit of 65536 pixels a side"},
+        WindowDefect{"TwoHundredThousandSquared",
+                     {0, 0, 199999, 199999},
+                     std::nullopt,
+                     "the data window of 200000 x 200000 pixels exceeds the limit of 65536 pixels a side"}),
+    [](const auto& row) { return row.param.name; });
 
 TEST_F(Exr, WithMorePixelsThanTheLimit) {
     RawExr raw;
