@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "Inspect/HeaderText.h"
+
 namespace Host {
 
 namespace {
@@ -146,15 +148,12 @@ std::string originText(const RecordingFormatOrigin& origin, bool isFrameRecord) 
     return "";
 }
 
+std::string orUnknown(const std::string& text) { return text.empty() ? "unknown" : text; }
+
 std::string headerText(const Header& header) {
-    const std::string focalLength = header.lensMinFocalLength == header.lensMaxFocalLength
-                                        ? fmt::format("{} mm", header.lensMinFocalLength)
-                                        : fmt::format("{}-{} mm", header.lensMinFocalLength, header.lensMaxFocalLength);
-    return line("Lens", fmt::format("{} {}, serial number {}, {}", header.lensManufacturer, header.lensTypeName,
-                                    header.lensSerialNumber, focalLength)) +
-           line("Camera", header.cameraManufacturer.empty() && header.cameraModel.empty()
-                              ? "unknown"
-                              : fmt::format("{} {}", header.cameraManufacturer, header.cameraModel)) +
+    return line("Lens", fmt::format("{}, serial number {}, {}", orUnknown(lensName(header)),
+                                    orUnknown(header.lensSerialNumber), focalLengthText(header))) +
+           line("Camera", orUnknown(cameraName(header))) +
            line("Clip", fmt::format("{} ({}), {} x {} px, {} frames", header.videoFileName, header.clipName,
                                     header.clipWidth, header.clipHeight, header.clipDurationFrames)) +
            line("Timecode rate", header.tcFps > 0.0f ? fmt::format("{}", header.tcFps) : "none");

@@ -11,6 +11,7 @@
 
 #include "Console/Failure.h"
 #include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
+#include "Inspect/HeaderText.h"
 #include "Inspect/LensCurves.h"
 #include "Inspect/LineChart.h"
 #include "Inspect/SvgText.h"
@@ -485,12 +486,16 @@ private:
                        attributes);
     }
 
-    std::string lens() const { return markupText(m_header.lensManufacturer + " " + m_header.lensTypeName); }
+    std::string lens() const {
+        const std::string name = lensName(m_header);
+        return markupText(name.empty() ? "Unknown lens" : name);
+    }
 
     std::string title() const { return lens() + ", " + markupText(m_header.clipName) + " – lens report"; }
 
     std::string lead() const {
-        return markupText(fmt::format("{} {}, clip {}, frames {}–{}", m_header.cameraManufacturer, m_header.cameraModel,
+        const std::string camera = cameraName(m_header);
+        return markupText(fmt::format("{}{}clip {}, frames {}–{}", camera, camera.empty() ? "" : ", ",
                                       m_header.videoFileName, m_frames.begin()->first, m_frames.rbegin()->first));
     }
 
@@ -523,10 +528,8 @@ private:
             text +=
                 fmt::format("<div><dt>{}</dt><dd>{}</dd></div>\n", name, markupText(value.empty() ? "unknown" : value));
         };
-        const bool isZoom = m_header.lensMinFocalLength != m_header.lensMaxFocalLength;
         fact("Serial number", m_header.lensSerialNumber);
-        fact("Focal length", isZoom ? fmt::format("{}–{} mm", m_header.lensMinFocalLength, m_header.lensMaxFocalLength)
-                                    : fmt::format("{} mm", m_header.lensMinFocalLength));
+        fact("Focal length", focalLengthText(m_header));
         fact("Clip size", fmt::format("{} × {} px", m_header.clipWidth, m_header.clipHeight));
         fact("Image area", m_isFormatKnown
                                ? fmt::format("{:.2f} × {:.2f} mm", m_format.imageAreaWidth, m_format.imageAreaHeight)

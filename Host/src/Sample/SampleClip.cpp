@@ -132,7 +132,7 @@ std::string SampleClip::correctionFile() const {
         "# OLCF Version 3\n"
         "HEADER_START\n"
         "lensManufacturer:=Sample\n"
-        "lensTypeName:=Sample 32 mm\n"
+        "lensTypeName:=Spherical 32 mm\n"
         "lensSerialNumber:=1\n"
         "lensMinFocalLength:=32\n"
         "lensMaxFocalLength:=32\n"

@@ -84,7 +84,7 @@ HostImage::Frame SampleFiles::frame(std::int32_t index, const std::string& clipN
         {"cameraMake", "string", "Sample"},
         {"cameraModel", "string", "Sample S35"},
         {"lensMake", "string", "Sample"},
-        {"lensModel", "string", "Sample 32 mm"},
+        {"lensModel", "string", "Spherical 32 mm"},
         {"nominalFocalLength", "float", bytes(32.0f)},
         {"effectiveFocalLength", "float", bytes(static_cast<float>(m_clip.lens(index).focalLength()))},
         {"aperture", "float", bytes(2.8f)},

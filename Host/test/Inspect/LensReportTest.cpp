@@ -57,6 +57,17 @@ TEST(LensReport, givesLengthsOnTheSensorWhenTheFormatIsUnknown) {
     EXPECT_THAT(page, HasSubstr("recorded − corrected [µm]"));
 }
 
+TEST(LensReport, leavesOutNamesThatTheHeaderDoesNotGive) {
+    const std::string page = html(CorrectionFileText()
+                                      .with("lensManufacturer", "")
+                                      .with("lensTypeName", "")
+                                      .with("cameraManufacturer", "")
+                                      .with("cameraModel", "")
+                                      .with("videoFileName", "A001")
+                                      .withFrame(1, "00.00.00.00"));
+    EXPECT_THAT(page, HasSubstr("<h1>Unknown lens</h1>\n<p class=\"lead\">clip A001, frames 1–1</p>"));
+}
+
 TEST(LensReport, thinsOutALongClip) {
     CorrectionFileText text;
     for (int frame = 0; frame < 1000; ++frame) text.withFrame(frame, "00.00.00.00");
