@@ -17,6 +17,7 @@ ExitCode exitCodeFor(int signal) { return signal == SIGINT ? ExitCode::Interrupt
 void onSignal(int signal) {
     int expected = 0;
     if (receivedSignal.compare_exchange_strong(expected, signal)) return;
+    if (expected == SIGTERM && signal == SIGTERM) return;
     AtomicFile::removeAllNow();
     _exit(static_cast<int>(exitCodeFor(signal)));
 }

@@ -8,8 +8,9 @@ namespace Host {
 ///
 /// The first signal only sets a flag: the frame loop begins no frame any more, completes those in flight and ends. The
 /// second one stops at once: it removes the temporary files and ends the process with the exit status for that signal.
-/// So no partial file is left in either case. SIGXFSZ and SIGPIPE are ignored: what caused them is then an ordinary
-/// error of a write.
+/// So no partial file is left in either case. But a repeated SIGTERM is the first one once more: a farm sends it to
+/// every process of a task, and the task's shell hands it on. SIGXFSZ and SIGPIPE are ignored: what caused them is then
+/// an ordinary error of a write.
 class Interruption {
 public:
     /// Takes the four signals over; once, at the start of the program.

@@ -24,6 +24,17 @@ TEST(InterruptionDeathTest, OnlyNotesTheFirstSignal) {
         testing::ExitedWithCode(143), "");
 }
 
+TEST(InterruptionDeathTest, TakesARepeatedSigtermForTheFirstOne) {
+    EXPECT_EXIT(
+        {
+            Interruption::install();
+            std::raise(SIGTERM);
+            std::raise(SIGTERM);
+            std::_Exit(7);
+        },
+        testing::ExitedWithCode(7), "");
+}
+
 TEST(InterruptionDeathTest, TellsAPersonFromAFarm) {
     EXPECT_EXIT(
         {

@@ -1,5 +1,6 @@
 """Jobs on a real farm: Slurm's own daemons on this machine. Arguments: the program, and a folder that keeps Slurm's packages
 between runs. Ends with 77, which counts as skipped, where they can neither be found there nor downloaded."""
+import json
 import os
 import re
 import subprocess
@@ -53,7 +54,7 @@ class Slurm(program.ProgramTest):
                           "--program", self.path("program"), *options)
 
     def until(self, is_reached, what):
-        for _ in range(600):
+        for _ in range(3000):
             if is_reached():
                 return
             time.sleep(0.1)
@@ -109,6 +110,45 @@ class Slurm(program.ProgramTest):
             with open(self.path("out", name), "rb") as ours, open(self.path("here", name), "rb") as theirs:
                 self.assertEqual(ours.read(), theirs.read(), name)
 
+    def test_a_cancelled_task_leaves_whole_frames_alone_and_is_completed_when_it_is_put_back(self):
+        self.expect(self.run_program("sample", "clip", "--frames", "5", "--size", "960x540", "--progress", "none"), 0)
+        for frame in range(1006, 1061):  # enough to be stopped amid them
+            os.symlink("plate.1001.exr", self.path("clip", f"plate.{frame}.exr"))
+        submission = self.start("submit", "clip/plate.%04d.exr", "-o", "out/f.%04d.exr", "--distortion", "undistort",
+                                "--chunk", "60", "--cores", "1", "--wait", "--program", program.PROGRAM)
+        task = re.search(r"(\d+) \(60 frames", submission.stdout.readline())[1] + "_0"
+        self.until(lambda: len(self.events()) > 1, "a frame is done")
+        self.farm.run("scancel", task)
+        output, errors = submission.communicate(timeout=120)
+
+        counts = re.match(r"60 frames: (\d+) done, 0 failed, (\d+) without a result\.\nWithout a result: ", output)
+        self.assertTrue(counts, output)
+        self.assertGreater(int(counts[2]), 0)
+        self.assertIn("Chunk 0 ended with status 143; see log/0.log.\n", output)
+        self.assertEqual((submission.returncode, errors), (1, ""))
+        done = [event["file"] for event in self.events() if event["event"] == "frame"]
+        self.assertEqual(len(done), int(counts[1]))
+        self.assertEqual(self.pictures(), sorted(done))
+        # The frames in flight were completed: the renderer came to its ordinary end.
+        self.assertEqual(self.events()[-1]["event"], "end")
+
+        self.farm.run("scontrol", "requeue", task)
+        self.farm.run("scontrol", "update", "jobid=" + task, "StartTime=now")
+        self.until(lambda: self.run_program("summary", "lenscorrect-job-1").returncode == 0, "all frames are done")
+        self.assertEqual(len(self.pictures()), 60)
+
+    def events(self):
+        """What the first start of chunk 0 has reported."""
+        try:
+            with open(self.path("lenscorrect-job-1", "report", "0.0.jsonl"), encoding="utf-8") as file:
+                return [json.loads(line) for line in file if line.endswith("\n")]
+        except FileNotFoundError:
+            return []
+
+    def pictures(self):
+        """Everything that lies where the frames are put, but for the list of what is finished."""
+        return sorted(os.path.join("out", name) for name in os.listdir(self.path("out")) if not name.endswith(".frames"))
+
     def test_without_a_device_no_chunk_starts_and_the_status_tells_it(self):
         self.given_program(f'#!/bin/bash\nif [ "$1" = devices ]; then exit 3; fi\nexec {program.PROGRAM} "$@"\n')
         submission = self.submit("--frames", "1001-1030")
@@ -118,11 +158,18 @@ class Slurm(program.ProgramTest):
         self.assertEqual(submission.returncode, 3)
 
     def test_no_array_is_longer_than_the_farm_takes(self):
-        self.given_program(f'#!/bin/bash\nif [ "$1" != summary ]; then exit; fi\nexec {program.PROGRAM} "$@"\n')
-        submission = self.submit("--frames", "1-120", "--chunk", "1", "--limit", "2", "--engine-option=--time=5")
-        output, errors = submission.communicate(timeout=240)
+        self.given_program("#!/bin/bash\n")
+        submission = self.start("submit", "clip/plate.%04d.exr", "-o", "out/f.%04d.exr", "--distortion", "undistort",
+                                "--frames", "1-120", "--chunk", "1", "--limit", "2", "--engine-option=--time=5",
+                                "--engine-option=--hold", "--program", self.path("program"))
+        output, errors = submission.communicate(timeout=120)
         self.assertEqual(errors, "lenscorrect: Slurm takes 50 tasks at most; each gets 3 frames.\n")
-        self.assertIn("(120 frames in 40 chunks)", output)
+        jobs = re.match(r"Slurm jobs: (\d+) \(kernel cache\), (\d+) \(120 frames in 40 chunks\), then the summary\n", output)
+        self.assertTrue(jobs, output)
+        array = self.farm.run("scontrol", "show", "job", jobs[2])
+        for text in ("ArrayTaskId=0-39%2 ArrayTaskThrottle=2", "TimeLimit=00:05:00"):
+            self.assertIn(text, array)
+        self.farm.run("scancel", *jobs.groups())
 
     def test_what_slurm_refuses_is_told_and_taken_back(self):
         self.given_program("#!/bin/bash\n")

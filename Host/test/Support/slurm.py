@@ -38,7 +38,7 @@ SlurmdLogFile={folder}/slurmd.log
 PluginDir={libraries}
 ReturnToService=2
 MaxArraySize=50
-KillWait=5
+KillWait=30
 NodeName={host} NodeAddr=127.0.0.1 CPUs={cores} State=UNKNOWN
 PartitionName=all Nodes={host} Default=YES MaxTime=INFINITE State=UP
 """
