@@ -55,7 +55,7 @@ Progress::Output Progress::standardOutput(Mode mode) {
 Progress::Progress(Mode mode, std::size_t total, Output output)
     : m_mode(mode), m_total(total), m_output(std::move(output)), m_start(m_output.now()), m_lastShown(m_start) {
     if (m_mode == Mode::Json) {
-        m_output.write(nlohmann::ordered_json{{"event", "start"}, {"frames", m_total}}.dump() + '\n');
+        m_output.write(nlohmann::ordered_json{{"event", "start"}, {"version", 1}, {"frames", m_total}}.dump() + '\n');
     }
 }
 

@@ -112,9 +112,13 @@ std::string FarmSummary::json() const {
     for (const auto& [frame, message] : failed) failures.push_back({{"frame", frame}, {"message", message}});
     Json steps = Json::object();
     for (const auto& [step, status] : failedSteps) steps[step] = status;
-    return Json{{"total", total},       {"done", done},
-                {"failed", failures},   {"withoutResult", FrameRange::string(withoutResult)},
-                {"failedSteps", steps}, {"exitCode", static_cast<int>(exitCode())}}
+    return Json{{"version", 1},
+                {"total", total},
+                {"done", done},
+                {"failed", failures},
+                {"withoutResult", FrameRange::string(withoutResult)},
+                {"failedSteps", steps},
+                {"exitCode", static_cast<int>(exitCode())}}
                .dump(2, ' ', false, Json::error_handler_t::replace) +
            "\n";
 }

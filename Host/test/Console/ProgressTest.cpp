@@ -97,7 +97,7 @@ TEST(Progress, WritesOneJsonObjectPerEvent) {
     recorder.progress.done(1, "a.exr");
     recorder.progress.failed(2, "b.exr", "no \"b\"");
     recorder.progress.end();
-    EXPECT_EQ(recorder.text, R"({"event":"start","frames":2}
+    EXPECT_EQ(recorder.text, R"({"event":"start","version":1,"frames":2}
 {"event":"frame","frame":1,"state":"done","file":"a.exr","done":1,"skipped":0,"failed":0,"total":2}
 {"event":"frame","frame":2,"state":"failed","file":"b.exr","message":"no \"b\"","done":1,"skipped":0,"failed":1,"total":2}
 {"event":"end","done":1,"skipped":0,"failed":1,"total":2,"seconds":1.5}

@@ -33,7 +33,7 @@ class Resume(render_test.RenderTest):
         result = self.run_program("render", clip, *UNDISTORT, "-o", "out/f.%04d.exr", "--progress", "json",
                                   *arguments)
         self.expect(result, status)
-        events = [json.loads(line) for line in result.stdout.splitlines()]
+        events = program.progress_events(result.stdout)
         self.assertEqual([events[0]["event"], events[-1]["event"]], ["start", "end"])
         frames = {event["frame"]: event["state"] for event in events if event["event"] == "frame"}
         for state in ("done", "skipped", "failed"):

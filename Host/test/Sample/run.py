@@ -90,7 +90,7 @@ class Sample(program.ProgramTest):
     def test_tells_its_progress_as_json(self):
         result = self.sample("--frames", "2", "--progress", "json")
         self.expect(result, 0, errors="")
-        events = [json.loads(line) for line in result.stdout.splitlines()]
+        events = program.progress_events(result.stdout)
         self.assertEqual([event["event"] for event in events], ["start", "frame", "frame", "end"])
 
     def test_refuses_impossible_clips(self):

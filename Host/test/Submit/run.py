@@ -138,7 +138,7 @@ class Submit(program.ProgramTest):
         result = self.run_program("summary", self.job, "--json")
         self.expect(result, 1, errors="")
         self.assertEqual(program.validated(json.loads(result.stdout), "summary"),
-                         {"total": 25, "done": 0, "failed": [{"frame": 1002, "message": "broken"}],
+                         {"version": 1, "total": 25, "done": 0, "failed": [{"frame": 1002, "message": "broken"}],
                           "withoutResult": "1001,1003-1025", "failedSteps": {"0": 1}, "exitCode": 1})
 
     def test_a_step_that_was_started_again_counts_with_both_its_reports(self):

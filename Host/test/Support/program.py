@@ -51,12 +51,21 @@ def documented(document, command):
     return command.split()
 
 
-def validated(document, schema):
-    """The document itself, once it follows Docs/schemas/<schema>.json."""
+def schema(name):
     root = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..")
-    with open(os.path.join(root, "Docs", "schemas", schema + ".json"), encoding="utf-8") as file:
-        jsonschema.Draft7Validator(json.load(file)).validate(document)
+    with open(os.path.join(root, "Docs", "schemas", name + ".json"), encoding="utf-8") as file:
+        return json.load(file)
+
+
+def validated(document, name):
+    """The document itself, once it follows Docs/schemas/<name>.json."""
+    jsonschema.Draft7Validator(schema(name)).validate(document)
     return document
+
+
+def progress_events(output):
+    """What `--progress json` has printed, once each line follows Docs/schemas/progress.json."""
+    return [validated(json.loads(line), "progress") for line in output.splitlines()]
 
 
 def main():

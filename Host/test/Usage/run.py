@@ -36,11 +36,24 @@ class Usage(program.ProgramTest):
                     'lenscorrect: --frames is empty\n'
                     'Run "lenscorrect render --help" for the options and an example.\n')
 
-    def test_every_command_has_help_with_an_example(self):
+    def commands(self):
         help_text = self.run_program("--help")
         self.expect(help_text, 0, errors="")
         listing = help_text.stdout.split("Subcommands:\n")[1]
-        commands = [line.split()[0] for line in listing.splitlines() if line.startswith("  ")]
+        return [line.split()[0] for line in listing.splitlines() if line.startswith("  ")]
+
+    def test_every_command_with_json_names_the_schema_of_a_versioned_layout(self):
+        with_json = [command for command in self.commands() if "--json" in self.run_program(command, "--help").stdout]
+        self.assertIn("summary", with_json)
+        for command in with_json:
+            with self.subTest(command):
+                self.assertIn(f"Docs/schemas/{command}.json", self.run_program(command, "--help").stdout)
+                schema = program.schema(command)
+                self.assertFalse(schema["additionalProperties"])
+                self.assertIn("version", schema["required"])
+
+    def test_every_command_has_help_with_an_example(self):
+        commands = self.commands()
         self.assertIn("formats", commands)
         for command in commands:
             with self.subTest(command):
