@@ -30,6 +30,11 @@ struct Header {
     float distortionZoom = 0.0f;
 };
 
+/// Whether a correction file with this header belongs to the clip: one of its two names is the clip's file name.
+inline bool namesClip(const Header& header, const std::string& clipFileName) {
+    return header.videoFileName == clipFileName || header.clipName == clipFileName;
+}
+
 /// One frame's measurements: heights, shading and radialDistortion have the same number of entries (6 or 7) when they
 /// come from a file; a JSON record may carry unequal counts.
 struct Frame {

@@ -11,7 +11,7 @@ namespace {
 
 void checkThatFileBelongsToClip(const std::string& clipFileName, const std::string& correctionFilePath,
                                 const Header& header) {
-    if (clipFileName == header.videoFileName || clipFileName == header.clipName) return;
+    if (namesClip(header, clipFileName)) return;
     throw FileMismatchException(clipFileName, correctionFilePath, header.videoFileName);
 }
 

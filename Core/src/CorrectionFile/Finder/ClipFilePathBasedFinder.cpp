@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "CorrectionData/Content.h"
+#include "CorrectionFile/Finder/ClipName.h"
 #include "CorrectionFile/Finder/NotFoundException.h"
 #include "CorrectionFile/Parser/Parser.h"
 #include "CorrectionFile/Reader/Reader.h"
@@ -25,9 +26,7 @@ namespace fs = boost::filesystem;
 class Search {
 public:
     explicit Search(const fs::path& clipFilePath)
-        : m_clipFileName(clipFilePath.filename().string()),
-          m_clipStem(clipFilePath.stem().string()),
-          m_clipDirectory(clipFilePath.parent_path()) {}
+        : m_clip(clipFilePath.string()), m_clipDirectory(clipFilePath.parent_path()) {}
 
     bool find(const LevelOfDepth& levelOfDepth, std::string& correctionFilePath) {
         const fs::path currentFolder = ".";
@@ -85,9 +84,7 @@ private:
     }
 
     bool isCandidate(const fs::directory_entry& entry) const {
-        const fs::path& path = entry.path();
-        if (path.extension().native() != ".olcf") return false;
-        if (path.filename().string().find(m_clipStem) == std::string::npos) return false;
+        if (!m_clip.isIn(nameOf(entry.path()))) return false;
         boost::system::error_code ignored;
         return entry.status(ignored).type() == fs::regular_file;
     }
@@ -101,7 +98,7 @@ private:
         } catch (const Exception&) {
             return false;
         }
-        return header.videoFileName == m_clipFileName || header.clipName == m_clipFileName;
+        return CorrectionData::namesClip(header, m_clip.file());
     }
 
     // An entry that has vanished or that is a link to nothing is no folder.
@@ -116,8 +113,7 @@ private:
     // none left.
     static std::string nameOf(const fs::path& path) { return path.filename().string(); }
 
-    std::string m_clipFileName;
-    std::string m_clipStem;
+    ClipName m_clip;
     fs::path m_clipDirectory;
     std::deque<fs::path> m_queue;
     std::vector<std::string> m_searchedDirectoryPaths;

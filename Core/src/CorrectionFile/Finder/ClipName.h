@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+namespace CorrectionFile {
+
+/// A clip's name, as correction files carry it. Any thread may use it.
+class ClipName {
+public:
+    explicit ClipName(const std::string& clipFilePath);
+
+    /// The clip's file name: what a header must give.
+    const std::string& file() const { return m_file; }
+
+    /// That without its extension: what must be somewhere in a correction file's own name.
+    const std::string& stem() const { return m_stem; }
+
+    /// Whether the clip's correction file may have this name: *.olcf, in small letters, with the stem in it.
+    bool isIn(const std::string& correctionFileName) const;
+
+private:
+    std::string m_file;
+    std::string m_stem;
+};
+
+} // namespace CorrectionFile
