@@ -12,6 +12,7 @@
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "CorrectionFile/Finder/NotFoundException.h"
 #include "Frames/ClipPath.h"
+#include "Inspect/PassedOverFiles.h"
 
 namespace Host {
 namespace {
@@ -39,16 +40,20 @@ ExitCode FindCommand::run() {
     try {
         CorrectionFile::ClipFilePathBasedFinder(clip, Core::correctionFileSearchDepth).find(file);
     } catch (const CorrectionFile::NotFoundException& exception) {
+        const std::vector<PassedOverFile> passedOver = passedOverFiles(clip, exception.searchedDirectoryPaths());
         if (m_asJson) {
             printJson({{"version", 1},
                        {"clip", clip},
                        {"correctionFile", nullptr},
-                       {"searchedFolders", exception.searchedDirectoryPaths()}});
+                       {"searchedFolders", exception.searchedDirectoryPaths()},
+                       {"passedOverFiles", json(passedOver)}});
             return ExitCode::WrongUse;
         }
         std::string text =
             fmt::format("No correction file of the clip \"{}\" was found. Searched were, in this order:", clip);
         for (const std::string& folder : exception.searchedDirectoryPaths()) text += "\n  " + folder;
+        if (!passedOver.empty()) text += "\nPassed over were:";
+        for (const PassedOverFile& other : passedOver) text += fmt::format("\n  {}: {}", other.path, other.reason);
         text += "\nIts name ends in .olcf and contains the clip's name, and its header names the clip.";
         throw Failure(ExitCode::WrongUse, text);
     } catch (const boost::filesystem::filesystem_error& error) {

@@ -51,6 +51,7 @@ void findCorrectionFile(const RenderOptions& options, const Clip& clip, InfoRepo
     } catch (const CorrectionFile::NotFoundException& exception) {
         report.fileError = "none was found; searched were:";
         report.searchedFolders = exception.searchedDirectoryPaths();
+        report.passedOverFiles = passedOverFiles(clip.searchPath(), report.searchedFolders);
         return;
     } catch (const boost::filesystem::filesystem_error& error) {
         report.fileError = "the search ended at " + error.path1().string() + ": " + error.code().message();

@@ -238,6 +238,9 @@ std::string InfoReport::text(bool withFrames) const {
             text += line(
                 "", fmt::format("and {} more, which \"lenscorrect find\" lists", searchedFolders.size() - mostFolders));
         }
+        for (const PassedOverFile& other : passedOverFiles) {
+            text += line("Passed over", other.path + ": " + other.reason);
+        }
     }
     if (recordingFormatOrigin.kind == RecordingFormatOrigin::Kind::None) {
         text += line("Recording format", "unknown; give --image-area and --clip-resolution");
@@ -283,6 +286,7 @@ ordered_json InfoReport::json(bool withFrames) const {
         if (!fileError.empty()) {
             json["correctionFileError"] = fileError;
             json["searchedFolders"] = searchedFolders;
+            json["passedOverFiles"] = Host::json(passedOverFiles);
         }
     }
     json["recordingFormat"] = {{"origin", word(recordingFormatOrigin.kind, isFrameRecord)},

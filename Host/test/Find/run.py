@@ -49,6 +49,24 @@ class Find(program.ProgramTest):
         self.assertEqual(lines[-1],
                          "Its name ends in .olcf and contains the clip's name, and its header names the clip.")
 
+    def test_tells_why_files_were_passed_over(self):
+        near = [self.give("deep", "shot", name, content=content) for name, content in (
+            ("lens.olcf", olcf.text()), ("plate.OLCF", olcf.text()), ("plate_bad.olcf", "no correction file"),
+            ("plate_other.olcf", olcf.text(videoFileName="other.mov", clipName="other")))]
+        os.mkdir(self.path("deep", "shot", "plate_folder.olcf"))
+        far = self.give("lens", "plate.olcf", content=olcf.text(videoFileName="other", clipName=""))
+        self.give("lens", "lens of another.olcf", content=olcf.text(videoFileName="another"))
+        result = self.run_program("find", "deep/shot")
+        self.expect(result, 2, "")
+        lines = result.stderr.splitlines()
+        self.assertEqual(lines[lines.index("Passed over were:") + 1:-1], [
+            f'  {near[0]}: its name does not contain "plate"',
+            f'  {near[1]}: its name does not end in ".olcf" in small letters',
+            f'  {near[2]}: it cannot be parsed; "lenscorrect check" lists its defects',
+            f'  {self.path("deep", "shot", "plate_folder.olcf")}: it cannot be read',
+            f'  {near[3]}: its header names the clip "other.mov" or "other", not "plate"',
+            f'  {far}: its header names the clip "other", not "plate"'])
+
     def test_tells_the_same_as_json(self):
         clip = self.path("deep", "shot", "plate")
         missing = self.run_program("find", "deep/shot", "--json")
@@ -56,6 +74,7 @@ class Find(program.ProgramTest):
         answer = program.validated(json.loads(missing.stdout), "find")
         self.assertEqual((answer["clip"], answer["correctionFile"]), (clip, None))
         self.assertEqual(answer["searchedFolders"][0], self.path("deep", "shot"))
+        self.assertEqual(answer["passedOverFiles"], [])
         file = self.give("deep", "shot", "plate.olcf", content=olcf.text())
         found = self.run_program("find", "deep/shot", "--json")
         self.expect(found, 0, errors="")

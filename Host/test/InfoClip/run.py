@@ -54,8 +54,18 @@ class InfoClip(program.ProgramTest):
         report = self.info(status=1)
         self.assertEqual(report["correctionFile"], None)
         self.assertIn(self.clip_folder, report["searchedFolders"])
+        self.assertEqual(report["passedOverFiles"], [])
         self.assertEqual(report["frames"][0]["error"],
                          "Header of the metadata is not available. Correction file could not be found.")
+
+    def test_tells_which_correction_files_are_not_the_clips(self):
+        self.write_frame(1001)
+        with open(self.clip("A001C002.olcf"), "w", encoding="utf-8") as file:
+            file.write(correction_file.text(frames=[0], videoFileName="A001C001", clipName=""))
+        reason = 'its header names the clip "A001C001", not "A001C002"'
+        self.assertEqual(self.info(status=1)["passedOverFiles"], [{"path": self.clip("A001C002.olcf"), "reason": reason}])
+        text = self.run_program("info", self.clip("A001C002.%04d.exr")).stdout
+        self.assertIn(f"Passed over       {self.clip('A001C002.olcf')}: {reason}\n", text)
 
     def test_tells_only_the_frames_of_a_range(self):
         self.write_correction([0, 1])
