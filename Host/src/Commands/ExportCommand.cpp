@@ -23,6 +23,7 @@ void ExportCommand::declareOptions(CLI::App& app) {
 }
 
 ExitCode ExportCommand::run() {
+    refuseToReplace(m_path, m_outputPath);
     const OpenTrackIoExport exported(CorrectionFileData::read(m_path));
     writeTextFile(m_outputPath, exported.document.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
     const auto pixels = [](double value) { return value > 0.0 ? fmt::format(" ({:.3f} px)", value) : std::string(); };

@@ -27,6 +27,7 @@ ExitCode PlotCommand::run() {
         throw Failure(ExitCode::WrongUse,
                       fmt::format("{}: the output's name must end in .html or .svg.", m_outputPath));
     }
+    refuseToReplace(m_path, m_outputPath);
     const LensReport report(CorrectionFileData::read(m_path));
     writeTextFile(m_outputPath, extension == ".html" ? report.html() : report.svg());
     return ExitCode::Done;

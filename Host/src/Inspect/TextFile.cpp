@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "Console/Failure.h"
@@ -16,6 +17,13 @@ void writeTextFile(const std::string& path, const std::string& text) {
     stream.close();
     if (!stream) throw Failure(ExitCode::Output, fmt::format("{}: could not be written; is the disk full?", path));
     file.commit();
+}
+
+void refuseToReplace(const std::string& input, const std::string& output) {
+    std::error_code error;
+    if (!std::filesystem::equivalent(input, output, error)) return;
+    throw Failure(ExitCode::WrongUse,
+                  fmt::format("The output would replace its own input, \"{}\"; choose another output.", output));
 }
 
 } // namespace Host

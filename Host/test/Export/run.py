@@ -91,6 +91,15 @@ class Export(program.ProgramTest):
         self.assertEqual(result.stderr, "lenscorrect: a.olcf: 1 of the frames have no curves and no sample; run \"lenscorrect "
                                         "check\" on it.\n")
 
+    def test_leaves_the_correction_file_alone_when_it_is_named_as_the_output(self):
+        self.smooth_lens()
+        with open(self.path("a.olcf"), encoding="utf-8") as file:
+            text = file.read()
+        self.expect(self.run_program("export", "--opentrackio", "a.olcf", "-o", "./a.olcf"), 2, "",
+                    'lenscorrect: The output would replace its own input, "./a.olcf"; choose another output.\n')
+        with open(self.path("a.olcf"), encoding="utf-8") as file:
+            self.assertEqual(file.read(), text)
+
     def test_works_without_a_recording_format(self):
         self.smooth_lens(sensorWidth="0")
         document, result = self.export()

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "Support/FailureText.h"
 #include "Support/TemporaryFolder.h"
 
@@ -9,6 +11,15 @@ TEST(TextFile, holdsTheWholeText) {
     const TemporaryFolder folder;
     Host::writeTextFile(folder.path("a.txt"), "line\n");
     EXPECT_EQ("line\n", folder.text("a.txt"));
+}
+
+TEST(TextFile, isNotToReplaceWhatItIsMadeOf) {
+    const TemporaryFolder folder;
+    folder.file("a.olcf", "x");
+    std::filesystem::create_symlink(folder.path("a.olcf"), folder.path("b.svg"));
+    EXPECT_EQ("2: The output would replace its own input, \"" + folder.path("b.svg") + "\"; choose another output.",
+              failureOf([&] { Host::refuseToReplace(folder.path("a.olcf"), folder.path("b.svg")); }));
+    Host::refuseToReplace(folder.path("a.olcf"), folder.path("c.svg"));
 }
 
 TEST(TextFile, isAFailureOfTheOutputWhereNoneCanBe) {

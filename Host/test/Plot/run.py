@@ -43,6 +43,13 @@ class Plot(program.ProgramTest):
         self.expect(self.run_program("plot", "a.olcf", "-o", "curves.png"), 2, "",
                     "lenscorrect: curves.png: the output's name must end in .html or .svg.\n")
 
+    def test_leaves_the_correction_file_alone_when_it_is_named_as_the_output(self):
+        os.rename(self.path("a.olcf"), self.path("a.svg"))
+        text = self.read("a.svg")
+        self.expect(self.run_program("plot", "a.svg", "-o", "a.svg"), 2, "",
+                    'lenscorrect: The output would replace its own input, "a.svg"; choose another output.\n')
+        self.assertEqual(self.read("a.svg"), text)
+
     def test_says_why_there_is_nothing_to_plot(self):
         with open(self.path("b.olcf"), "w", encoding="utf-8") as file:
             file.write(correction_file.text(frames=[]))
