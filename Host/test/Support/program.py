@@ -34,6 +34,15 @@ class ProgramTest(unittest.TestCase):
         return subprocess.run([PROGRAM, *arguments], cwd=self.folder, env=variables, stdin=subprocess.DEVNULL,
                               capture_output=True, encoding="utf-8", errors="surrogateescape", timeout=timeout)
 
+    def small_disk(self, name, kilobytes):
+        """A disk of its own, empty, as a folder of that name; skips the case where none can be mounted."""
+        os.mkdir(self.path(name))
+        mount = subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={kilobytes}k", "tmpfs", self.path(name)],
+                               capture_output=True)
+        if mount.returncode:
+            self.skipTest("a small disk cannot be mounted here")
+        self.addCleanup(subprocess.run, ["umount", "-l", self.path(name)], check=True)
+
     def expect(self, result, status, output=None, errors=None):
         self.assertEqual(result.returncode, status, result.stdout + result.stderr)
         if output is not None:
