@@ -30,7 +30,8 @@ std::int32_t takeNumber(const std::string& whole, std::string_view& rest) {
     return number;
 }
 
-/// Appends start, start + step … up to end. 64-bit, so that neither the last step nor the count overflows.
+/// Appends start, start + step … up to end, a part of the whole text. 64-bit, so that neither the last step nor the
+/// count overflows.
 void append(std::vector<std::int32_t>& frames, std::int64_t start, std::int64_t end, std::int64_t step,
             const std::string& whole, std::size_t most = FrameRange::maximumCount) {
     const std::int64_t count = (end - start) / step + 1;
@@ -43,12 +44,13 @@ void append(std::vector<std::int32_t>& frames, std::int64_t start, std::int64_t 
     }
 }
 
-/// One piece between commas: a number, a range, or a range with a step.
-void appendPiece(std::vector<std::int32_t>& frames, const std::string& piece, std::size_t most) {
+/// One piece between commas of the whole text: a number, a range, or a range with a step.
+void appendPiece(std::vector<std::int32_t>& frames, const std::string& piece, const std::string& whole,
+                 std::size_t most) {
     std::string_view rest = piece;
     const std::int32_t start = takeNumber(piece, rest);
     if (rest.empty()) {
-        append(frames, start, start, 1, piece, most);
+        append(frames, start, start, 1, whole, most);
         return;
     }
     if (rest.front() != '-') refuse(piece, fmt::format("\"{}\" does not belong there.", rest));
@@ -65,7 +67,7 @@ void appendPiece(std::vector<std::int32_t>& frames, const std::string& piece, st
         step = end < start && written > 0 ? -written : written;
         if (start == end) step = 1;
     }
-    append(frames, start, end, step, piece, most);
+    append(frames, start, end, step, whole, most);
 }
 
 std::vector<std::int32_t> withoutRepeats(const std::vector<std::int32_t>& frames) {
@@ -96,7 +98,7 @@ FrameRange FrameRange::parse(const std::string& text, std::size_t most) {
         const std::size_t end = std::min(text.find_first_of(", \t", begin), text.size());
         const bool atComma = end < text.size() && text[end] == ',';
         if (end > begin) {
-            appendPiece(frames, text.substr(begin, end - begin), most);
+            appendPiece(frames, text.substr(begin, end - begin), text, most);
             commaIsOpen = false;
         }
         if (commaIsOpen && (atComma || end == text.size())) {

@@ -57,13 +57,23 @@ TEST(FrameRange, RefusesTheColonNamingBothReadings) {
         "a staggered order (all of 1-10, the coarse ones first). Write a step as 1-10x2.");
 }
 
-TEST(FrameRange, RefusesMoreThanAMillionFrames) {
+TEST(FrameRange, RefusesMoreThanAMillionFramesBeforeTheyTakeMemory) {
     EXPECT_EQ(failure("1-1000001"), "2: Frame range \"1-1000001\" has more than 1000000 frames; split the job.");
+    EXPECT_EQ(failure("1-1000000000"), "2: Frame range \"1-1000000000\" has more than 1000000 frames; split the job.");
+    EXPECT_EQ(failure("2147483647--2147483648"),
+              "2: Frame range \"2147483647--2147483648\" has more than 1000000 frames; split the job.");
+    EXPECT_EQ(failureOf([] { FrameRange::fromStartToEnd(-2147483647 - 1, 2147483647); }),
+              "2: Frame range \"-2147483648-2147483647x1\" has more than 1000000 frames; split the job.");
     EXPECT_EQ(parsed("1-1000000").size(), 1000000u);
 }
 
-TEST(FrameRange, CountsRepeatedFramesTowardsTheLimitBeforeTheyFillMemory) {
-    EXPECT_NE(failure("-2147483648-2147483647"), "no failure");
+TEST(FrameRange, TakesAStepThatLeavesFewOfManyFrames) {
+    EXPECT_EQ(parsed("-2147483648-2147483647x2147483647"), (Frames{-2147483647 - 1, -1, 2147483646}));
+}
+
+TEST(FrameRange, CountsRepeatedFramesTowardsTheLimit) {
+    EXPECT_EQ(failure("1-600000,1-600000"),
+              "2: Frame range \"1-600000,1-600000\" has more than 1000000 frames; split the job.");
 }
 
 namespace {
@@ -96,6 +106,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Defect{"1-5y2", "\"1-5y2\" is not understood: \"y2\" does not belong there."},
                     Defect{"1..5", "\"1..5\" is not understood: \"..5\" does not belong there."},
                     Defect{"1-5x2x", "\"1-5x2x\" is not understood: \"x\" does not belong there."},
+                    Defect{"1-1e9x", "\"1-1e9x\" is not understood: \"e9x\" does not belong there."},
+                    Defect{"1-9x", "\"1-9x\" is not understood: a number is missing at its end."},
                     Defect{"1x2", "\"1x2\" is not understood: \"x2\" does not belong there."},
                     Defect{"1-5x0", "\"1-5x0\" is not understood: a step of 0 never arrives."},
                     Defect{"1-5x-1", "\"1-5x-1\" is not understood: a negative step leads away from the end."},
