@@ -1,6 +1,7 @@
 // What a process that decodes answers, of any bytes: a frame within the limits that is told in the same bytes again, or
 // the documented error; and no memory beyond what the bytes and the limits call for.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -14,9 +15,13 @@ namespace {
 
 std::size_t largest = 0; ///< bytes of the largest allocation
 
-void* allocate(std::size_t size) {
+void* allocateOrNull(std::size_t size) noexcept {
     largest = std::max(largest, size);
-    if (void* const memory = std::malloc(std::max<std::size_t>(size, 1))) return memory;
+    return std::malloc(std::max<std::size_t>(size, 1));
+}
+
+void* allocate(std::size_t size) {
+    if (void* const memory = allocateOrNull(size)) return memory;
     throw std::bad_alloc();
 }
 
@@ -24,6 +29,8 @@ void* allocate(std::size_t size) {
 
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
