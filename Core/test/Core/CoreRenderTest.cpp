@@ -313,7 +313,7 @@ protected:
     std::list<Node> m_nodes;
 
     static constexpr int threadCount = 6;
-    static constexpr int rounds = 12;
+    static constexpr int rounds = 200; // what can slip between two locks does so rarely
 
     /// Different clips, sizes and corrections; every fifth node fails.
     void givenNodes(int count) {
