@@ -17,7 +17,7 @@ struct InfoReport {
     std::optional<CorrectionFileData> file; ///< none: no correction file belongs to the clip
     std::string fileError;                  ///< why there is none, when that is a failure
     std::vector<std::string> searchedFolders;
-    std::vector<PassedOverFile> passedOverFiles; ///< in the searched folders
+    std::vector<PassedOverFile> passedOverFiles;              ///< in the searched folders
     RecordingFormatDatabase::RecordingFormat recordingFormat; ///< the one that is used
     Core::RecordingFormatOrigin recordingFormatOrigin;
     bool isFrameRecord = false; ///< the lens data of `recordingFormat` are a frame's own record, not a file's
