@@ -7,14 +7,20 @@
 
 namespace HostImage {
 
+void checkOutputName(const std::string& path) {
+    if (fileExtension(path) == "exr") return;
+    if (isMovie(path))
+        throw ImageError(path,
+                         "cannot be written: movies are only read; choose an image sequence such as name.%04d.exr");
+    reinterpret_cast<CheckModuleOutputName>(moduleFunction(path, "StillsModule", "orvexCheckOutputName"))(path);
+}
+
 void writeFrame(const std::string& path, const Frame& frame, const WriteOptions& options) {
+    checkOutputName(path);
     if (fileExtension(path) == "exr") {
         writeExr(path, frame, options);
         return;
     }
-    if (isMovie(path))
-        throw ImageError(path,
-                         "cannot be written: movies are only read; choose an image sequence such as name.%04d.exr");
     const auto write = reinterpret_cast<WriteModuleFrame>(moduleFunction(path, "StillsModule", "orvexWriteFrame"));
     write(path, frame, options);
 }

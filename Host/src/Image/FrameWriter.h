@@ -29,4 +29,7 @@ struct WriteOptions {
 /// if writing fails. Throws ImageError, also for what the format cannot hold (several parts in a DPX).
 void writeFrame(const std::string& path, const Frame& frame, const WriteOptions& options = {});
 
+/// Throws ImageError if writeFrame refuses the path for its extension, whatever the frame; touches no file.
+void checkOutputName(const std::string& path);
+
 } // namespace HostImage

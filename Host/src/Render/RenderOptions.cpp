@@ -7,6 +7,7 @@
 #include "Console/Failure.h"
 #include "Console/MemorySize.h"
 #include "Console/Progress.h"
+#include "Image/FrameWriter.h"
 
 namespace Host {
 
@@ -41,6 +42,16 @@ std::optional<FrameRange> framesOf(const std::string& list, std::optional<std::i
     if (!start && !end && !step) return std::nullopt;
     if (!start || !end) refuse("--start and --end belong together.");
     return FrameRange::fromStartToEnd(*start, *end, step.value_or(1));
+}
+
+/// A name that no picture can have would otherwise fail every frame once it is corrected.
+void checkFormatOf(const FilePattern& output) {
+    const std::string name = output.path(1);
+    try {
+        HostImage::checkOutputName(name);
+    } catch (const HostImage::ImageError& error) {
+        refuse(output.string() + std::string(error.what()).substr(name.size()));
+    }
 }
 
 } // namespace
@@ -105,6 +116,7 @@ RenderOptions RenderOptionsReader::read() const {
     RenderOptions options;
     options.clip = t.clip;
     options.output = FilePattern::parse(t.output, FilePattern::Use::Output);
+    checkFormatOf(options.output);
 
     using Distortion = RenderOptions::Distortion;
     using Shading = RenderOptions::Shading;

@@ -43,6 +43,16 @@ No correction file was found around the clip: lay the one that names this clip b
 --correction-file. "lenscorrect find" tells where it is searched.
 """.format(os.path.realpath(self.folder)))
 
+    def test_names_an_output_that_no_picture_can_be_before_the_first_frame(self):
+        self.sample("--size", "128x96", "--frames", "2")
+        for output, problem in (
+                ("f.%04d.xyz", '".xyz" is not a known image format; choose .exr, .dpx, .tif or .png'),
+                ("folder", "its name has no extension; choose .exr, .dpx, .tif or .png"),
+                ("f.mov", "movies are only read; choose an image sequence such as name.%04d.exr")):
+            with self.subTest(output):
+                self.expect(self.render("--distortion", "undistort", "-o", output), 2, "",
+                            f"lenscorrect: {output}: cannot be written: {problem}\n")
+
     def test_writes_the_others_when_a_frame_in_the_middle_is_cut_short(self):
         self.sample("--size", "128x96", "--frames", "3")
         os.truncate(self.path("clip", "plate.1002.exr"), 3000)

@@ -287,17 +287,34 @@ OIIO::TypeDesc storedType(const std::string& format, PixelType type, const Write
     return oiioType(type);
 }
 
+/// By the path's extension; the library writes more formats than a message can name.
+std::unique_ptr<OIIO::ImageOutput> outputFor(const std::string& path) {
+    std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(path);
+    if (output) return output;
+    const std::string extension = fileExtension(path);
+    throw ImageError(path, "cannot be written: " +
+                               (extension.empty() ? "its name has no extension"
+                                                  : "\"." + extension + "\" is not a known image format") +
+                               "; choose .exr, .dpx, .tif or .png");
+}
+
 } // namespace
 
 extern "C" {
 __attribute__((visibility("default"))) FrameReader* orvexOpenReader(const std::string& path, const Limits& limits);
 __attribute__((visibility("default"))) void orvexWriteFrame(const std::string& path, const Frame& frame,
                                                             const WriteOptions& options);
+__attribute__((visibility("default"))) void orvexCheckOutputName(const std::string& path);
 }
 
 FrameReader* orvexOpenReader(const std::string& path, const Limits& limits) {
     setUpLibrary();
     return new StillsReader(path, limits);
+}
+
+void orvexCheckOutputName(const std::string& path) {
+    setUpLibrary();
+    outputFor(path);
 }
 
 void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOptions& options) {
@@ -307,10 +324,7 @@ void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOpt
         throw ImageError(path, "cannot be written: the frame has several parts, which only OpenEXR holds; choose .exr");
     const Part& part = frame.parts.front();
     const TiffLock lock(extension);
-    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(path);
-    if (!output)
-        throw ImageError(path, "cannot be written: \"." + extension +
-                                   "\" is not a known image format; choose .exr, .dpx, .tif or .png");
+    const std::unique_ptr<OIIO::ImageOutput> output = outputFor(path);
     const Window& data = part.dataWindow;
     const Window& display = part.displayWindow;
     // Offsets are stored without a sign, so there is no room around the picture even where there is one inside.

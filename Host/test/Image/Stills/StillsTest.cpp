@@ -173,6 +173,8 @@ TEST_F(Stills, OfAnUnknownKindAreRefused) {
     EXPECT_THAT(complaintOfReading(folder / "a.txt"), testing::StartsWith("cannot be read as an image ("));
     EXPECT_EQ(complaintOfWriting(folder / "b.txt", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
               "cannot be written: \".txt\" is not a known image format; choose .exr, .dpx, .tif or .png");
+    EXPECT_EQ(complaintOfWriting(folder / "b", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
+              "cannot be written: its name has no extension; choose .exr, .dpx, .tif or .png");
 }
 
 TEST_F(Stills, WithoutRoomForTheDataWindowAreRefused) {
