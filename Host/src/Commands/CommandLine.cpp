@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <new>
 
@@ -32,8 +33,29 @@ std::string messageOf(const CLI::App& app, const CLI::ParseError& error) {
     if (unknown.empty()) return error.what();
     const bool isCommand = app.get_subcommands().empty() && unknown.front().front() != '-';
     if (isCommand) return fmt::format("There is no command \"{}\"", unknown.front());
-    return fmt::format("The following argument{} not expected: {}", unknown.size() == 1 ? " was" : "s were",
-                       fmt::join(unknown, " "));
+    std::string text = fmt::format("The following argument{} not expected: {}", unknown.size() == 1 ? " was" : "s were",
+                                   fmt::join(unknown, " "));
+    const bool isOption = unknown.front().front() == '-';
+    // Mostly what a shell makes of a "*".
+    const CLI::App& command = chosenCommand(app);
+    if (!isOption && (command.get_option_no_throw("CLIP") || command.get_option_no_throw("PATH")))
+        text += "; a sequence is one argument, such as plate.%04d.exr";
+    return text;
+}
+
+/// An option that took another one for its value; empty: none.
+std::string optionWithoutValue(const CLI::App& command) {
+    const std::vector<const CLI::Option*> options = visibleOptions(command);
+    for (const CLI::Option* option : options) {
+        for (const std::string& value : option->results()) {
+            const auto isNameOf = [&](const CLI::Option* other) {
+                const std::vector<std::string> names = namesOf(*other);
+                return value.front() == '-' && std::find(names.begin(), names.end(), value) != names.end();
+            };
+            if (!value.empty() && std::any_of(options.begin(), options.end(), isNameOf)) return namesOf(*option).back();
+        }
+    }
+    return {};
 }
 
 /// An option or argument that was given without a text, as by a script's variable that is not set; empty: none.
@@ -70,10 +92,16 @@ ExitCode runCommandLine(int argumentCount, const char* const* arguments) {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
         // Help and the version come as "errors" of status 0.
-        if (error.get_exit_code() != 0) return reportUsage(app, messageOf(app, error));
-        app.exit(error);
-        return ExitCode::Done;
+        if (error.get_exit_code() == 0) {
+            app.exit(error);
+            return ExitCode::Done;
+        }
+        if (const std::string name = optionWithoutValue(chosenCommand(app)); !name.empty())
+            return reportUsage(app, fmt::format("{} has no value", name));
+        return reportUsage(app, messageOf(app, error));
     }
+    if (const std::string name = optionWithoutValue(chosenCommand(app)); !name.empty())
+        return reportUsage(app, fmt::format("{} has no value", name));
     if (const std::string name = emptyArgument(chosenCommand(app)); !name.empty())
         return reportUsage(app, fmt::format("{} is empty", name));
     try {

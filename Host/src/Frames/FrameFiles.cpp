@@ -115,6 +115,8 @@ FrameFiles FrameFiles::find(const std::string& clip) {
     const fs::file_status status = fs::status(clip, error);
     if (fs::is_directory(status)) return inFolder(clip);
     if (fs::exists(status)) {
+        if (fs::path(clip).extension() == ".olcf")
+            fail(fmt::format("\"{}\" is a correction file; give the clip that it belongs to.", clip));
         if (!fs::is_regular_file(status)) fail(fmt::format("\"{}\" is not a file that can be read as a clip.", clip));
         FrameFiles frames;
         frames.pattern = FilePattern::singleFile(clip);
@@ -133,7 +135,11 @@ FrameFiles FrameFiles::find(const std::string& clip) {
     }
     FrameFiles frames;
     frames.pattern = FilePattern::parse(clip, FilePattern::Use::Input);
-    if (!frames.pattern.hasFrameNumber()) fail(fmt::format("Clip \"{}\" does not exist.", clip));
+    if (!frames.pattern.hasFrameNumber()) {
+        const bool isForShell = clip.find_first_of("*?") != std::string::npos;
+        fail(fmt::format("Clip \"{}\" does not exist.{}", clip,
+                         isForShell ? " A sequence is named by %04d or #### in place of the frame number." : ""));
+    }
     if (!fs::is_directory(frames.pattern.folder(), error)) {
         fail(fmt::format("Folder \"{}\" of the clip \"{}\" does not exist.", frames.pattern.folder(), clip));
     }

@@ -104,6 +104,21 @@ TEST(FrameFiles, SaysWhatDoesNotExist) {
                                                          folder.path("no/a.%04d.exr") + "\" does not exist.");
 }
 
+TEST(FrameFiles, TellsHowASequenceIsNamedToWhoWritesAStar) {
+    TemporaryFolder folder;
+    folder.file("a.1.exr");
+    EXPECT_EQ(failure(folder.path("a.*.exr")),
+              "2: Clip \"" + folder.path("a.*.exr") +
+                  "\" does not exist. A sequence is named by %04d or #### in place of the frame number.");
+}
+
+TEST(FrameFiles, RefusesACorrectionFile) {
+    TemporaryFolder folder;
+    folder.file("a.olcf");
+    EXPECT_EQ(failure(folder.path("a.olcf")),
+              "2: \"" + folder.path("a.olcf") + "\" is a correction file; give the clip that it belongs to.");
+}
+
 TEST(FrameFiles, RefusesADevice) {
     EXPECT_EQ(failure("/dev/null"), "2: \"/dev/null\" is not a file that can be read as a clip.");
 }

@@ -22,6 +22,22 @@ class Usage(program.ProgramTest):
                     'lenscorrect: The following arguments were not expected: --bad --worse\n'
                     'Run "lenscorrect info --help" for the options and an example.\n')
 
+    def test_takes_no_option_for_the_value_of_another(self):
+        for option, arguments in (("--distortion", ("--distortion", "-o", "b.%d.exr")),
+                                  ("--plate", ("-o", "b.%d.exr", "--plate", "--map"))):
+            with self.subTest(option):
+                self.expect(self.run_program("render", "a.%d.exr", *arguments), 2, "",
+                            f'lenscorrect: {option} has no value\n'
+                            'Run "lenscorrect render --help" for the options and an example.\n')
+
+    def test_explains_the_many_files_that_a_shell_makes_of_a_star(self):
+        for command in ("render", "info"):
+            with self.subTest(command):
+                self.expect(self.run_program(command, "a.1.exr", "a.2.exr", "a.3.exr"), 2, "",
+                            'lenscorrect: The following arguments were not expected: a.2.exr a.3.exr; a sequence is one '
+                            'argument, such as plate.%04d.exr\n'
+                            f'Run "lenscorrect {command} --help" for the options and an example.\n')
+
     def test_names_an_unknown_command(self):
         self.expect(self.run_program("inof", "a.olcf"), 2, "",
                     'lenscorrect: There is no command "inof"\n'
