@@ -1,0 +1,55 @@
+#include "Inspect/CheckedText.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace Host {
+
+std::string quoted(std::string_view text) {
+    constexpr std::size_t longest = 60;
+    std::string shown = "\"";
+    for (const char c : text.substr(0, longest)) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte == 0x7F) {
+            shown += fmt::format("\\x{:02X}", byte);
+        } else {
+            shown += c;
+        }
+    }
+    return shown + (text.size() > longest ? "…\"" : "\"");
+}
+
+std::string_view trimmed(std::string_view text) {
+    if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+    return text;
+}
+
+bool equalsIgnoringCase(std::string_view lhs, std::string_view rhs) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return std::equal(lhs.begin(), lhs.end(), rhs.begin(), rhs.end(),
+                      [&](char left, char right) { return lower(left) == lower(right); });
+}
+
+std::vector<std::string_view> split(std::string_view text, char separator) {
+    std::vector<std::string_view> pieces;
+    for (;;) {
+        const std::size_t end = text.find(separator);
+        pieces.push_back(text.substr(0, end));
+        if (end == std::string_view::npos) return pieces;
+        text.remove_prefix(end + 1);
+    }
+}
+
+std::string reasonOf(const CorrectionFile::InvalidFormatException& exception) {
+    std::string details = exception.detailedDescription();
+    details.erase(0, details.find('\n') + 1);
+    if (!details.empty() && details.back() == '\n') details.pop_back();
+    constexpr std::string_view label = "Reason: ";
+    if (details.starts_with(label)) details.erase(0, label.size());
+    return details;
+}
+
+} // namespace Host
