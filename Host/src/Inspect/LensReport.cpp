@@ -11,6 +11,7 @@
 
 #include "Console/Failure.h"
 #include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
+#include "Inspect/GridFigure.h"
 #include "Inspect/HeaderText.h"
 #include "Inspect/LensCurves.h"
 #include "Inspect/LineChart.h"
@@ -22,7 +23,6 @@ namespace {
 
 using CorrectionData::Frame;
 using CorrectionData::Header;
-using Point = LineChart::Point;
 
 constexpr int curveSteps = 120;
 constexpr std::size_t mostFramesOverClip = 400;
@@ -77,7 +77,8 @@ public:
     std::string html() const {
         std::string figures;
         for (const LineChart& chart : m_charts) figures += "<figure>\n" + chart.svg() + "</figure>\n";
-        figures += "<figure>\n" + recordedGrid("") + "</figure>\n<figure>\n" + correctedGrid("") + "</figure>\n";
+        const GridFigure grid = this->grid();
+        figures += "<figure>\n" + grid.recorded("") + "</figure>\n<figure>\n" + grid.corrected("") + "</figure>\n";
         return fmt::format(R"(<!DOCTYPE html>
 <html lang="en">
 <head>
@@ -161,7 +162,8 @@ correcting: each direction has a curve of its own, and between the points they m
         };
         std::string figures;
         for (std::size_t i = 0; i < m_charts.size(); ++i) figures += m_charts[i].svg(place(i));
-        figures += recordedGrid(place(m_charts.size())) + correctedGrid(place(m_charts.size() + 1));
+        const GridFigure grid = this->grid();
+        figures += grid.recorded(place(m_charts.size())) + grid.corrected(place(m_charts.size() + 1));
         const int width = gap + 2 * columnWidth;
         const int height = headHeight + rowCount * rowHeight;
         return fmt::format(R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {0} {1}" width="{0}" height="{1}">
@@ -353,137 +355,11 @@ private:
         return chart;
     }
 
-    // A grid of straight lines of the scene; a small distortion is drawn larger than it is.
-    struct GridFrame {
-        double width;
-        double height;
-        double enlarged;
-    };
-
-    GridFrame gridFrame() const {
+    GridFigure grid() const {
         const double aspect = m_isFormatKnown
                                   ? static_cast<double>(m_format.clipResolutionWidth) / m_format.clipResolutionHeight
                                   : 16.0 / 9.0;
-        const double height = 2 * static_cast<double>(m_radius) / std::hypot(aspect, 1.0);
-        double largest = 0.0;
-        for (int step = 1; step <= curveSteps; ++step) {
-            largest =
-                std::max(largest, std::abs(m_curves.front().shiftAt(m_radius * static_cast<float>(step) / curveSteps)));
-        }
-        double enlarged = 1;
-        for (const double factor : {2.0, 5.0, 10.0, 20.0}) {
-            if (largest * factor < 0.06 * static_cast<double>(m_radius)) enlarged = factor;
-        }
-        return {aspect * height, height, enlarged};
-    }
-
-    // Moves a point along its radius.
-    template <typename Radius>
-    static Point moved(double x, double y, double enlarged, Radius radius) {
-        const double distance = std::hypot(x, y);
-        if (distance <= 0.0) return {x, y};
-        const double factor = 1.0 + enlarged * (radius(distance) - distance) / distance;
-        return {x * factor, y * factor};
-    }
-
-    static std::string gridSvg(const char* id, const std::string& name, const std::string& note,
-                               const std::string& paths, const std::string& attributes) {
-        return fmt::format(
-            R"(<svg xmlns="http://www.w3.org/2000/svg" class="figure" id="{0}" viewBox="0 0 {1} {2}" role="img" )"
-            R"(aria-label="{3}"{4}>
-<text class="title" x="8" y="18">{3}</text>
-<text class="soft" x="8" y="38">{5}</text>
-{6}</svg>
-)",
-            id, LineChart::width, LineChart::height, markupText(name), attributes, markupText(note), paths);
-    }
-
-    // Lines of points in mm become a path; the frame lies in the middle of the figure with a margin.
-    class Pen {
-    public:
-        explicit Pen(const GridFrame& frame) : m_scale(std::min(330.0 / frame.width, 205.0 / frame.height)) {}
-
-        std::string path(const char* style, const std::vector<Point>& points, bool isClosed = false) const {
-            std::string text;
-            for (const Point& point : points) {
-                text += fmt::format("{}{:.1f} {:.1f}", text.empty() ? "M" : "L", 200 + m_scale * point.x,
-                                    170 + m_scale * point.y);
-            }
-            return fmt::format(R"(<path class="{}" d="{}{}"/>)", style, text, isClosed ? "Z" : "") + '\n';
-        }
-
-    private:
-        double m_scale;
-    };
-
-    template <typename Move>
-    static std::string gridLines(const GridFrame& frame, const Pen& pen, const char* style, Move move) {
-        constexpr int lineCount = 8;
-        constexpr int pointCount = 32;
-        std::string text;
-        for (int line = 0; line <= lineCount; ++line) {
-            std::vector<Point> vertical;
-            std::vector<Point> horizontal;
-            for (int step = 0; step <= pointCount; ++step) {
-                const double along = static_cast<double>(step) / pointCount - 0.5;
-                const double across = static_cast<double>(line) / lineCount - 0.5;
-                vertical.push_back(move(frame.width * across, frame.height * along));
-                horizontal.push_back(move(frame.width * along, frame.height * across));
-            }
-            text += pen.path(style, vertical) + pen.path(style, horizontal);
-        }
-        return text;
-    }
-
-    template <typename Move>
-    static std::vector<Point> border(const GridFrame& frame, Move move) {
-        constexpr int pointCount = 32;
-        constexpr double corners[5][2] = {{-0.5, -0.5}, {0.5, -0.5}, {0.5, 0.5}, {-0.5, 0.5}, {-0.5, -0.5}};
-        std::vector<Point> points;
-        for (int side = 0; side < 4; ++side) {
-            for (int step = 0; step < pointCount; ++step) {
-                const double part = static_cast<double>(step) / pointCount;
-                points.push_back(move(frame.width * std::lerp(corners[side][0], corners[side + 1][0], part),
-                                      frame.height * std::lerp(corners[side][1], corners[side + 1][1], part)));
-            }
-        }
-        return points;
-    }
-
-    static std::string enlargedNote(const GridFrame& frame) {
-        return frame.enlarged > 1 ? fmt::format(", displacement × {:.0f}", frame.enlarged) : "";
-    }
-
-    std::string recordedGrid(const std::string& attributes) const {
-        const GridFrame frame = gridFrame();
-        const Pen pen(frame);
-        const LensCurves& curves = m_curves.front();
-        const auto move = [&](double x, double y) {
-            return moved(x, y, frame.enlarged, [&](double distance) {
-                return static_cast<double>(curves.distortion().undistorted.at(static_cast<float>(distance)));
-            });
-        };
-        const auto stay = [](double x, double y) { return Point{x, y}; };
-        return gridSvg("grid-recorded", "Grid before: straight lines as recorded",
-                       fmt::format("{}{}; grey: the frame", frameName(curves), enlargedNote(frame)),
-                       pen.path("axis", border(frame, stay), true) + gridLines(frame, pen, "thin s0", move),
-                       attributes);
-    }
-
-    std::string correctedGrid(const std::string& attributes) const {
-        const GridFrame frame = gridFrame();
-        const Pen pen(frame);
-        const LensCurves& curves = m_curves.front();
-        const auto move = [&](double x, double y) {
-            return moved(x, y, frame.enlarged, [&](double distance) {
-                return static_cast<double>(curves.distortion().distorted.at(static_cast<float>(distance)));
-            });
-        };
-        const auto stay = [](double x, double y) { return Point{x, y}; };
-        return gridSvg("grid-corrected", "Grid after: straight again",
-                       fmt::format("{}{}; dashed: the recorded border", frameName(curves), enlargedNote(frame)),
-                       gridLines(frame, pen, "thin s0", stay) + pen.path("line s1", border(frame, move), true),
-                       attributes);
+        return {m_curves.front(), frameName(m_curves.front()), aspect, m_radius};
     }
 
     std::string lens() const {
