@@ -38,7 +38,12 @@ class Install(packaging.PackagingTest):
         documents = os.path.join(packaging.SOURCE, "Docs", "test", "documents.py")
         self.run_command(sys.executable, documents, "links", self.path("tree", "share/doc/orvex-lens-correction"))
         with open(self.path("tree", "share/doc/orvex-lens-correction/Docs/Testing.md"), encoding="utf-8") as file:
-            self.assertIn("and its mending is told | Host/test/Devices | |\n", file.read())
+            installed = file.read()
+        # Of a link to what is not installed only the words stay.
+        with open(os.path.join(packaging.SOURCE, "Docs/Testing.md"), encoding="utf-8") as file:
+            text, count = re.subn(r"\[([^]]*)\]\(\.\./(?:Core|Host|Nuke|cmake)/[^)]*\)", r"\1", file.read())
+        self.assertGreater(count, 0)
+        self.assertEqual(installed, text)
 
     def test_nothing_refers_to_the_build_tree(self):
         self.install(self.path("tree"), "program", "plugin", "development")
