@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <map>
 
 #include "Console/Failure.h"
 #include "Farm/OpenCueJob.h"
@@ -14,6 +15,7 @@
 #include "Frames/FrameFiles.h"
 #include "Help/Declarations.h"
 #include "Inspect/TextFile.h"
+#include "Render/FrameJob.h"
 
 namespace Host {
 namespace {
@@ -62,6 +64,16 @@ std::vector<std::int32_t> framesOf(const RenderOptions& options) {
         throw Failure(ExitCode::WrongUse, fmt::format("{}: give the frames to render with --frames.", options.clip));
     for (const auto& [frame, path] : files.files) frames.push_back(frame);
     return frames;
+}
+
+/// What every task would refuse for its outputs, found out before there is a job; the inputs need not be there yet.
+void checkOutputs(RenderOptions options, const std::vector<std::int32_t>& frames) {
+    const FilePattern input = FilePattern::parse(options.clip, FilePattern::Use::Input);
+    std::map<std::int32_t, std::string> inputs;
+    for (const std::int32_t frame : frames) inputs[frame] = input.path(frame);
+    options.frames.reset();
+    options.skipExisting = true;
+    frameJobs(options, inputs);
 }
 
 } // namespace
@@ -127,6 +139,7 @@ FarmJob SubmitCommand::makeJob() const {
     FarmJob job;
     job.renderArguments = renderArguments(*m_app);
     job.frames = framesOf(options);
+    checkOutputs(options, job.frames);
     job.framesPerChunk = m_framesPerChunk;
     job.cores = m_cores;
     job.workingFolder = fs::current_path().string();

@@ -182,6 +182,18 @@ class Submit(program.ProgramTest):
                     "lenscorrect: Nothing is to be corrected: give --distortion undistort|distort, --shading remove|add, or "
                     "both.\n")
 
+    def test_outputs_that_every_task_would_refuse_are_refused_at_once(self):
+        with open(self.path("a.0002.exr"), "w", encoding="utf-8"):
+            pass
+        for output, reason in (
+                ("a.%04d.exr", 'Frame 2 would replace its own input, "a.0002.exr"; choose another output.'),
+                ("b.exr", '3 frames cannot be written to one file, "b.exr"; put %04d in its name.')):
+            with self.subTest(output):
+                self.expect(self.run_program("submit", "a.%04d.exr", "-o", output, "--frames", "1-3", "--shading", "remove",
+                                             "--engine", "opencue", "--show", "show", "--shot", "shot"), 2, "",
+                            f"lenscorrect: {reason}\n")
+                self.assertFalse(os.path.exists(self.path("lenscorrect-job-1")))
+
     def test_a_folder_that_exists_is_refused(self):
         os.mkdir(self.path("job"))
         self.expect(self.submit("--frames", "1", "--folder", "job"), 2, "",
