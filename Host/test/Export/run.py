@@ -44,7 +44,8 @@ class Export(program.ProgramTest):
         radial = lens["distortion"][0]["radial"]
         self.assertAlmostEqual(radial[0], -0.04e-3, 7)  # single precision of the curves it is laid through
         self.assertAlmostEqual(lens["exposureFalloff"]["a1"], 0.05e-2, 6)
-        self.assertEqual(radial[1::2], [0, 0, 0])
+        for model in lens["distortion"]:
+            self.assertEqual(model["radial"][1::2], [0, 0, 0])
 
     def test_stays_within_the_stated_residual_in_both_directions(self):
         self.write(correction_file.text(frames=[1001]))
@@ -73,6 +74,18 @@ class Export(program.ProgramTest):
             "sampleRate": {"num": 24000, "denom": 1001},
             "timecode": {"hours": 1, "minutes": 0, "seconds": 0, "frames": 0, "frameRate": {"num": 24000, "denom": 1001},
                          "subFrame": 0, "dropFrame": False}})
+
+    def test_carries_a_timecode_of_its_rate_and_of_one_day_only(self):
+        def frames_field(timecode, **header):
+            line = correction_file.frame_line(1).rsplit(";", 1)[0] + ";" + timecode
+            self.write(correction_file.text(frames=[], **header) + line + "\n")
+            timing = self.export()[0]["samples"][0]["timing"]
+            return timing["timecode"]["frames"] if "timecode" in timing else None
+
+        self.assertEqual(frames_field("01:00:00:23", tcFps="23.976"), 23)
+        self.assertEqual(frames_field("01:00:00:119", tcFps="120"), 119)
+        self.assertIsNone(frames_field("01:00:00:24", tcFps="23.976"))
+        self.assertIsNone(frames_field("24:00:00:00"))
 
     def test_gives_the_overscan_of_each_direction(self):
         # Pincushion: the corrected picture is smaller, the way back enlarges; barrel the other way round.
