@@ -73,8 +73,13 @@ class Farm:
     @staticmethod
     def _unpack(cache, root):
         os.makedirs(cache, exist_ok=True)
-        subprocess.run(["apt-get", "download", "-q", *PACKAGES], cwd=cache, check=True, stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL)
+        for is_last in (False, True):
+            download = subprocess.run(["apt-get", "download", "-q", "-o", "Acquire::Retries=5", *PACKAGES], cwd=cache,
+                                      check=is_last, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            if download.returncode == 0:
+                break
+            # The lists of packages are missing or old, as in an image made for the tests.
+            subprocess.run(["apt-get", "update", "-qq"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         unfinished = root + ".new"
         shutil.rmtree(unfinished, ignore_errors=True)
         for name in os.listdir(cache):
