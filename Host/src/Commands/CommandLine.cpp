@@ -9,6 +9,7 @@
 
 #include "Commands/Command.h"
 #include "Console/Failure.h"
+#include "Console/PrintableText.h"
 #include "Exception/Exception.h"
 #include "Help/Declarations.h"
 
@@ -23,7 +24,8 @@ const CLI::App& chosenCommand(const CLI::App& app) {
 ExitCode reportUsage(const CLI::App& app, const std::string& text) {
     const CLI::App& command = chosenCommand(app);
     const std::string name = &command == &app ? "lenscorrect" : "lenscorrect " + command.get_name();
-    fmt::print(stderr, "lenscorrect: {}\nRun \"{} --help\" for the options and an example.\n", text, name);
+    fmt::print(stderr, "lenscorrect: {}\nRun \"{} --help\" for the options and an example.\n", printableText(text),
+               name);
     return ExitCode::WrongUse;
 }
 
@@ -69,7 +71,7 @@ std::string emptyArgument(const CLI::App& command) {
 }
 
 ExitCode reportError(ExitCode exitCode, const std::string& text) {
-    fmt::print(stderr, "lenscorrect: {}\n", text);
+    fmt::print(stderr, "lenscorrect: {}\n", printableText(text));
     return exitCode;
 }
 

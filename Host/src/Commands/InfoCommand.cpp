@@ -11,6 +11,7 @@
 
 #include "Console/Dimensions.h"
 #include "Console/Failure.h"
+#include "Console/PrintableText.h"
 #include "Inspect/ClipInfo.h"
 #include "Inspect/FileInfo.h"
 
@@ -64,7 +65,7 @@ ExitCode InfoCommand::run() {
     if (m_asJson) {
         fmt::print("{}\n", report.json(m_withFrames).dump(1, ' ', false, nlohmann::json::error_handler_t::replace));
     } else {
-        fmt::print("{}", report.text(m_withFrames));
+        fmt::print("{}", printableText(report.text(m_withFrames)));
     }
     return report.failedCount() == 0 ? ExitCode::Done : ExitCode::SomeFramesFailed;
 }

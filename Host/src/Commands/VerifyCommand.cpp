@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Console/Failure.h"
+#include "Console/PrintableText.h"
 #include "Device/RenderingDevice.h"
 #include "Map/RoundTripReport.h"
 #include "Output/Interruption.h"
@@ -48,13 +49,13 @@ ExitCode VerifyCommand::run() {
         }
     }
     for (const auto& [frame, message] : report.failures) {
-        fmt::print(stderr, "lenscorrect: {}\n", message);
+        fmt::print(stderr, "lenscorrect: {}\n", printableText(message));
     }
     if (report.frames.empty() && !advice.empty()) fmt::print(stderr, "{}\n", advice);
     if (m_asJson) {
         fmt::print("{}\n", report.json().dump(1, ' ', false, nlohmann::json::error_handler_t::replace));
     } else {
-        fmt::print("{}", report.text(m_withFrames));
+        fmt::print("{}", printableText(report.text(m_withFrames)));
     }
     return report.failures.empty() && report.exceededCount() == 0 ? ExitCode::Done : ExitCode::SomeFramesFailed;
 }

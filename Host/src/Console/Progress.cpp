@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "Console/Failure.h"
+#include "Console/PrintableText.h"
 
 namespace Host {
 namespace {
@@ -115,7 +116,8 @@ void Progress::report(std::int32_t frame, const std::string& file, const char* s
     }
     if (!message.empty()) {
         const std::string bar = m_mode == Mode::Bar && m_hasShown ? clearLine : "";
-        m_output.write(bar + (m_output.useColor ? red : "") + message + (m_output.useColor ? plain : "") + '\n');
+        m_output.write(bar + (m_output.useColor ? red : "") + printableText(message) +
+                       (m_output.useColor ? plain : "") + '\n');
     }
     if (m_mode != Mode::None) show(false);
 }

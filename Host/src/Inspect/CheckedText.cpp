@@ -1,23 +1,14 @@
 #include "Inspect/CheckedText.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
+
+#include "Console/PrintableText.h"
 
 namespace Host {
 
 std::string quoted(std::string_view text) {
     constexpr std::size_t longest = 60;
-    std::string shown = "\"";
-    for (const char c : text.substr(0, longest)) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F) {
-            shown += fmt::format("\\x{:02X}", byte);
-        } else {
-            shown += c;
-        }
-    }
-    return shown + (text.size() > longest ? "…\"" : "\"");
+    return "\"" + printableText(text.substr(0, longest)) + (text.size() > longest ? "…\"" : "\"");
 }
 
 std::string_view trimmed(std::string_view text) {

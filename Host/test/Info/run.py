@@ -34,6 +34,15 @@ class Info(program.ProgramTest):
                     "Deviation         up to 2.08 px from the ideal undistorted picture, whose corner lies within the frame\n"
                     "Frames            3 of 3 can be corrected\n", "")
 
+    def test_lets_no_header_steer_the_terminal(self):
+        self.write("a.olcf", correction_file.text(frames=[1001]).replace("Prime 40", "Prime\x1b]0;40\x07\u009b1m"))
+        self.assertIn("Lens              Lens Maker Prime\\x1B]0;40\\x07\\xC2\\x9B1m, serial number 0815, 40 mm\n",
+                      self.run_program("info", "a.olcf").stdout)
+        missing = self.run_program("info", "no\x1b[1mfile.olcf")
+        self.expect(missing, 2, "")
+        self.assertIn('no\\x1B[1mfile.olcf', missing.stderr)
+        self.assertNotIn("\x1b", missing.stderr)
+
     def test_tells_every_frame_on_request(self):
         self.write("a.olcf", correction_file.text(frames=[1001]))
         self.assertTrue(self.run_program("info", "a.olcf", "--frames").stdout.endswith(
