@@ -119,7 +119,8 @@ void Progress::report(std::int32_t frame, const std::string& file, const char* s
         m_output.write(bar + (m_output.useColor ? red : "") + printableText(message) +
                        (m_output.useColor ? plain : "") + '\n');
     }
-    if (m_mode != Mode::None) show(false);
+    const bool isLast = m_done + m_skipped + m_failed >= m_total; // end() shows that one
+    if (m_mode != Mode::None && !isLast) show(false);
 }
 
 void Progress::show(bool isLast) {

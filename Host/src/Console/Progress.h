@@ -12,9 +12,7 @@ namespace Host {
 ///
 /// - Bar: one line on a terminal, rewritten at most ten times a second: frames done, rate, time left, error count.
 /// - Lines: a line of the same content at the first frame and then at most every ten seconds, for logs.
-/// - Json: one JSON object per line and event, for programs: {"event":"start","frames":N}, {"event":"frame",
-///   "frame":1001,"state":"done"|"skipped"|"failed","file":…,"message":…,"done":…,"skipped":…,"failed":…,"total":…}
-///   and {"event":"end",…,"seconds":…}.
+/// - Json: one JSON object per line and event, for programs: Docs/schemas/progress.json.
 /// - None: nothing but the messages of failed frames.
 ///
 /// Failed frames are told at once in every mode (in Json as their event), above the bar. Any thread may report.

@@ -65,6 +65,14 @@ TEST(Progress, WritesALineAtMostEveryTenSecondsInALog) {
     EXPECT_EQ(recorder.takeText(), "3 of 4 frames (75 %), 0.2 frames/s, 5 s left, 0 errors\n");
 }
 
+TEST(Progress, TellsTheLastFrameOnce) {
+    Recorder recorder(Progress::Mode::Lines, 1);
+    recorder.time += 5.0;
+    recorder.progress.done(1, "a");
+    recorder.progress.end();
+    EXPECT_EQ(recorder.takeText(), "1 of 1 frames (100 %), 0.2 frames/s, 0 errors\n");
+}
+
 TEST(Progress, TellsAFailedFrameAtOnceAboveTheBar) {
     Recorder recorder(Progress::Mode::Bar, 2);
     recorder.time += 1.0;
