@@ -111,6 +111,14 @@ class Verify(program.ProgramTest):
         result = self.run_program("verify", "a.olcf", "--size", "1920x1080", "--list")
         self.assertRegex(result.stdout, r"\n +Frame +Curves +Maps +Rendered +Deviation\n +0 +0\.0000 +0\.000. +- +0\.000.\n$")
 
+    def test_answers_in_json_what_keeps_a_frame_from_being_corrected(self):
+        self.write("a.olcf", olcf.text().replace(f"0;{POINTS}", "0;0,6,6,9,11,13,15"))
+        result = self.run_program("verify", "a.olcf", "--size", "1920x1080", "--json")
+        self.expect(result, 1)
+        report = program.validated(json.loads(result.stdout), "verify")
+        self.assertEqual((report["frameCount"], report["failedCount"], report["frames"][0]["ok"]), (1, 1, False))
+        self.assertEqual("lenscorrect: " + report["frames"][0]["error"] + "\n", result.stderr)
+
     def test_names_the_frame_that_cannot_be_corrected(self):
         self.write("a.olcf", olcf.text().replace(f"0;{POINTS}", "0;0,6,6,9,11,13,15"))
         self.expect(self.run_program("verify", "a.olcf", "--size", "1920x1080"), 1, "",
