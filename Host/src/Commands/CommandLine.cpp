@@ -45,10 +45,11 @@ std::string messageOf(const CLI::App& app, const CLI::ParseError& error) {
     return text;
 }
 
-/// An option that took another one for its value; empty: none.
+/// An option that took another one for its value; empty: none. What takes many values may be meant to take options.
 std::string optionWithoutValue(const CLI::App& command) {
     const std::vector<const CLI::Option*> options = visibleOptions(command);
     for (const CLI::Option* option : options) {
+        if (option->get_items_expected_max() > 1) continue;
         for (const std::string& value : option->results()) {
             const auto isNameOf = [&](const CLI::Option* other) {
                 const std::vector<std::string> names = namesOf(*other);

@@ -207,6 +207,11 @@ class Submit(program.ProgramTest):
                          "lenscorrect: sbatch was not found. Submit from a machine that has Slurm's programs.\n")
         self.assertFalse(os.path.exists(self.path("lenscorrect-job-1")))
 
+    def test_an_option_for_slurm_may_be_one_of_submit_too(self):
+        result = self.run_program("submit", "a.%04d.exr", "-o", "b.%04d.exr", "--shading", "remove", "--frames", "1",
+                                  "--engine-option=--wait", environment={"PATH": "/usr/bin:/bin"})
+        self.assertEqual(result.returncode, 3, result.stderr)
+
     def test_the_documented_commands_work(self):
         self.given_job(stub='if [ "$1" = summary ]; then echo "the summary"; fi\n')
         for step in ("warm", "chunk 0", "frames 1003-1004", "summary"):
