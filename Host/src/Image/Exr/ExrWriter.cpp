@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <set>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -27,9 +28,10 @@ constexpr float defaultDwaLevel = 45.0f;
 
 /// Lines that are stored as they are go into the file in runs of about so many bytes.
 constexpr std::size_t plainRunBytes = 512 << 10;
+/// Blocks that the C++ library compresses go to it in runs of up to so many bytes.
+constexpr std::size_t imfRunBytes = 8 << 20;
 
-/// What is encoded at once, in the file's order: one of the file's chunks; or, of lines stored as they are, a run of
-/// them, each of which is a chunk.
+/// What is encoded at once, in the file's order: one of the file's chunks, or a run of them.
 struct Block {
     std::size_t part = 0;
     Window window;
@@ -50,9 +52,12 @@ struct StoredPart {
     const Part* part = nullptr;
     std::vector<PixelType> types;
     std::vector<std::size_t> channelOrder;
+    std::string compression;
     std::int32_t linesPerBlock = 1;
     /// Scan lines without compression.
     bool plain = false;
+    /// Compressed by the C++ library.
+    bool imf = false;
     bool multiPart = false;
     float dwaLevel = 0.0f;
     std::size_t chunkCount = 0;
@@ -62,14 +67,14 @@ struct StoredPart {
 /// What the callbacks of one thread's pipeline need to know about the block at hand.
 struct Source {
     const StoredPart* stored = nullptr;
-    /// As stored->part, but with the compression it is stored with.
-    const Part* header = nullptr;
     Block* block = nullptr;
     ZipBlockCompressor* compressor = nullptr;
     std::vector<std::uint8_t*> rows;
     std::vector<float> floats;
     std::vector<std::uint8_t> converted;
     std::vector<std::uint8_t> compressed;
+    Part band;
+    CompressedBlocks blocks;
 };
 
 std::size_t samplesBetween(std::int64_t minimum, std::int64_t maximum, std::int64_t sampling) {
@@ -121,6 +126,28 @@ void setChunk(const Source& source, const std::uint8_t* from, std::size_t n) {
     std::memcpy(writeLeader(block, block.window.minY, n, *source.stored, block.encoded.data()), from, n);
 }
 
+/// Samples of a plane as they are stored: where they are if that is their type, else converted.
+const std::uint8_t* asStored(Source& source, PixelType planeType, PixelType type, const std::uint8_t* from,
+                             std::size_t samples) {
+    if (type == planeType) return from;
+    source.converted.resize(samples * bytesPerSample(type));
+    if (planeType == PixelType::Float) {
+        samplesFromFloat(type, reinterpret_cast<const float*>(from), source.converted.data(), samples);
+    } else {
+        source.floats.resize(samples);
+        samplesToFloat(planeType, from, source.floats.data(), samples);
+        samplesFromFloat(type, source.floats.data(), source.converted.data(), samples);
+    }
+    return source.converted.data();
+}
+
+/// The first of the part's channels whose samples lie in a plane: they all have its type and sampling.
+std::size_t memberOf(const Part& part, std::size_t plane) {
+    const auto member = std::find_if(part.channels.begin(), part.channels.end(),
+                                     [plane](const Channel& channel) { return channel.plane == plane; });
+    return static_cast<std::size_t>(member - part.channels.begin());
+}
+
 /// Lays out lines of a window (channel after channel in each) from the part's planes, converting where stored
 /// otherwise.
 void packLines(Source& source, const Window& window, std::uint8_t* to) {
@@ -139,26 +166,16 @@ void packLines(Source& source, const Window& window, std::uint8_t* to) {
             std::uint8_t* const* const rows = source.rows.data() + p * 4;
             if (rows[0] == nullptr) continue;
             const Plane& plane = part.planes[p];
-            const auto member = std::find_if(part.channels.begin(), part.channels.end(),
-                                             [p](const Channel& channel) { return channel.plane == p; });
-            const PixelType type = stored.types[static_cast<std::size_t>(member - part.channels.begin())];
-            const std::size_t row = samplesBetween(part.dataWindow.minY, y - 1, member->ySampling);
+            const std::size_t member = memberOf(part, p);
+            const Channel& channel = part.channels[member];
+            const std::size_t row = samplesBetween(part.dataWindow.minY, y - 1, channel.ySampling);
             const std::size_t column =
-                samplesBetween(part.dataWindow.minX, std::int64_t{window.minX} - 1, member->xSampling);
-            const std::size_t pixels = samplesBetween(window.minX, window.maxX, member->xSampling);
-            const std::size_t samples = pixels * plane.components;
-            const std::uint8_t* from = plane.row(row) + column * plane.components * bytesPerSample(plane.type);
-            if (type != plane.type) {
-                source.converted.resize(samples * bytesPerSample(type));
-                if (plane.type == PixelType::Float) {
-                    samplesFromFloat(type, reinterpret_cast<const float*>(from), source.converted.data(), samples);
-                } else {
-                    source.floats.resize(samples);
-                    samplesToFloat(plane.type, from, source.floats.data(), samples);
-                    samplesFromFloat(type, source.floats.data(), source.converted.data(), samples);
-                }
-                from = source.converted.data();
-            }
+                samplesBetween(part.dataWindow.minX, std::int64_t{window.minX} - 1, channel.xSampling);
+            const std::size_t pixels = samplesBetween(window.minX, window.maxX, channel.xSampling);
+            const PixelType type = stored.types[member];
+            const std::uint8_t* const from = asStored(
+                source, plane.type, type, plane.row(row) + column * plane.components * bytesPerSample(plane.type),
+                pixels * plane.components);
             deinterleaveRow(from, plane.components, bytesPerSample(type), rows, pixels);
         }
     }
@@ -198,6 +215,66 @@ void packPlain(Source& source) {
     }
 }
 
+/// The part where all its channels lie in memory as they are stored; else `source.band` with the window's pixels.
+const Part& partAsStored(Source& source, const Window& window) {
+    const StoredPart& stored = *source.stored;
+    const Part& part = *stored.part;
+    const auto isAsStored = [&](const Channel& channel) {
+        return part.planes[channel.plane].type == stored.types[static_cast<std::size_t>(&channel - &part.channels[0])];
+    };
+    if (std::all_of(part.channels.begin(), part.channels.end(), isAsStored)) return part;
+    Part& band = source.band;
+    band.dataWindow = window;
+    band.tileWidth = part.tileWidth;
+    band.channels = part.channels;
+    band.planes.resize(part.planes.size());
+    for (std::size_t p = 0; p < part.planes.size(); ++p) {
+        const std::size_t member = memberOf(part, p);
+        const Channel& channel = part.channels[member];
+        const Plane& from = part.planes[p];
+        Plane& to = band.planes[p];
+        to.type = stored.types[member];
+        to.components = from.components;
+        to.width = samplesBetween(window.minX, window.maxX, channel.xSampling);
+        to.height = samplesBetween(window.minY, window.maxY, channel.ySampling);
+        to.pixels.resize(to.rowBytes() * to.height);
+        const std::size_t row = samplesBetween(part.dataWindow.minY, std::int64_t{window.minY} - 1, channel.ySampling);
+        const std::size_t column =
+            samplesBetween(part.dataWindow.minX, std::int64_t{window.minX} - 1, channel.xSampling);
+        for (std::size_t y = 0; y < to.height; ++y) {
+            const std::uint8_t* const samples =
+                from.row(row + y) + column * from.components * bytesPerSample(from.type);
+            std::memcpy(to.row(y), asStored(source, from.type, to.type, samples, to.width * to.components),
+                        to.rowBytes());
+        }
+    }
+    return band;
+}
+
+/// A run of blocks that the C++ library compresses, each with its leader.
+void packImf(Source& source) {
+    const StoredPart& stored = *source.stored;
+    Block& block = *source.block;
+    compressWithImf(partAsStored(source, block.window), block.window, stored.compression, stored.dwaLevel,
+                    source.blocks);
+    const std::size_t leader = leaderBytes(stored);
+    if (source.blocks.blocks.size() != block.chunks.size()) throw std::runtime_error("OpenEXR wrote too few blocks");
+    std::size_t total = 0;
+    for (const CompressedBlocks::Block& compressed : source.blocks.blocks) total += leader + compressed.size;
+    block.encoded.resize(total);
+    const std::size_t first = std::min(block.chunks.front().tableIndex, block.chunks.back().tableIndex);
+    std::size_t begin = 0;
+    for (Block::Chunk& chunk : block.chunks) {
+        const std::size_t index = chunk.tableIndex - first;
+        const CompressedBlocks::Block& compressed = source.blocks.blocks[index];
+        const std::int32_t line = block.window.minY + static_cast<std::int32_t>(index) * stored.linesPerBlock;
+        chunk.begin = begin;
+        std::uint8_t* const to = writeLeader(block, line, compressed.size, stored, block.encoded.data() + begin);
+        std::memcpy(to, source.blocks.bytes.data() + compressed.begin, compressed.size);
+        begin += leader + compressed.size;
+    }
+}
+
 /// The block's own bytes or their libdeflate stream, straight into the block.
 exr_result_t deflateZip(exr_encode_pipeline_t* pipeline) {
     Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
@@ -212,26 +289,12 @@ exr_result_t deflateZip(exr_encode_pipeline_t* pipeline) {
     return EXR_ERR_SUCCESS;
 }
 
-/// DWAA and DWAB, which the C library does not have, and B44, whose small blocks it makes larger.
-exr_result_t compressElsewhere(exr_encode_pipeline_t* pipeline) {
-    Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
-    try {
-        const std::vector<std::uint8_t> compressed =
-            compressWithImf(*source.header, source.stored->channelOrder, source.stored->types, source.block->window,
-                            static_cast<const std::uint8_t*>(pipeline->packed_buffer), source.stored->dwaLevel);
-        setChunk(source, compressed.data(), compressed.size());
-        return EXR_ERR_SUCCESS;
-    } catch (const std::exception&) {
-        return EXR_ERR_UNKNOWN;
-    }
-}
-
 /// Takes the compressed block instead of letting the library write it: blocks go into the file in one order, whichever
 /// thread is first.
 exr_result_t keep(exr_encode_pipeline_t* pipeline) {
     Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
-    if (pipeline->compress_fn == deflateZip || pipeline->compress_fn == compressElsewhere) return EXR_ERR_SUCCESS;
-    // A block that would not become smaller is stored as it is; B44 makes small ones larger.
+    if (pipeline->compress_fn == deflateZip) return EXR_ERR_SUCCESS;
+    // A block that would not become smaller is stored as it is.
     const bool compressed = pipeline->compressed_buffer != nullptr && pipeline->compressed_bytes != 0 &&
                             pipeline->compressed_bytes < pipeline->packed_bytes;
     const std::uint8_t* const from =
@@ -277,8 +340,6 @@ public:
         m_pipeline.write_fn = keep;
         if (info.compression == EXR_COMPRESSION_ZIP || info.compression == EXR_COMPRESSION_ZIPS)
             m_pipeline.compress_fn = deflateZip;
-        if (info.compression >= EXR_COMPRESSION_B44 && info.compression <= EXR_COMPRESSION_DWAB)
-            m_pipeline.compress_fn = compressElsewhere;
         return exr_encoding_run(m_context, part, &m_pipeline);
     }
 
@@ -351,16 +412,38 @@ void declarePart(const ExrContext& context, const std::string& path, const Store
     }
 }
 
-std::vector<Block> blocksOf(const StoredPart& stored, std::size_t index) {
+/// DWA is only in the C++ library; the C one makes B44's small blocks larger.
+bool isForImf(const std::string& compression) {
+    return compression.starts_with("dwa") || compression.starts_with("b44");
+}
+
+/// Lines that are encoded at once.
+std::int64_t linesPerRun(const StoredPart& stored, unsigned threads) {
+    const Part& part = *stored.part;
+    const Window& whole = part.dataWindow;
+    const std::int64_t lines = stored.linesPerBlock;
+    if (part.tileWidth != 0) return part.tileHeight;
+    const auto runOf = [&](std::size_t bytes, std::int64_t unit) {
+        const Window one{whole.minX, whole.minY, whole.maxX,
+                         static_cast<std::int32_t>(std::min(whole.minY + unit - 1, std::int64_t{whole.maxY}))};
+        return static_cast<std::int64_t>(bytes / std::max<std::size_t>(packedBytes(stored, one), 1)) + 1;
+    };
+    if (stored.plain) return runOf(plainRunBytes, 1);
+    if (!stored.imf) return lines;
+    // A picture of its own, as which the library takes a run, begins on a line that every channel has.
+    for (const Channel& channel : part.channels)
+        if (lines % channel.ySampling != 0) return whole.height();
+    const std::int64_t runsPerThread = 4;
+    const std::int64_t fair = whole.height() / (lines * runsPerThread * std::max(threads, 1u));
+    return lines * std::clamp<std::int64_t>(fair, 1, runOf(imfRunBytes, lines));
+}
+
+std::vector<Block> blocksOf(const StoredPart& stored, std::size_t index, unsigned threads) {
     std::vector<Block> blocks;
     const Part& part = *stored.part;
     const Window& whole = part.dataWindow;
     const std::int64_t width = part.tileWidth != 0 ? std::int64_t{part.tileWidth} : whole.width();
-    std::int64_t height = part.tileWidth != 0 ? std::int64_t{part.tileHeight} : std::int64_t{stored.linesPerBlock};
-    if (stored.plain) {
-        const Window line{whole.minX, whole.minY, whole.maxX, whole.minY};
-        height = static_cast<std::int64_t>(plainRunBytes / std::max<std::size_t>(packedBytes(stored, line), 1)) + 1;
-    }
+    const std::int64_t height = linesPerRun(stored, threads);
     std::size_t tableIndex = 0;
     for (std::int64_t y = whole.minY; y <= whole.maxY; y += height) {
         for (std::int64_t x = whole.minX; x <= whole.maxX; x += width) {
@@ -371,7 +454,8 @@ std::vector<Block> blocksOf(const StoredPart& stored, std::size_t index) {
                             static_cast<std::int32_t>(std::min<std::int64_t>(y + height - 1, whole.maxY))};
             block.tileX = static_cast<std::int32_t>((x - whole.minX) / width);
             block.tileY = static_cast<std::int32_t>((y - whole.minY) / height);
-            const std::int64_t chunks = stored.plain ? block.window.height() : 1;
+            const std::int64_t linesPerChunk = part.tileWidth != 0 ? height : std::int64_t{stored.linesPerBlock};
+            const std::int64_t chunks = (block.window.height() + linesPerChunk - 1) / linesPerChunk;
             for (std::int64_t i = 0; i < chunks; ++i) block.chunks.push_back({tableIndex++, 0});
             if (part.lineOrder == LineOrder::DecreasingY) std::reverse(block.chunks.begin(), block.chunks.end());
             blocks.push_back(std::move(block));
@@ -447,6 +531,8 @@ void writeExr(const std::string& path, const Frame& frame, const WriteOptions& o
         stored[i].channelOrder = exrChannelOrder(headers[i]);
         stored[i].dwaLevel = dwaLevel(headers[i], options);
         stored[i].plain = headers[i].compression == "none" && headers[i].tileWidth == 0;
+        stored[i].compression = headers[i].compression;
+        stored[i].imf = isForImf(headers[i].compression);
         stored[i].multiPart = headers.size() > 1;
         declarePart(context, path, stored[i], headers.size());
     }
@@ -460,7 +546,7 @@ void writeExr(const std::string& path, const Frame& frame, const WriteOptions& o
             result = exr_get_scanlines_per_chunk(context.get(), static_cast<int>(i), &stored[i].linesPerBlock);
             if (result != EXR_ERR_SUCCESS) throw ImageError(path, "cannot be written: " + context.errorText(result));
         }
-        std::vector<Block> own = blocksOf(stored[i], i);
+        std::vector<Block> own = blocksOf(stored[i], i, options.threads);
         for (const Block& block : own) stored[i].chunkCount += block.chunks.size();
         chunkCounts.push_back(static_cast<std::int32_t>(stored[i].chunkCount));
         if (headers[i].lineOrder == LineOrder::DecreasingY) std::reverse(own.begin(), own.end());
@@ -483,6 +569,10 @@ void writeExr(const std::string& path, const Frame& frame, const WriteOptions& o
     std::size_t nextBlock = 0;
     const int level =
         options.level && (*options.level >= 1.0f && *options.level <= 12.0f) ? static_cast<int>(*options.level) : 1;
+    const auto notCompressed = [&path](const Block& block, const std::string& cause) {
+        return ImageError(path, "the block at line " + std::to_string(block.window.minY) +
+                                    " could not be compressed (" + cause + ")");
+    };
     parallelFor(options.threads, blocks.size(), [&](WorkQueue& queue) {
         Pipeline pipeline(context.get());
         ZipBlockCompressor compressor(level);
@@ -492,24 +582,28 @@ void writeExr(const std::string& path, const Frame& frame, const WriteOptions& o
         for (std::size_t i = 0; queue.next(i);) {
             Block& block = blocks[i];
             source.stored = &stored[block.part];
-            source.header = &headers[block.part];
             source.block = &block;
             block.encoded = std::move(spare);
             const int part = static_cast<int>(block.part);
             exr_chunk_info_t info{};
             exr_result_t status = EXR_ERR_SUCCESS;
+            const bool isOwn = source.stored->plain || source.stored->imf;
             if (source.stored->plain) {
                 packPlain(source);
+            } else if (source.stored->imf) {
+                try {
+                    packImf(source);
+                } catch (const std::exception& error) {
+                    throw notCompressed(block, error.what());
+                }
             } else {
                 const std::lock_guard<std::mutex> lock(libraryMutex);
                 status = source.stored->part->tileWidth != 0
                              ? exr_write_tile_chunk_info(context.get(), part, block.tileX, block.tileY, 0, 0, &info)
                              : exr_write_scanline_chunk_info(context.get(), part, block.window.minY, &info);
             }
-            if (status == EXR_ERR_SUCCESS && !source.stored->plain) status = pipeline.encode(info, part, source);
-            if (status != EXR_ERR_SUCCESS)
-                throw ImageError(path, "the block at line " + std::to_string(block.window.minY) +
-                                           " could not be compressed (" + context.errorText(status) + ")");
+            if (status == EXR_ERR_SUCCESS && !isOwn) status = pipeline.encode(info, part, source);
+            if (status != EXR_ERR_SUCCESS) throw notCompressed(block, context.errorText(status));
             // Whoever has made the next block writes it and all that wait behind it; others go on meanwhile.
             std::vector<std::pair<std::uint64_t, PixelBuffer>> writes;
             {

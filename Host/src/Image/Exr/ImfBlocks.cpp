@@ -40,31 +40,36 @@ private:
     std::uint64_t m_position = 0;
 };
 
-/// Keeps what the library writes.
+/// Keeps what the library writes, in memory that has served before.
 class MemoryStream : public Imf::OStream {
 public:
-    MemoryStream() : Imf::OStream("memory") {}
+    explicit MemoryStream(std::vector<std::uint8_t>& bytes) : Imf::OStream("memory"), m_bytes(bytes) {
+        m_bytes.clear();
+    }
     void write(const char bytes[], int n) override {
-        const std::size_t count = static_cast<std::size_t>(n);
-        if (m_position + count > m_bytes.size()) m_bytes.resize(m_position + count);
-        std::memcpy(m_bytes.data() + m_position, bytes, count);
-        m_position += count;
+        const std::size_t overwritten = std::min(static_cast<std::size_t>(n), m_bytes.size() - m_position);
+        std::copy_n(bytes, overwritten, m_bytes.begin() + static_cast<std::ptrdiff_t>(m_position));
+        m_bytes.insert(m_bytes.end(), bytes + overwritten, bytes + n);
+        m_position += static_cast<std::size_t>(n);
     }
     std::uint64_t tellp() override { return m_position; }
-    void seekp(std::uint64_t position) override { m_position = static_cast<std::size_t>(position); }
-    const std::vector<std::uint8_t>& bytes() const { return m_bytes; }
+    void seekp(std::uint64_t position) override {
+        m_position = static_cast<std::size_t>(position);
+        if (m_position > m_bytes.size()) m_bytes.resize(m_position);
+    }
 
 private:
-    std::vector<std::uint8_t> m_bytes;
+    std::vector<std::uint8_t>& m_bytes;
     std::size_t m_position = 0;
 };
 
 Imf::PixelType imfType(PixelType type) { return static_cast<Imf::PixelType>(exrPixelTypeNumber(type)); }
 
-Imf::FrameBuffer planesOf(Part& part) {
+/// The library takes one kind of buffer for reading and for writing.
+Imf::FrameBuffer planesOf(const Part& part) {
     Imf::FrameBuffer buffer;
     for (const Channel& channel : part.channels) {
-        Plane& plane = part.planes[channel.plane];
+        const Plane& plane = part.planes[channel.plane];
         const std::size_t size = bytesPerSample(plane.type);
         const std::size_t pixel = size * plane.components;
         // The library addresses samples by their coordinates ÷ sampling, from the picture's origin.
@@ -113,61 +118,42 @@ void ImfBlockReader::readTile(int partIndex, Part& part, std::int32_t tileX, std
     m_state->tiles->readTile(tileX, tileY);
 }
 
-std::vector<std::uint8_t> compressWithImf(const Part& part, const std::vector<std::size_t>& channelOrder,
-                                          const std::vector<PixelType>& types, const Window& window,
-                                          const std::uint8_t* packed, float dwaLevel) {
-    // A file in memory that consists of this block alone; its only chunk is what we are after.
+void compressWithImf(const Part& part, const Window& window, const std::string& compression, float dwaLevel,
+                     CompressedBlocks& compressed) {
+    // A file in memory that consists of these blocks alone.
     const Imath::Box2i box(Imath::V2i(window.minX, window.minY), Imath::V2i(window.maxX, window.maxY));
     Imf::Header header(box, box);
-    header.compression() = static_cast<Imf::Compression>(exrCompressionNumber(part.compression));
+    header.compression() = static_cast<Imf::Compression>(exrCompressionNumber(compression));
     header.dwaCompressionLevel() = dwaLevel;
-    // Each channel's lines one below the other, as the library wants them where channels are sub-sampled.
-    std::vector<std::vector<std::uint8_t>> planes(part.channels.size());
-    for (std::int64_t y = window.minY; y <= window.maxY; ++y) {
-        for (const std::size_t i : channelOrder) {
-            const Channel& channel = part.channels[i];
-            if (y % channel.ySampling != 0) continue;
-            const std::size_t samples =
-                static_cast<std::size_t>((window.width() + channel.xSampling - 1) / channel.xSampling);
-            const std::size_t bytes = samples * bytesPerSample(types[i]);
-            planes[i].insert(planes[i].end(), packed, packed + bytes);
-            packed += bytes;
-        }
-    }
-    Imf::FrameBuffer buffer;
-    for (const std::size_t i : channelOrder) {
-        const Channel& channel = part.channels[i];
-        header.channels().insert(channel.name, Imf::Channel(imfType(types[i]), channel.xSampling, channel.ySampling,
-                                                            channel.perceptuallyLinear));
-        const std::int64_t size = static_cast<std::int64_t>(bytesPerSample(types[i]));
-        const std::int64_t lineBytes = (window.width() + channel.xSampling - 1) / channel.xSampling * size;
-        const std::int64_t origin =
-            window.minY / channel.ySampling * lineBytes + window.minX / channel.xSampling * size;
-        const std::uintptr_t base =
-            reinterpret_cast<std::uintptr_t>(planes[i].data()) - static_cast<std::uintptr_t>(origin);
-        buffer.insert(channel.name,
-                      Imf::Slice(imfType(types[i]), reinterpret_cast<char*>(base), static_cast<std::size_t>(size),
-                                 static_cast<std::size_t>(lineBytes), channel.xSampling, channel.ySampling));
-    }
-    MemoryStream stream;
-    std::size_t start;
-    // What is written after the header and the table of one chunk is that chunk: its coordinates, its size, its bytes.
+    for (const Channel& channel : part.channels)
+        header.channels().insert(channel.name, Imf::Channel(imfType(part.planes[channel.plane].type), channel.xSampling,
+                                                            channel.ySampling, channel.perceptuallyLinear));
+    const Imf::FrameBuffer buffer = planesOf(part);
+    MemoryStream stream(compressed.bytes);
+    std::size_t leader, next;
+    // Behind the header and the table stand the blocks, each behind its coordinates and its size.
     if (part.tileWidth != 0) {
         header.setTileDescription(
             Imf::TileDescription(static_cast<unsigned>(window.width()), static_cast<unsigned>(window.height())));
         Imf::TiledOutputFile file(stream, header, noThreads);
-        start = stream.tellp() + 20;
+        leader = 20;
+        next = stream.tellp();
         file.setFrameBuffer(buffer);
         file.writeTile(0, 0);
     } else {
         Imf::OutputFile file(stream, header, noThreads);
-        start = stream.tellp() + 8;
+        leader = 8;
+        next = stream.tellp();
         file.setFrameBuffer(buffer);
         file.writePixels(static_cast<int>(window.height()));
     }
-    const std::vector<std::uint8_t>& bytes = stream.bytes();
-    if (start >= bytes.size()) throw std::runtime_error("OpenEXR wrote no block");
-    return {bytes.begin() + static_cast<std::ptrdiff_t>(start), bytes.end()};
+    compressed.blocks.clear();
+    while (compressed.bytes.size() - next > leader) {
+        std::uint32_t size = 0;
+        std::memcpy(&size, compressed.bytes.data() + next + leader - sizeof size, sizeof size);
+        compressed.blocks.push_back({next + leader, size});
+        next += leader + size;
+    }
 }
 
 } // namespace HostImage

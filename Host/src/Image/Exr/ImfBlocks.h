@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "Image/Frame.h"
@@ -28,11 +29,20 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// The compressed bytes of one block of a part: `packed` holds the window's lines, channel after channel in each, as
-/// the library's C side packs them. Only for scan lines of full width and for tiles; the part's compression counts.
-/// Throws std::exception.
-std::vector<std::uint8_t> compressWithImf(const Part& part, const std::vector<std::size_t>& channelOrder,
-                                          const std::vector<PixelType>& types, const Window& window,
-                                          const std::uint8_t* packed, float dwaLevel);
+/// Blocks as the library stores them, one after the other.
+struct CompressedBlocks {
+    std::vector<std::uint8_t> bytes;
+    struct Block {
+        std::size_t begin = 0; ///< in `bytes`
+        std::size_t size = 0;
+    };
+    std::vector<Block> blocks;
+};
+
+/// Compresses a window of a part's pixels with OpenEXR's C++ library: one tile, or lines of full width, of which the
+/// first begins a block; the more blocks at once, the less the library spends on getting ready. `compressed` is
+/// replaced; its memory is used again. Throws std::exception.
+void compressWithImf(const Part& part, const Window& window, const std::string& compression, float dwaLevel,
+                     CompressedBlocks& compressed);
 
 } // namespace HostImage

@@ -2,6 +2,7 @@
 #include <ImfDeepScanLineOutputFile.h>
 #include <ImfFrameBuffer.h>
 #include <ImfInputFile.h>
+#include <ImfOutputFile.h>
 #include <ImfPartType.h>
 #include <ImfPreviewImage.h>
 #include <ImfStandardAttributes.h>
@@ -29,6 +30,20 @@ Frame readFrame(const std::string& path, unsigned threads = 1) {
     Frame frame;
     openReader(path)->readPixels(frame, threads);
     return frame;
+}
+
+/// A file's blocks as they are stored, by their first lines.
+std::vector<std::string> storedBlocks(const std::string& path, int linesPerBlock) {
+    Imf::InputFile file(path.c_str());
+    const Imath::Box2i window = file.header().dataWindow();
+    std::vector<std::string> blocks;
+    for (int y = window.min.y; y <= window.max.y; y += linesPerBlock) {
+        const char* bytes = nullptr;
+        int size = 0;
+        file.rawPixelData(y, bytes, size);
+        blocks.emplace_back(bytes, static_cast<std::size_t>(size));
+    }
+    return blocks;
 }
 
 /// What reading says about the file, without the path in front.
@@ -276,6 +291,65 @@ TEST_F(Exr, OfPlainLinesInSeveralRunsIsReadBackInEitherLineOrder) {
         writeFrame(path, frame, {.compression = "none", .threads = 3});
         EXPECT_EQ(stockHalfs(path, {"R", "G", "B", "A"}), pixelBytes(frame.parts[0]));
         EXPECT_EQ(pixelBytes(readFrame(path).parts[0]), pixelBytes(frame.parts[0]));
+    }
+}
+
+TEST_F(Exr, OfALossyMethodHoldsTheBlocksThatOpenExrItselfMakesInEitherLineOrder) {
+    const Imf::Compression methods[] = {Imf::B44_COMPRESSION, Imf::B44A_COMPRESSION, Imf::DWAA_COMPRESSION,
+                                        Imf::DWAB_COMPRESSION};
+    const char* const names[] = {"b44", "b44a", "dwaa", "dwab"};
+    const int linesPerBlock[] = {32, 32, 32, 256};
+    // Enough lines for several runs of blocks, the last block a short one.
+    Frame frame = noiseFrame({-5, -40, 58, 2990}, rgba());
+    std::string pixels = pixelBytes(frame.parts[0]);
+    for (int i = 0; i < 4; ++i) {
+        {
+            Imf::Header header(Imath::Box2i({0, 0}, {58, 2990}), Imath::Box2i({-5, -40}, {58, 2990}));
+            header.compression() = methods[i];
+            Imf::FrameBuffer buffer;
+            for (int c = 0; c < 4; ++c) {
+                const std::string channel(1, "RGBA"[c]);
+                header.channels().insert(channel, Imf::Channel(Imf::HALF));
+                buffer.insert(channel, Imf::Slice(Imf::HALF, pixels.data() + 40 * 64 * 8 + 5 * 8 + c * 2, 8, 64 * 8));
+            }
+            Imf::OutputFile file((folder / "stock.exr").c_str(), header);
+            file.setFrameBuffer(buffer);
+            file.writePixels(3031);
+        }
+        for (const LineOrder order : {LineOrder::IncreasingY, LineOrder::DecreasingY}) {
+            frame.parts[0].lineOrder = order;
+            writeFrame(path, frame, {.compression = names[i], .threads = 3});
+            EXPECT_TRUE(storedBlocks(path, linesPerBlock[i]) == storedBlocks(folder / "stock.exr", linesPerBlock[i]))
+                << names[i];
+        }
+    }
+}
+
+TEST_F(Exr, OfALossyMethodKeepsAChannelWhoseLinesDoNotFitItsBlocks) {
+    std::vector<Channel> channels = rgba();
+    channels.push_back(namedChannel("depth", PixelType::Float)); // of which nothing is lost
+    channels.back().xSampling = channels.back().ySampling = 3;
+    const Frame frame = noiseFrame({-6, -3, 56, 140}, channels);
+    writeFrame(path, frame, {.compression = "dwaa"});
+    const Part back = readFrame(path).parts[0];
+    const Plane& depth = frame.parts[0].planes[frame.parts[0].findChannel("depth")->plane];
+    const Plane& depthBack = back.planes[back.findChannel("depth")->plane];
+    ASSERT_EQ(depthBack.pixels.size(), depth.pixels.size());
+    EXPECT_EQ(std::memcmp(depthBack.pixels.data(), depth.pixels.data(), depth.pixels.size()), 0);
+}
+
+TEST_F(Exr, OfALossyMethodStoresFloatPixelsAsHalfOnDemand) {
+    const Frame floats = noiseFrame({-5, 3, 61, 300}, rgba(PixelType::Float));
+    Frame halfs = noiseFrame({-5, 3, 61, 300}, rgba());
+    samplesFromFloat(PixelType::Half, reinterpret_cast<const float*>(floats.parts[0].planes[0].pixels.data()),
+                     halfs.parts[0].planes[0].pixels.data(), 67 * 298 * 4);
+    for (const std::uint32_t tile : {0u, 32u}) {
+        Frame from = floats, same = halfs;
+        from.parts[0].tileWidth = same.parts[0].tileWidth = tile;
+        from.parts[0].tileHeight = same.parts[0].tileHeight = tile;
+        writeFrame(path, from, {.compression = "dwaa", .pixelType = PixelType::Half});
+        writeFrame(folder / "same.exr", same, {.compression = "dwaa"});
+        EXPECT_TRUE(readBytes(path) == readBytes(folder / "same.exr")) << tile;
     }
 }
 
