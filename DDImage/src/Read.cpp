@@ -73,7 +73,14 @@ const MetaData::Bundle& Read::_fetchMetaData(const char*) {
 
 void Read::renderStripe(ImagePlane& plane) {
     callSource([&](ReadSource& source, double frame) {
-        blacken(plane);
+        if (!source.fillsWholePlanes()) {
+            blacken(plane);
+        } else if (plane.memory().refCount() != 1) {
+            // Floats that others read as well are left to them.
+            RefCountedFloatBuffer own = RefCountedFloatBuffer::allocateUninitialised(plane.bounds(), plane.nComps());
+            plane.setMemory(own);
+            own.reset();
+        }
         source.fillPlane(frame, plane);
     });
 }

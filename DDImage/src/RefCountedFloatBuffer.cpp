@@ -15,9 +15,13 @@ namespace {
 
 constexpr std::size_t hugePage = std::size_t{2} << 20;
 
-// Fresh memory comes zeroed from the system; large pages make its first use several times faster.
-float* allocateZeroed(std::size_t bytes) {
-    void* const memory = std::calloc(bytes, 1);
+std::size_t bytesOf(const Box& box, int nComps) {
+    return static_cast<std::size_t>(box.w()) * static_cast<std::size_t>(box.h()) * static_cast<std::size_t>(nComps) *
+           sizeof(float);
+}
+
+// Large pages make the first use of fresh memory several times faster.
+float* withLargePages(void* memory, std::size_t bytes) {
     if (!memory) throw std::bad_alloc();
     const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(memory) + hugePage - 1) / hugePage * hugePage;
     const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) / hugePage * hugePage;
@@ -51,11 +55,18 @@ RefCountedFloatBuffer& RefCountedFloatBuffer::operator=(RefCountedFloatBuffer&& 
 }
 
 RefCountedFloatBuffer RefCountedFloatBuffer::allocate(const Box& box, int nComps, int, int, int) {
-    const std::size_t bytes = static_cast<std::size_t>(box.w()) * static_cast<std::size_t>(box.h()) *
-                              static_cast<std::size_t>(nComps) * sizeof(float);
+    const std::size_t bytes = bytesOf(box, nComps);
     RefCountedFloatBuffer buffer;
     buffer.m_block = new Block{nullptr, bytes};
-    buffer.m_block->floats = allocateZeroed(bytes);
+    buffer.m_block->floats = withLargePages(std::calloc(bytes, 1), bytes);
+    return buffer;
+}
+
+RefCountedFloatBuffer RefCountedFloatBuffer::allocateUninitialised(const Box& box, int nComps) {
+    const std::size_t bytes = bytesOf(box, nComps);
+    RefCountedFloatBuffer buffer;
+    buffer.m_block = new Block{nullptr, bytes};
+    buffer.m_block->floats = withLargePages(std::malloc(bytes), bytes);
     return buffer;
 }
 

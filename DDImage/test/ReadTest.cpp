@@ -84,6 +84,26 @@ TEST(Read, IsBlackOutsideItsBoxThoughThePlaneHeldPixels) {
     EXPECT_EQ(plane.at(4, 0, 0), 0);
 }
 
+TEST(Read, LeavesBlackToASourceThatFillsWholePlanes) {
+    struct WholeSource : TestSource {
+        bool fillsWholePlanes() const override { return true; }
+    };
+    Graph graph;
+    Read* read = graph.createRead();
+    read->setSource(std::make_shared<WholeSource>());
+    ImagePlane plane(Box(-1, 0, 4, 2), true, Mask_RGBA);
+    plane.makeWritable();
+    plane.writableAt(-1, 0, 0) = 7.0f;
+    const ImagePlane other = plane;
+    ASSERT_TRUE(graph.render(read, plane));
+    EXPECT_NE(plane.readable(), other.readable()) << "floats that others read are left to them";
+    EXPECT_EQ(other.at(0, 0, 0), 0.0f);
+    EXPECT_EQ(plane.at(0, 0, 0), TestSource::value(0, Chan_Red));
+    plane.writableAt(-1, 0, 0) = 7.0f;
+    ASSERT_TRUE(graph.render(read, plane));
+    EXPECT_EQ(plane.at(-1, 0, 0), 7.0f) << "the source has not blackened it";
+}
+
 TEST(Read, TurnsWhatItsSourceThrowsIntoItsError) {
     TestChain chain;
     chain.source->beforeEach = [] { throw std::runtime_error("A001.exr is cut at 10 %."); };

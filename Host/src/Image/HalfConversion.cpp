@@ -59,6 +59,19 @@ __attribute__((target("avx,f16c"))) std::size_t halfToFloatVector(const std::uin
     return i;
 }
 
+/// `floats` is 16-byte aligned.
+__attribute__((target("avx,f16c"))) std::size_t halfToDistantFloatVector(const std::uint16_t* halfs, float* floats,
+                                                                         std::size_t n) {
+    std::size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+        const __m256 eight = _mm256_cvtph_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(halfs + i)));
+        _mm_stream_ps(floats + i, _mm256_castps256_ps128(eight));
+        _mm_stream_ps(floats + i + 4, _mm256_extractf128_ps(eight, 1));
+    }
+    _mm_sfence(); // such stores are not ordered with the locks by which other threads learn of them
+    return i;
+}
+
 __attribute__((target("avx,f16c"))) std::size_t floatToHalfVector(const float* floats, std::uint16_t* halfs,
                                                                   std::size_t n) {
     std::size_t i = 0;
@@ -78,6 +91,15 @@ void halfToFloat(const std::uint16_t* halfs, float* floats, std::size_t n) {
     if (processorHasHalf()) i = halfToFloatVector(halfs, floats, n);
 #endif
     for (; i < n; ++i) floats[i] = halfToFloatScalar(halfs[i]);
+}
+
+void halfToDistantFloat(const std::uint16_t* halfs, float* floats, std::size_t n) {
+    std::size_t i = 0;
+#if defined(__x86_64__)
+    const bool isAligned = reinterpret_cast<std::uintptr_t>(floats) % 16 == 0;
+    if (isAligned && processorHasHalf()) i = halfToDistantFloatVector(halfs, floats, n);
+#endif
+    halfToFloat(halfs + i, floats + i, n - i);
 }
 
 void floatToHalf(const float* floats, std::uint16_t* halfs, std::size_t n) {

@@ -50,7 +50,7 @@ void ClipSource::fillMetaData(double, DD::Image::MetaData::Bundle& metaData) {
 }
 
 void ClipSource::fillPlane(double, DD::Image::ImagePlane& plane) {
-    if (m_settings.isMap) return;
+    if (m_settings.isMap) return plane.clear();
     Host::fillPlane(plane, m_part, m_channels, m_settings.threads);
 }
 

@@ -33,6 +33,7 @@ public:
     void fillInfo(double frame, DD::Image::IopInfo& info) override;
     void fillMetaData(double frame, DD::Image::MetaData::Bundle& metaData) override;
     void fillPlane(double frame, DD::Image::ImagePlane& plane) override;
+    bool fillsWholePlanes() const override { return true; }
 
     /// The host's channel of each of the part's channels.
     const std::vector<DD::Image::Channel>& channels() const { return m_channels; }

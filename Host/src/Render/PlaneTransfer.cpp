@@ -4,12 +4,15 @@
 #include <stdexcept>
 #include <string>
 
+#include "Image/HalfConversion.h"
 #include "Image/ParallelFor.h"
 
 namespace Host {
 namespace {
 
 constexpr std::int64_t farthest = std::int64_t{1} << 24;
+/// Planes beyond this are not in a cache any more when they are read.
+constexpr std::size_t cacheBytes = std::size_t{32} << 20;
 /// Rows that a thread takes at once.
 constexpr std::size_t rowsPerTask = 64;
 
@@ -63,6 +66,32 @@ struct Overlap {
     int planeBottom = 0, fileTop = 0;
 };
 
+/// Whether every float of the plane within the overlap comes from one of the part's planes, a row at a time.
+bool isFilledByOnePlane(const DD::Image::ImagePlane& plane, const HostImage::Part& part,
+                        const std::vector<DD::Image::Channel>& channels) {
+    for (std::size_t index = 0; index < part.planes.size(); ++index)
+        if (isSameOrder(componentsInHost(plane, part, index, channels), plane)) return true;
+    return false;
+}
+
+void setBlack(float* begin, const float* end) { std::fill(begin, begin + (end - begin), 0.0f); }
+
+/// All of a packed plane that lies outside of the overlap.
+void blackenAround(DD::Image::ImagePlane& plane, const Overlap& overlap) {
+    float* const floats = plane.writable();
+    const float* const end = floats + plane.usage() / sizeof(float);
+    const std::size_t left =
+        static_cast<std::size_t>(overlap.planeColumn) * static_cast<std::size_t>(plane.colStride());
+    const std::size_t filled = overlap.columns() * static_cast<std::size_t>(plane.colStride());
+    float* row = floats + overlap.planeRow(0) * plane.rowStride();
+    setBlack(floats, row);
+    for (std::size_t i = 0; i < overlap.rows(); ++i, row += plane.rowStride()) {
+        setBlack(row, row + left);
+        setBlack(row + left + filled, row + plane.rowStride());
+    }
+    setBlack(row, end);
+}
+
 /// Calls action(row) for each row, on so many threads.
 template <typename Action>
 void forEachRow(std::size_t rows, unsigned int threads, Action action) {
@@ -109,8 +138,10 @@ void fillPlane(DD::Image::ImagePlane& plane, const HostImage::Part& part,
                const std::vector<DD::Image::Channel>& channels, unsigned int threads) {
     requireEverySample(part);
     const Overlap overlap(plane.bounds(), part);
-    if (overlap.isEmpty()) return;
     float* const target = plane.writable();
+    if (overlap.isEmpty() || !isFilledByOnePlane(plane, part, channels)) plane.clear();
+    if (overlap.isEmpty()) return;
+    const bool isDistant = plane.usage() > cacheBytes;
     for (std::size_t index = 0; index < part.planes.size(); ++index) {
         const HostImage::Plane& source = part.planes[index];
         const std::vector<int> components = componentsInHost(plane, part, index, channels);
@@ -118,13 +149,17 @@ void fillPlane(DD::Image::ImagePlane& plane, const HostImage::Part& part,
         const std::size_t bytesPerPixel = source.components * HostImage::bytesPerSample(source.type);
         const std::size_t samples = overlap.columns() * source.components;
         const bool isDirect = isSameOrder(components, plane);
+        if (isDirect) blackenAround(plane, overlap);
         forEachRow(overlap.rows(), threads, [&](std::size_t row) {
             const std::uint8_t* const from =
                 source.row(overlap.fileRow(row)) + static_cast<std::size_t>(overlap.fileColumn) * bytesPerPixel;
             float* const to = target + overlap.planeRow(row) * plane.rowStride() +
                               static_cast<std::ptrdiff_t>(overlap.planeColumn) * plane.colStride();
             if (isDirect) {
-                HostImage::samplesToFloat(source.type, from, to, samples);
+                if (isDistant && source.type == HostImage::PixelType::Half)
+                    HostImage::halfToDistantFloat(reinterpret_cast<const std::uint16_t*>(from), to, samples);
+                else
+                    HostImage::samplesToFloat(source.type, from, to, samples);
                 return;
             }
             thread_local std::vector<float> floats;

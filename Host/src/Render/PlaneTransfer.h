@@ -18,12 +18,12 @@ DD::Image::Box hostBox(const HostImage::Window& window, const HostImage::Window&
 HostImage::Window fileWindow(const DD::Image::Box& box, const HostImage::Window& displayWindow);
 
 /// Copies the part's pixels into the plane where the part's data window and the plane's box overlap, for the channels
-/// that both have; everything else in the plane is left as it is. `channels` belongs to the part's channels
+/// that both have; everything else in the plane becomes black. `channels` belongs to the part's channels
 /// (hostChannels). The plane must be writable. `threads`: how many threads, the caller's included, convert.
 void fillPlane(DD::Image::ImagePlane& plane, const HostImage::Part& part,
                const std::vector<DD::Image::Channel>& channels, unsigned int threads);
 
-/// Copies the plane's pixels into the part, which has memory for them, likewise.
+/// Copies the plane's pixels into the part, which has memory for them, likewise; what the plane does not have stays.
 void storePlane(const DD::Image::ImagePlane& plane, HostImage::Part& part,
                 const std::vector<DD::Image::Channel>& channels, unsigned int threads);
 

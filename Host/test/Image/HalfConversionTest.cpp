@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -34,6 +35,18 @@ TEST(HalfConversion, GivesTheSameBitsInBulkAndOneByOneForEveryHalf) {
     HostImage::halfToFloat(halfs.data(), bulk.data(), halfs.size());
     const std::vector<float> single = oneByOne(halfs);
     EXPECT_EQ(std::memcmp(bulk.data(), single.data(), bulk.size() * sizeof(float)), 0);
+}
+
+TEST(HalfConversion, GivesTheSameBitsPastTheCachesWhereverTheFloatsBegin) {
+    const std::vector<std::uint16_t> halfs = everyHalf();
+    const std::vector<float> single = oneByOne(halfs);
+    std::vector<float> bulk(halfs.size() + 4);
+    for (std::size_t begin = 0; begin < 4; ++begin) {
+        std::fill(bulk.begin(), bulk.end(), -1.0f);
+        HostImage::halfToDistantFloat(halfs.data(), bulk.data() + begin, halfs.size() - begin);
+        EXPECT_EQ(std::memcmp(bulk.data() + begin, single.data(), (halfs.size() - begin) * sizeof(float)), 0) << begin;
+        EXPECT_EQ(bulk[halfs.size()], -1.0f);
+    }
 }
 
 TEST(HalfConversion, BringsEveryHalfThatIsANumberBackUnchanged) {

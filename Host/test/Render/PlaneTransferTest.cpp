@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -48,11 +49,23 @@ float sampleOf(const HostImage::Part& part, std::size_t channel, std::size_t x, 
     return value;
 }
 
-ImagePlane blackPlane(const Box& box, bool packed, const DD::Image::ChannelSet& channels) {
+/// A plane whose floats have held something else before.
+ImagePlane usedPlane(const Box& box, bool packed, const DD::Image::ChannelSet& channels) {
     ImagePlane plane(box, packed, channels);
     plane.makeWritable();
-    plane.clear();
+    std::fill_n(plane.writable(), plane.usage() / sizeof(float), -1.0f);
     return plane;
+}
+
+/// One component's floats, the top row first.
+std::string rowsOf(const ImagePlane& plane, int component) {
+    std::string rows;
+    for (int y = plane.bounds().t() - 1; y >= plane.bounds().y(); --y) {
+        for (int x = plane.bounds().x(); x < plane.bounds().r(); ++x)
+            rows += std::to_string(static_cast<int>(plane.at(x, y, component))) + " ";
+        rows += "\n";
+    }
+    return rows;
 }
 
 TEST(HostBox, HasItsOriginAtTheDisplayWindowsBottomLeftAndGrowsUpwards) {
@@ -73,21 +86,52 @@ TEST(FileWindow, IsTheReverseOfHostBox) {
     EXPECT_EQ(fileWindow(hostBox(window, display), display), window);
 }
 
-TEST(FillPlane, PutsTheFilesTopRowAtTheTopAndLeavesTheRestAlone) {
+TEST(FillPlane, PutsTheFilesTopRowAtTheTopAndBlackAround) {
     const HostImage::Part part = partOf({"R"}, {1, 1, 2, 2});
-    ImagePlane plane = blackPlane(Box(0, 0, 4, 3), true, DD::Image::Mask_Red);
+    ImagePlane plane = usedPlane(Box(0, 0, 4, 3), true, DD::Image::Mask_Red);
     fillPlane(plane, part, hostChannels(part), 1);
-    std::string rows;
-    for (int y = 2; y >= 0; --y) {
-        for (int x = 0; x < 4; ++x) rows += std::to_string(static_cast<int>(plane.at(x, y, 0))) + " ";
-        rows += "\n";
+    EXPECT_EQ(rowsOf(plane, 0), "0 0 0 0 \n0 0 1 0 \n0 10 11 0 \n");
+}
+
+TEST(FillPlane, BlackensChannelsThatThePartDoesNotHave) {
+    const HostImage::Part part = partOf({"R"}, {0, 0, 1, 1});
+    for (const bool packed : {true, false}) {
+        ImagePlane plane = usedPlane(Box(-1, 1, 3, 4), packed, DD::Image::Mask_RGB);
+        fillPlane(plane, part, hostChannels(part), 1);
+        EXPECT_EQ(rowsOf(plane, 0), "0 0 0 0 \n0 0 1 0 \n0 10 11 0 \n");
+        EXPECT_EQ(rowsOf(plane, 1), "0 0 0 0 \n0 0 0 0 \n0 0 0 0 \n");
     }
-    EXPECT_EQ(rows, "0 0 0 0 \n0 0 1 0 \n0 10 11 0 \n");
+}
+
+TEST(FillPlane, IsBlackWhereThePartLiesElsewhere) {
+    const HostImage::Part part = partOf({"R"}, {0, 0, 3, 2});
+    ImagePlane plane = usedPlane(Box(10, 0, 12, 2), true, DD::Image::Mask_Red);
+    fillPlane(plane, part, hostChannels(part), 1);
+    EXPECT_EQ(rowsOf(plane, 0), "0 0 \n0 0 \n");
+}
+
+TEST(FillPlane, FillsALargePlaneOfHalfsAsItFillsASmallOne) {
+    // Beyond the size from which floats are written past the caches.
+    HostImage::Part part;
+    part.displayWindow = part.dataWindow = {0, 0, 2046, 1088};
+    for (const char* const name : {"R", "G", "B", "A"}) part.channels.push_back({.name = name});
+    part.layOutPlanes();
+    part.allocatePixels();
+    std::uint16_t* const halfs = reinterpret_cast<std::uint16_t*>(part.planes[0].pixels.data());
+    const std::size_t count = 2047 * 1089 * 4;
+    for (std::size_t i = 0; i < count; ++i) halfs[i] = static_cast<std::uint16_t>(i * 7919 % 0x7c00);
+    ImagePlane plane = usedPlane(Box(-3, -1, 2051, 1090), true, DD::Image::Mask_RGBA);
+    fillPlane(plane, part, hostChannels(part), 2);
+    std::vector<float> expected(2054 * 1091 * 4, 0.0f);
+    for (std::size_t y = 0; y < 1089; ++y)
+        HostImage::samplesToFloat(HostImage::PixelType::Half, halfs + y * 2047 * 4,
+                                  &expected[((1089 - y) * 2054 + 3) * 4], 2047 * 4);
+    EXPECT_EQ(std::memcmp(plane.readable(), expected.data(), expected.size() * sizeof(float)), 0);
 }
 
 TEST(FillPlane, FindsEachChannelWhateverTheOrderInTheFile) {
     const HostImage::Part part = partOf({"A", "B", "G", "R"}, {0, 0, 3, 2});
-    ImagePlane plane = blackPlane(Box(0, 0, 4, 3), true, DD::Image::Mask_RGBA);
+    ImagePlane plane = usedPlane(Box(0, 0, 4, 3), true, DD::Image::Mask_RGBA);
     fillPlane(plane, part, hostChannels(part), 1);
     EXPECT_EQ((std::vector<float>{plane.at(3, 2, 0), plane.at(3, 2, 1), plane.at(3, 2, 2), plane.at(3, 2, 3)}),
               (std::vector<float>{303, 203, 103, 3}));
@@ -95,7 +139,7 @@ TEST(FillPlane, FindsEachChannelWhateverTheOrderInTheFile) {
 
 TEST(FillPlane, FillsAnUnpackedPlaneWithTheSamePixels) {
     const HostImage::Part part = partOf({"R", "G", "B"}, {0, 0, 3, 2});
-    ImagePlane plane = blackPlane(Box(-1, -1, 5, 4), false, DD::Image::Mask_RGB);
+    ImagePlane plane = usedPlane(Box(-1, -1, 5, 4), false, DD::Image::Mask_RGB);
     fillPlane(plane, part, hostChannels(part), 2);
     EXPECT_EQ(plane.at(2, 1, 1), 112.0f);
 }
@@ -103,7 +147,7 @@ TEST(FillPlane, FillsAnUnpackedPlaneWithTheSamePixels) {
 TEST(FillPlane, RefusesChannelsWithFewerSamplesThanPixels) {
     HostImage::Part part = partOf({"Y"}, {0, 0, 3, 2});
     part.channels[0].xSampling = 2;
-    ImagePlane plane = blackPlane(Box(0, 0, 4, 3), true, DD::Image::Mask_Red);
+    ImagePlane plane = usedPlane(Box(0, 0, 4, 3), true, DD::Image::Mask_Red);
     EXPECT_THROW(fillPlane(plane, part, hostChannels(part), 1), std::runtime_error);
 }
 
@@ -114,7 +158,7 @@ TEST(StorePlane, GivesBackWhatFillPlaneTook) {
     const auto channels = hostChannels(part);
     for (const DD::Image::ChannelSet& layer :
          {DD::Image::ChannelSet(DD::Image::Mask_RGBA), DD::Image::ChannelSet(DD::Image::channel("depth.Z"))}) {
-        ImagePlane plane = blackPlane(hostBox(part.dataWindow, part.displayWindow), true, layer);
+        ImagePlane plane = usedPlane(hostBox(part.dataWindow, part.displayWindow), true, layer);
         fillPlane(plane, part, channels, 1);
         storePlane(plane, stored, channels, 1);
     }
@@ -125,7 +169,7 @@ TEST(StorePlane, GivesBackWhatFillPlaneTook) {
 
 TEST(StorePlane, CutsWhatLiesOutsideThePartsWindow) {
     HostImage::Part part = partOf({"R"}, {0, 0, 3, 2});
-    ImagePlane plane = blackPlane(Box(-5, -5, 9, 8), true, DD::Image::Mask_Red);
+    ImagePlane plane = usedPlane(Box(-5, -5, 9, 8), true, DD::Image::Mask_Red);
     plane.writableAt(0, 2, 0) = 7.0f; // the format's top left pixel
     storePlane(plane, part, hostChannels(part), 1);
     EXPECT_EQ(sampleOf(part, 0, 0, 0), 7.0f);

@@ -19,7 +19,10 @@ public:
     /// Fills the channels that the frame has, where the frame's box and the plane's overlap. The plane is black and
     /// writable, of any box, channels and packing. Instead of filling it, a source may share floats of the plane's
     /// exact layout by setMemory.
+    ///
+    /// A source that fillsWholePlanes gets the floats as they are and writes all of them, black where it has nothing.
     virtual void fillPlane(double frame, ImagePlane& plane) = 0;
+    virtual bool fillsWholePlanes() const { return false; }
 };
 
 } // namespace Image
