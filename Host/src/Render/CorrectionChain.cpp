@@ -117,12 +117,13 @@ void CorrectionChain::render(const Store& store) {
     if (m_options.renderMap) {
         DD::Image::ImagePlane map(m_nodes.back()->info().box(), true, DD::Image::Mask_RGBA);
         if (!m_graph.fetch(m_nodes.back(), map)) fail();
-        store(map, {DD::Image::Chan_Red, DD::Image::Chan_Green, DD::Image::Chan_Blue, DD::Image::Chan_Alpha});
+        store(map, {DD::Image::Chan_Red, DD::Image::Chan_Green, DD::Image::Chan_Blue, DD::Image::Chan_Alpha}, true);
         return;
     }
-    for (DD::Image::ImagePlane& plane : m_graph.planes(m_nodes.back())) {
+    std::vector<DD::Image::ImagePlane> planes = m_graph.planes(m_nodes.back());
+    for (DD::Image::ImagePlane& plane : planes) {
         if (!m_graph.fetch(m_nodes.back(), plane)) fail();
-        store(plane, m_channels);
+        store(plane, m_channels, &plane == &planes.back());
         plane = DD::Image::ImagePlane(); // one layer's floats at a time
     }
 }

@@ -59,12 +59,14 @@ public:
     /// of a few px left and right, which changes the rounding and nothing else.
     DD::Image::Box validate();
 
-    using Store = std::function<void(const DD::Image::ImagePlane&, const std::vector<DD::Image::Channel>&)>;
+    /// Takes a layer's pixels and the host's channels of the part's channels. From the last layer on, nothing more is
+    /// read of the image's pixels.
+    using Store =
+        std::function<void(const DD::Image::ImagePlane&, const std::vector<DD::Image::Channel>&, bool isLast)>;
     /// The node at the end.
     LensCorrection& lastNode() { return *m_nodes.back(); }
 
-    /// After validate: renders layer after layer and hands each to `store`, with the host's channels of the part's
-    /// channels. Throws CorrectionError.
+    /// After validate: renders layer after layer and hands each to `store`. Throws CorrectionError.
     void render(const Store& store);
 
 private:

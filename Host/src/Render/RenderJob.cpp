@@ -74,6 +74,17 @@ void copyHeader(const HostImage::Part& from, HostImage::Part& to) {
     to.attributes = from.attributes;
 }
 
+/// Gives planes without memory that of the other part's, whose pixels are not needed any more: a picture of one layer
+/// so takes its memory along from decoding to encoding, and back.
+void moveMemory(HostImage::Part& from, HostImage::Part& to) {
+    for (std::size_t i = 0; i < std::min(from.planes.size(), to.planes.size()); ++i)
+        if (to.planes[i].pixels.size() == 0) to.planes[i].pixels = std::move(from.planes[i].pixels);
+}
+
+void blacken(HostImage::Part& part) {
+    for (HostImage::Plane& plane : part.planes) std::memset(plane.pixels.data(), 0, plane.pixels.size());
+}
+
 DD::Image::Box unionOf(DD::Image::Box a, const DD::Image::Box& b) {
     a.set(std::min(a.x(), b.x()), std::min(a.y(), b.y()), std::max(a.r(), b.r()), std::max(a.t(), b.t()));
     return a;
@@ -235,6 +246,8 @@ std::size_t RenderJob::slotCount(const FrameJob& first, std::size_t most) const 
 }
 
 void RenderJob::decode(Slot& slot) {
+    for (std::size_t part = 0; part < std::min(slot.input.parts.size(), slot.output.parts.size()); ++part)
+        moveMemory(slot.output.parts[part], slot.input.parts[part]);
     m_clip.read(slot.job.frame, slot.input, m_codecThreads);
     slot.metadata = m_clip.metadata(slot.job.frame, slot.input);
     if (m_plate) {
@@ -247,7 +260,7 @@ void RenderJob::decode(Slot& slot) {
 }
 
 void RenderJob::layOut(const HostImage::Part& input, const DD::Image::Box& box, std::size_t part,
-                       HostImage::Part& output) {
+                       HostImage::Part& output) const {
     copyHeader(input, output);
     const auto constant = m_constantBoxes.find(part);
     const HostImage::Window boxWindow =
@@ -263,10 +276,6 @@ void RenderJob::layOut(const HostImage::Part& input, const DD::Image::Box& box, 
         }
     }
     output.layOutPlanes();
-    output.allocatePixels();
-    if (output.dataWindow == fileWindow(box, input.displayWindow)) return;
-    // What no pixel is rendered for is black.
-    for (HostImage::Plane& plane : output.planes) std::memset(plane.pixels.data(), 0, plane.pixels.size());
 }
 
 void RenderJob::render(CorrectionChain& chain, Slot& slot) {
@@ -278,12 +287,22 @@ void RenderJob::render(CorrectionChain& chain, Slot& slot) {
     for (std::size_t part = 0; part < slot.output.parts.size(); ++part) {
         chain.setFrame(slot.job.frame, image, part, plate);
         HostImage::Part& output = slot.output.parts[part];
-        layOut(slot.input.parts[part], chain.validate(), part, output);
-        chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
-            const std::vector<DD::Image::Channel> map{DD::Image::Chan_Alpha, DD::Image::Chan_Blue,
-                                                      DD::Image::Chan_Green, DD::Image::Chan_Red};
-            storePlane(plane, output, m_options.renderMap ? map : channels, m_codecThreads);
-        });
+        const DD::Image::Box box = chain.validate();
+        layOut(slot.input.parts[part], box, part, output);
+        bool hasMemory = false;
+        chain.render(
+            [&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels, bool isLast) {
+                if (!hasMemory) {
+                    if (isLast) moveMemory(slot.input.parts[part], output);
+                    output.allocatePixels();
+                    // What no pixel is rendered for is black.
+                    if (output.dataWindow != fileWindow(box, output.displayWindow)) blacken(output);
+                    hasMemory = true;
+                }
+                const std::vector<DD::Image::Channel> map{DD::Image::Chan_Alpha, DD::Image::Chan_Blue,
+                                                          DD::Image::Chan_Green, DD::Image::Chan_Red};
+                storePlane(plane, output, m_options.renderMap ? map : channels, m_codecThreads);
+            });
     }
     CorrectionMark::write(m_options, m_correctionFile, slot.output);
 }
@@ -357,7 +376,7 @@ ExitCode RenderJob::run() {
 
     const std::size_t decoders = std::min<std::size_t>(std::max(1u, m_threads / 2), jobs.size());
     const std::size_t encoders = std::min<std::size_t>(m_threads, jobs.size());
-    const std::size_t slots = slotCount(jobs.front(), decoders + encoders + 2);
+    const std::size_t slots = slotCount(jobs.front(), decoders + encoders + 1);
 
     // The slots bound the memory, so the queues between the stages need no bound of their own.
     Queue free(UINT64_MAX), decoded(UINT64_MAX), rendered(UINT64_MAX);

@@ -50,7 +50,8 @@ private:
 
     void decode(Slot& slot);
     void render(CorrectionChain& chain, Slot& slot);
-    void layOut(const HostImage::Part& input, const DD::Image::Box& box, std::size_t part, HostImage::Part& output);
+    void layOut(const HostImage::Part& input, const DD::Image::Box& box, std::size_t part,
+                HostImage::Part& output) const;
     void encode(Slot& slot, Progress& progress);
     template <typename Step>
     bool attempt(Slot& slot, Progress& progress, Step step);
