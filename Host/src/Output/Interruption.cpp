@@ -11,6 +11,7 @@ namespace Host {
 namespace {
 
 constinit std::atomic<int> receivedSignal{0};
+constinit std::atomic<bool> isInstalled{false};
 
 ExitCode exitCodeFor(int signal) { return signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated; }
 
@@ -25,6 +26,12 @@ void onSignal(int signal) {
 } // namespace
 
 void Interruption::install() {
+    isInstalled = true;
+    takeBack();
+}
+
+void Interruption::takeBack() {
+    if (!isInstalled) return;
     struct sigaction action = {};
     action.sa_handler = onSignal;
     action.sa_flags = SA_RESTART; // reads and writes of the frames in flight go on

@@ -16,6 +16,11 @@ public:
     /// Takes the four signals over; once, at the start of the program.
     static void install();
 
+    /// Takes them over again; nothing before install. An OpenCL driver on LLVM installs handlers of its own when it
+    /// first builds a kernel. They hand a signal on to ours, but until then a second one ends the process: call this
+    /// after the first use of a device. Any thread, any number of times.
+    static void takeBack();
+
     /// Whether a signal has come; any thread.
     static bool requested();
 

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "LensCorrection.h"
+#include "Output/Interruption.h"
 
 namespace Host {
 namespace {
@@ -116,16 +117,22 @@ DD::Image::Box CorrectionChain::validate() {
 void CorrectionChain::render(const Store& store) {
     if (m_options.renderMap) {
         DD::Image::ImagePlane map(m_nodes.back()->info().box(), true, DD::Image::Mask_RGBA);
-        if (!m_graph.fetch(m_nodes.back(), map)) fail();
+        fetch(map);
         store(map, {DD::Image::Chan_Red, DD::Image::Chan_Green, DD::Image::Chan_Blue, DD::Image::Chan_Alpha}, true);
         return;
     }
     std::vector<DD::Image::ImagePlane> planes = m_graph.planes(m_nodes.back());
     for (DD::Image::ImagePlane& plane : planes) {
-        if (!m_graph.fetch(m_nodes.back(), plane)) fail();
+        fetch(plane);
         store(plane, m_channels, &plane == &planes.back());
         plane = DD::Image::ImagePlane(); // one layer's floats at a time
     }
+}
+
+void CorrectionChain::fetch(DD::Image::ImagePlane& plane) {
+    const bool isRendered = m_graph.fetch(m_nodes.back(), plane);
+    Interruption::takeBack();
+    if (!isRendered) fail();
 }
 
 void CorrectionChain::fail() const {

@@ -74,6 +74,7 @@ private:
     void setControls(DD::Image::Op* node);
     void setImage(int border);
     bool isBoxAccepted() const;
+    void fetch(DD::Image::ImagePlane& plane);
     [[noreturn]] void fail() const;
 
     const RenderOptions& m_options;

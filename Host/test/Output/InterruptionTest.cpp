@@ -35,6 +35,28 @@ TEST(InterruptionDeathTest, TakesARepeatedSigtermForTheFirstOne) {
         testing::ExitedWithCode(7), "");
 }
 
+TEST(InterruptionDeathTest, TakesSignalsBackFromADriver) {
+    EXPECT_EXIT(
+        {
+            Interruption::install();
+            std::signal(SIGTERM, SIG_DFL);
+            std::signal(SIGINT, SIG_DFL);
+            Interruption::takeBack();
+            std::raise(SIGTERM);
+            std::_Exit(Interruption::requested() ? 7 : 1);
+        },
+        testing::ExitedWithCode(7), "");
+}
+
+TEST(InterruptionDeathTest, LeavesTheSignalsOfAProgramThatHasNotInstalledIt) {
+    EXPECT_EXIT(
+        {
+            Interruption::takeBack();
+            std::raise(SIGTERM);
+        },
+        testing::KilledBySignal(SIGTERM), "");
+}
+
 TEST(InterruptionDeathTest, TellsAPersonFromAFarm) {
     EXPECT_EXIT(
         {

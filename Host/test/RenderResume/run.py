@@ -215,6 +215,21 @@ class Interrupted(render_test.RenderTest):
     def test_ends_with_143_when_terminated(self):
         self.expect_interrupted(signal.SIGTERM, 143)
 
+    def test_completes_the_frames_in_flight_however_often_and_fast_a_farm_says_sigterm(self):
+        good = self.reference()
+        for _ in range(ROUNDS):
+            shutil.rmtree(self.path("out"), ignore_errors=True)
+            job = self.start_held()
+            self.assertIn('"start"', self.line(job))
+            self.assertIn('"done"', self.line(job))
+            for _ in range(100):
+                job.send_signal(signal.SIGTERM)
+            output, _ = job.communicate(timeout=300)
+            self.assertEqual(job.returncode, 143)
+            self.assertEqual(json.loads(output.splitlines()[-1])["event"], "end")
+            self.expect_whole("out", good)
+            self.assertEqual(self.temporaries(), [])
+
     def test_a_second_signal_ends_at_once_and_leaves_no_temporary_file(self):
         good = self.reference()
         for _ in range(ROUNDS):
