@@ -127,7 +127,7 @@ Attribute attributeFrom(const OIIO::ParamValue& value) {
     return attribute;
 }
 
-/// Sets the attribute on the specification, unless its type has no counterpart there.
+/// Gives the image to be written the attribute, unless its type has no counterpart in the library.
 void setAttribute(OIIO::ImageSpec& spec, const Attribute& attribute) {
     std::string name = attribute.name;
     for (const Alias& alias : aliases)
@@ -258,7 +258,7 @@ private:
     Frame m_header;
 };
 
-/// Header entries that repeat what the specification says itself.
+/// Header entries that repeat what the library's description of the image says itself.
 bool isStructural(const std::string& name) {
     constexpr std::array<const char*, 16> names{"channels",
                                                 "compression",
