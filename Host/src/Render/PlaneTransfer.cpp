@@ -74,22 +74,20 @@ bool isFilledByOnePlane(const DD::Image::ImagePlane& plane, const HostImage::Par
     return false;
 }
 
-void setBlack(float* begin, const float* end) { std::fill(begin, begin + (end - begin), 0.0f); }
-
 /// All of a packed plane that lies outside of the overlap.
 void blackenAround(DD::Image::ImagePlane& plane, const Overlap& overlap) {
     float* const floats = plane.writable();
-    const float* const end = floats + plane.usage() / sizeof(float);
+    float* const end = floats + plane.usage() / sizeof(float);
     const std::size_t left =
         static_cast<std::size_t>(overlap.planeColumn) * static_cast<std::size_t>(plane.colStride());
     const std::size_t filled = overlap.columns() * static_cast<std::size_t>(plane.colStride());
     float* row = floats + overlap.planeRow(0) * plane.rowStride();
-    setBlack(floats, row);
+    std::fill(floats, row, 0.0f);
     for (std::size_t i = 0; i < overlap.rows(); ++i, row += plane.rowStride()) {
-        setBlack(row, row + left);
-        setBlack(row + left + filled, row + plane.rowStride());
+        std::fill(row, row + left, 0.0f);
+        std::fill(row + left + filled, row + plane.rowStride(), 0.0f);
     }
-    setBlack(row, end);
+    std::fill(row, end, 0.0f);
 }
 
 /// Calls action(row) for each row, on so many threads.
