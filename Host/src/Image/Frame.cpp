@@ -18,13 +18,6 @@ constexpr std::size_t maxComponents = 4;
 
 std::int64_t floorDivide(std::int64_t a, std::int64_t b) { return a >= 0 ? a / b : -((-a + b - 1) / b); }
 
-/// How many multiples of `sampling` lie in minimum … maximum.
-std::size_t sampleCount(std::int32_t minimum, std::int32_t maximum, std::int32_t sampling) {
-    if (maximum < minimum) return 0;
-    if (sampling <= 1) return static_cast<std::size_t>(std::int64_t{maximum} - minimum + 1);
-    return static_cast<std::size_t>(floorDivide(maximum, sampling) - floorDivide(std::int64_t{minimum} - 1, sampling));
-}
-
 /// 0 … 3 for R, G, B, A; -1 for anything else.
 int colourPlace(std::string_view baseName) {
     constexpr std::string_view upper = "RGBA";
@@ -51,6 +44,12 @@ void integersFromFloat(const float* floats, void* samples, std::size_t n, float 
 }
 
 } // namespace
+
+std::size_t samplesBetween(std::int64_t minimum, std::int64_t maximum, std::int64_t sampling) {
+    if (maximum < minimum) return 0;
+    if (sampling <= 1) return static_cast<std::size_t>(maximum - minimum + 1);
+    return static_cast<std::size_t>(floorDivide(maximum, sampling) - floorDivide(minimum - 1, sampling));
+}
 
 std::size_t bytesPerSample(PixelType type) {
     switch (type) {
@@ -129,6 +128,12 @@ void Plane::rowFromFloat(std::size_t y, const float* samples) {
     samplesFromFloat(type, samples, row(y), width * components);
 }
 
+std::size_t Part::firstChannelOf(std::size_t plane) const {
+    const auto first = std::find_if(channels.begin(), channels.end(),
+                                    [plane](const Channel& channel) { return channel.plane == plane; });
+    return static_cast<std::size_t>(first - channels.begin());
+}
+
 const Channel* Part::findChannel(std::string_view channelName) const {
     const auto found = std::find_if(channels.begin(), channels.end(),
                                     [channelName](const Channel& channel) { return channel.name == channelName; });
@@ -168,8 +173,8 @@ void Part::layOutPlanes() {
         const Channel& first = channels[members.front()];
         plane.type = first.type;
         plane.components = members.size();
-        plane.width = sampleCount(dataWindow.minX, dataWindow.maxX, first.xSampling);
-        plane.height = sampleCount(dataWindow.minY, dataWindow.maxY, first.ySampling);
+        plane.width = samplesBetween(dataWindow.minX, dataWindow.maxX, first.xSampling);
+        plane.height = samplesBetween(dataWindow.minY, dataWindow.maxY, first.ySampling);
         for (std::size_t i = 0; i < members.size(); ++i) {
             channels[members[i]].plane = planeCount;
             channels[members[i]].component = i;

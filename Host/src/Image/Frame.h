@@ -29,6 +29,10 @@ enum class PixelType { UInt8, UInt16, UInt32, Half, Float };
 /// Bytes of one sample: 1, 2, 4, 2, 4.
 std::size_t bytesPerSample(PixelType type);
 
+/// How many samples a channel has at the coordinates minimum … maximum: those that divide by `sampling`; 0 if the
+/// maximum is the lesser one.
+std::size_t samplesBetween(std::int64_t minimum, std::int64_t maximum, std::int64_t sampling);
+
 /// One channel of a part and where its samples are.
 struct Channel {
     /// As in the file, with its layer: "R", "beauty.R".
@@ -103,6 +107,9 @@ struct Part {
     std::vector<Attribute> attributes;
 
     const Channel* findChannel(std::string_view channelName) const;
+    /// Index of the first channel whose samples lie in the plane (there is one): all of them have its type and
+    /// sampling.
+    std::size_t firstChannelOf(std::size_t plane) const;
     const Attribute* findAttribute(std::string_view attributeName) const;
     /// Replaces the entry of that name or appends it.
     void setAttribute(const Attribute& attribute);

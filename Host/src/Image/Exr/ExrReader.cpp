@@ -36,17 +36,6 @@ struct Target {
     std::vector<const std::uint8_t*> rows;
 };
 
-std::int64_t firstMultiple(std::int64_t from, std::int64_t sampling) {
-    const std::int64_t rest = ((from % sampling) + sampling) % sampling;
-    return rest == 0 ? from : from + sampling - rest;
-}
-
-/// Samples at coordinates that divide by `sampling` in minimum … maximum.
-std::size_t samplesBetween(std::int64_t minimum, std::int64_t maximum, std::int64_t sampling) {
-    const std::int64_t first = firstMultiple(minimum, sampling);
-    return first > maximum ? 0 : static_cast<std::size_t>((maximum - first) / sampling + 1);
-}
-
 exr_result_t inflateZip(exr_decode_pipeline_t* pipeline) {
     Target& target = *static_cast<Target*>(pipeline->decoding_user_data);
     const std::size_t packed = static_cast<std::size_t>(pipeline->chunk.packed_size);
@@ -92,11 +81,10 @@ exr_result_t unpack(exr_decode_pipeline_t* pipeline) {
             const std::uint8_t* const* const rows = target.rows.data() + p * 4;
             if (rows[0] == nullptr) continue;
             Plane& plane = part.planes[p];
-            const auto member = std::find_if(part.channels.begin(), part.channels.end(),
-                                             [p](const Channel& channel) { return channel.plane == p; });
+            const Channel& member = part.channels[part.firstChannelOf(p)];
             const std::size_t size = bytesPerSample(plane.type);
-            const std::int64_t sampling = member->xSampling;
-            const std::size_t row = samplesBetween(part.dataWindow.minY, y - 1, member->ySampling);
+            const std::int64_t sampling = member.xSampling;
+            const std::size_t row = samplesBetween(part.dataWindow.minY, y - 1, member.ySampling);
             const std::size_t column = samplesBetween(part.dataWindow.minX, std::int64_t{window.minX} - 1, sampling);
             interleaveRow(rows, plane.components, size, plane.row(row) + column * plane.components * size,
                           samplesBetween(window.minX, window.maxX, sampling));

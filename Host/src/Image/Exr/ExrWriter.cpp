@@ -77,12 +77,6 @@ struct Source {
     CompressedBlocks blocks;
 };
 
-std::size_t samplesBetween(std::int64_t minimum, std::int64_t maximum, std::int64_t sampling) {
-    const std::int64_t rest = ((minimum % sampling) + sampling) % sampling;
-    const std::int64_t first = rest == 0 ? minimum : minimum + sampling - rest;
-    return first > maximum ? 0 : static_cast<std::size_t>((maximum - first) / sampling + 1);
-}
-
 /// Bytes of the block with all its channels one after the other.
 std::size_t packedBytes(const StoredPart& stored, const Window& window) {
     std::size_t bytes = 0;
@@ -141,13 +135,6 @@ const std::uint8_t* asStored(Source& source, PixelType planeType, PixelType type
     return source.converted.data();
 }
 
-/// The first of the part's channels whose samples lie in a plane: they all have its type and sampling.
-std::size_t memberOf(const Part& part, std::size_t plane) {
-    const auto member = std::find_if(part.channels.begin(), part.channels.end(),
-                                     [plane](const Channel& channel) { return channel.plane == plane; });
-    return static_cast<std::size_t>(member - part.channels.begin());
-}
-
 /// Lays out lines of a window (channel after channel in each) from the part's planes, converting where stored
 /// otherwise.
 void packLines(Source& source, const Window& window, std::uint8_t* to) {
@@ -166,7 +153,7 @@ void packLines(Source& source, const Window& window, std::uint8_t* to) {
             std::uint8_t* const* const rows = source.rows.data() + p * 4;
             if (rows[0] == nullptr) continue;
             const Plane& plane = part.planes[p];
-            const std::size_t member = memberOf(part, p);
+            const std::size_t member = part.firstChannelOf(p);
             const Channel& channel = part.channels[member];
             const std::size_t row = samplesBetween(part.dataWindow.minY, y - 1, channel.ySampling);
             const std::size_t column =
@@ -229,7 +216,7 @@ const Part& partAsStored(Source& source, const Window& window) {
     band.channels = part.channels;
     band.planes.resize(part.planes.size());
     for (std::size_t p = 0; p < part.planes.size(); ++p) {
-        const std::size_t member = memberOf(part, p);
+        const std::size_t member = part.firstChannelOf(p);
         const Channel& channel = part.channels[member];
         const Plane& from = part.planes[p];
         Plane& to = band.planes[p];
