@@ -27,13 +27,19 @@
 
 namespace {
 
+// Without it allocator and driver are as they are inside a host.
+#ifdef ORVEX_BENCHMARK_UNPREPARED
+constexpr bool isPrepared = false;
+#else
+constexpr bool isPrepared = true;
+#endif
+
 struct Options {
     int width = 4096;
     int height = 2160;
     unsigned int threads = 0;
     unsigned int warmUp = 6;
     unsigned int repeats = 9;
-    bool unprepared = false;
     bool withPeers = true;
 };
 
@@ -131,8 +137,8 @@ nlohmann::ordered_json compare(const Options& options) {
     nlohmann::ordered_json milliseconds; // in the order of the report
     for (const InterleavedRun::Result& result : run.run(options.warmUp, options.repeats))
         milliseconds[result.name] = result.milliseconds;
-    return {{"width", options.width},      {"height", options.height},        {"threads", options.threads},
-            {"device", deviceName()},      {"prepared", !options.unprepared}, {"differences", differences},
+    return {{"width", options.width},      {"height", options.height}, {"threads", options.threads},
+            {"device", deviceName()},      {"prepared", isPrepared},   {"differences", differences},
             {"milliseconds", milliseconds}};
 }
 
@@ -146,13 +152,12 @@ int main(int argumentCount, char** arguments) {
     app.add_option("--threads", options.threads, "of every contestant; 0: one per core")->check(CLI::Range(0, 256));
     app.add_option("--warm-up", options.warmUp, "rounds that do not count")->capture_default_str();
     app.add_option("--repeats", options.repeats, "rounds that count")->check(CLI::Range(1, 10000));
-    app.add_flag("--unprepared", options.unprepared, "leave allocator and driver as they are inside a host");
     app.add_flag("!--no-peers", options.withPeers, "only this project, native loops and copies");
     CLI11_PARSE(app, argumentCount, arguments);
     if (options.threads == 0) options.threads = std::max(1u, std::thread::hardware_concurrency());
     // Read by the processor's driver at the first OpenCL call.
     setenv("POCL_MAX_PTHREAD_COUNT", std::to_string(options.threads).c_str(), 1);
-    if (!options.unprepared) Host::prepareForRendering();
+    if (isPrepared) Host::prepareForRendering();
     try {
         std::cout << compare(options).dump(1) << '\n';
     } catch (const Exception& exception) {

@@ -1,9 +1,6 @@
 #include "DDImage/RefCountedFloatBuffer.h"
 
-#include <sys/mman.h>
-
 #include <atomic>
-#include <cstdint>
 #include <cstdlib>
 #include <new>
 #include <utility>
@@ -13,20 +10,13 @@ namespace Image {
 
 namespace {
 
-constexpr std::size_t hugePage = std::size_t{2} << 20;
-
 std::size_t bytesOf(const Box& box, int nComps) {
     return static_cast<std::size_t>(box.w()) * static_cast<std::size_t>(box.h()) * static_cast<std::size_t>(nComps) *
            sizeof(float);
 }
 
-// Large pages make the first use of fresh memory several times faster.
-float* withLargePages(void* memory, std::size_t bytes) {
+float* required(void* memory) {
     if (!memory) throw std::bad_alloc();
-    const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(memory) + hugePage - 1) / hugePage * hugePage;
-    const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) / hugePage * hugePage;
-    // Only advice: where the system refuses, small pages serve.
-    if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
     return static_cast<float*>(memory);
 }
 
@@ -58,7 +48,7 @@ RefCountedFloatBuffer RefCountedFloatBuffer::allocate(const Box& box, int nComps
     const std::size_t bytes = bytesOf(box, nComps);
     RefCountedFloatBuffer buffer;
     buffer.m_block = new Block{nullptr, bytes};
-    buffer.m_block->floats = withLargePages(std::calloc(bytes, 1), bytes);
+    buffer.m_block->floats = required(std::calloc(bytes, 1));
     return buffer;
 }
 
@@ -66,7 +56,7 @@ RefCountedFloatBuffer RefCountedFloatBuffer::allocateUninitialised(const Box& bo
     const std::size_t bytes = bytesOf(box, nComps);
     RefCountedFloatBuffer buffer;
     buffer.m_block = new Block{nullptr, bytes};
-    buffer.m_block->floats = withLargePages(std::malloc(bytes), bytes);
+    buffer.m_block->floats = required(std::malloc(bytes));
     return buffer;
 }
 

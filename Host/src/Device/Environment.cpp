@@ -1,7 +1,5 @@
 #include "Device/Environment.h"
 
-#include <malloc.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <string>
@@ -22,12 +20,6 @@ unsigned int workGroupSize() {
 
 } // namespace
 
-void prepareForRendering() {
-    if (!std::getenv("GLIBC_TUNABLES")) {
-        mallopt(M_MMAP_THRESHOLD, 1 << 30);
-        mallopt(M_TRIM_THRESHOLD, -1); // never; any other value would be at most 2 GiB, less than a few large frames
-    }
-    setenv("POCL_MAX_WORK_GROUP_SIZE", std::to_string(workGroupSize()).c_str(), 0);
-}
+void prepareForRendering() { setenv("POCL_MAX_WORK_GROUP_SIZE", std::to_string(workGroupSize()).c_str(), 0); }
 
 } // namespace Host

@@ -2,15 +2,13 @@
 
 namespace Host {
 
-/// Prepares the process for rendering: its memory allocator and, through environment variables, the OpenCL drivers.
+/// Prepares the OpenCL drivers for rendering, through environment variables.
 ///
 /// Only for a program of its own, at its start, before the first thread and the first OpenCL call; never inside a host
 /// application. What the user has set in the environment stays.
-/// - Released frame buffers stay with the process instead of going back to the system: mapping fresh pages for each
-///   frame takes longer than the rendering itself. Price: the process keeps its largest need.
-/// - POCL_MAX_WORK_GROUP_SIZE, by the number of threads (POCL_MAX_PTHREAD_COUNT, else one per core; 768 for two): with
-///   the CPU driver's own choice of 4096 a frame of 2048 × 1152 pixels falls into so few groups that one core gets
-///   nearly all of them; much smaller groups cost time each, for fifteen of sixteen lie beyond the picture.
+/// POCL_MAX_WORK_GROUP_SIZE, by the number of threads (POCL_MAX_PTHREAD_COUNT, else one per core; 768 for two): with
+/// the CPU driver's own choice of 4096 a frame of 2048 × 1152 pixels falls into so few groups that one core gets
+/// nearly all of them; much smaller groups cost time each, for fifteen of sixteen lie beyond the picture.
 void prepareForRendering();
 
 } // namespace Host
