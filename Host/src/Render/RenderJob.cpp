@@ -245,10 +245,10 @@ std::size_t RenderJob::slotCount(const FrameJob& first, std::size_t most) const 
     return static_cast<std::size_t>(std::clamp<std::uint64_t>(forSlots / perSlot, 1, most));
 }
 
-void RenderJob::decode(Slot& slot) {
+void RenderJob::decode(Slot& slot, unsigned int threads) {
     for (std::size_t part = 0; part < std::min(slot.input.parts.size(), slot.output.parts.size()); ++part)
         moveMemory(slot.output.parts[part], slot.input.parts[part]);
-    m_clip.read(slot.job.frame, slot.input, m_codecThreads);
+    m_clip.read(slot.job.frame, slot.input, threads);
     slot.metadata = m_clip.metadata(slot.job.frame, slot.input);
     if (m_plate) {
         slot.plate = m_plate->readHeader(slot.job.frame);
@@ -278,7 +278,7 @@ void RenderJob::layOut(const HostImage::Part& input, const DD::Image::Box& box, 
     output.layOutPlanes();
 }
 
-void RenderJob::render(CorrectionChain& chain, Slot& slot) {
+void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads) {
     const ClipFrame image{&slot.input, &slot.metadata, m_clip.path(slot.job.frame), m_clip.range()};
     const ClipFrame plate =
         m_plate ? ClipFrame{&slot.plate, &slot.plateMetadata, m_plate->path(slot.job.frame), m_plate->range()} : image;
@@ -301,20 +301,20 @@ void RenderJob::render(CorrectionChain& chain, Slot& slot) {
                 }
                 const std::vector<DD::Image::Channel> map{DD::Image::Chan_Alpha, DD::Image::Chan_Blue,
                                                           DD::Image::Chan_Green, DD::Image::Chan_Red};
-                storePlane(plane, output, m_options.renderMap ? map : channels, m_codecThreads);
+                storePlane(plane, output, m_options.renderMap ? map : channels, threads);
             });
     }
     CorrectionMark::write(m_options, m_correctionFile, slot.output);
 }
 
-void RenderJob::encode(Slot& slot, Progress& progress) {
+void RenderJob::encode(Slot& slot, unsigned int threads, Progress& progress) {
     HostImage::WriteOptions writing;
     writing.compression = m_options.compression;
     if (m_options.renderMap && !writing.compression) writing.compression = "zip"; // a map must not lose anything
     if (m_options.pixelType)
         writing.pixelType = *m_options.pixelType == RenderOptions::PixelType::Half ? HostImage::PixelType::Half
                                                                                    : HostImage::PixelType::Float;
-    writing.threads = m_codecThreads;
+    writing.threads = threads;
     writing.makesFile = false;
     // Formats without a data window keep the whole picture as their only window.
     if (HostImage::fileExtension(slot.job.output) != "exr")
@@ -361,6 +361,12 @@ bool RenderJob::attempt(Slot& slot, Progress& progress, Step step) {
     return false;
 }
 
+/// For each of so many frames that wait for the same stage. The last ones share all threads, so that none is idle while
+/// another still works on a whole frame.
+unsigned int RenderJob::threadsEach(std::size_t frames) const {
+    return static_cast<unsigned int>(std::max<std::size_t>(1, m_threads / std::max<std::size_t>(frames, 1)));
+}
+
 ExitCode RenderJob::run() {
     const Progress::Mode mode = Progress::parseMode(m_options.progress, isatty(STDERR_FILENO) == 1);
     Progress progress(mode, m_jobs.size(), Progress::standardOutput(mode));
@@ -368,11 +374,6 @@ ExitCode RenderJob::run() {
     if (m_options.boxSize == RenderOptions::BoxSize::Constant) findConstantBoxes();
     const std::vector<FrameJob> jobs = remainingJobs(progress);
     if (jobs.empty()) return finish(progress, m_jobs.size());
-
-    // One frame alone is coded by all threads; of several, each is coded by one.
-    m_codecThreads = jobs.size() == 1 ? m_threads : 1;
-    CorrectionChain chain(m_options, m_codecThreads);
-    checkBeforeTheFirstFrame(chain, jobs);
 
     const std::size_t decoders = std::min<std::size_t>(std::max(1u, m_threads / 2), jobs.size());
     const std::size_t encoders = std::min<std::size_t>(m_threads, jobs.size());
@@ -382,6 +383,7 @@ ExitCode RenderJob::run() {
     Queue free(UINT64_MAX), decoded(UINT64_MAX), rendered(UINT64_MAX);
     for (std::size_t slot = 0; slot < slots; ++slot) free.push(std::make_unique<Slot>(), 0);
     std::atomic<std::size_t> next{0}, decodersLeft{decoders};
+    std::atomic<std::size_t> toEncode{jobs.size()}; // frames that have neither come so far nor failed
 
     std::vector<std::thread> threads;
     for (std::size_t i = 0; i < decoders; ++i) {
@@ -395,10 +397,12 @@ ExitCode RenderJob::run() {
                     break;
                 }
                 (*slot)->job = jobs[index];
-                if (attempt(**slot, progress, [&] { decode(**slot); }))
+                if (attempt(**slot, progress, [&] { decode(**slot, threadsEach(jobs.size() - index)); })) {
                     decoded.push(std::move(*slot), 0);
-                else
+                } else {
+                    --toEncode;
                     free.push(std::move(*slot), 0);
+                }
             }
             if (decodersLeft.fetch_sub(1) == 1) decoded.close();
         });
@@ -406,19 +410,37 @@ ExitCode RenderJob::run() {
     for (std::size_t i = 0; i < encoders; ++i) {
         threads.emplace_back([&] {
             while (std::optional<std::unique_ptr<Slot>> slot = rendered.pop()) {
-                attempt(**slot, progress, [&] { encode(**slot, progress); });
+                const unsigned int share = threadsEach(toEncode.fetch_sub(1));
+                attempt(**slot, progress, [&] { encode(**slot, share, progress); });
                 free.push(std::move(*slot), 0);
             }
         });
     }
-    while (std::optional<std::unique_ptr<Slot>> slot = decoded.pop()) {
-        if (!(m_isStopped && m_options.stopOnError) && attempt(**slot, progress, [&] { render(chain, **slot); }))
-            rendered.push(std::move(*slot), 0);
-        else
-            free.push(std::move(*slot), 0);
+    const auto end = [&] {
+        rendered.close();
+        for (std::thread& thread : threads) thread.join();
+    };
+    try {
+        // The first frames are decoded meanwhile: making the kernels takes longer than that.
+        const unsigned int share = threadsEach(jobs.size());
+        CorrectionChain chain(m_options, share);
+        checkBeforeTheFirstFrame(chain, jobs);
+        while (std::optional<std::unique_ptr<Slot>> slot = decoded.pop()) {
+            if (!(m_isStopped && m_options.stopOnError) &&
+                attempt(**slot, progress, [&] { render(chain, **slot, share); })) {
+                rendered.push(std::move(*slot), 0);
+            } else {
+                --toEncode;
+                free.push(std::move(*slot), 0);
+            }
+        }
+    } catch (...) {
+        m_isStopped = true;
+        free.close();
+        end();
+        throw;
     }
-    rendered.close();
-    for (std::thread& thread : threads) thread.join();
+    end();
     return finish(progress, m_jobs.size());
 }
 

@@ -34,7 +34,7 @@ public:
     ~RenderJob();
 
     /// Does the job and answers the program's exit status; reports to the error stream (JSON progress to the standard
-    /// output). Throws Failure for what concerns every frame, before any is begun.
+    /// output). Throws Failure for what concerns every frame, before any is rendered.
     ExitCode run();
 
 private:
@@ -48,15 +48,16 @@ private:
     void findConstantBoxes();
     std::size_t slotCount(const FrameJob& first, std::size_t most) const;
 
-    void decode(Slot& slot);
-    void render(CorrectionChain& chain, Slot& slot);
+    void decode(Slot& slot, unsigned int threads);
+    void render(CorrectionChain& chain, Slot& slot, unsigned int threads);
     void layOut(const HostImage::Part& input, const DD::Image::Box& box, std::size_t part,
                 HostImage::Part& output) const;
-    void encode(Slot& slot, Progress& progress);
+    void encode(Slot& slot, unsigned int threads, Progress& progress);
     template <typename Step>
     bool attempt(Slot& slot, Progress& progress, Step step);
     void fail(Progress& progress, const FrameJob& job, const std::string& text, bool isOutput);
     bool mustStop() const;
+    unsigned int threadsEach(std::size_t frames) const;
     ExitCode finish(Progress& progress, std::size_t frames) const;
 
     const RenderOptions& m_options;
@@ -67,7 +68,6 @@ private:
     FinishedFrames m_finished;
     std::string m_correctionFile;                          ///< the one found around the clip or given; empty: none
     std::map<std::size_t, DD::Image::Box> m_constantBoxes; ///< by part, when all frames share one box
-    unsigned int m_codecThreads = 1;
     std::atomic<bool> m_isStopped{false};
     std::atomic<bool> m_hasOutputFailed{false};
     std::mutex m_failedFramesAccess;

@@ -33,7 +33,7 @@ class Render(program.ProgramTest):
         self.assertEqual(len(self.frames("out")), 12)
 
     def test_says_once_that_there_is_no_correction_file_and_what_to_do(self):
-        self.sample("--size", "128x96", "--frames", "2")
+        self.sample("--size", "128x96", "--frames", "30")  # more than wait decoded when it is said
         os.remove(self.path("clip", "plate.olcf"))
         self.expect(self.render("--distortion", "undistort", "-o", "out/f.%04d.exr"), 2, "", """\
 lenscorrect: The lens data do not fit the clip "clip/plate.%04d.exr": Header of the metadata is not available. \
