@@ -379,9 +379,8 @@ ExitCode RenderJob::run() {
     const std::size_t encoders = std::min<std::size_t>(m_threads, jobs.size());
     const std::size_t slots = slotCount(jobs.front(), decoders + encoders + 1);
 
-    // The slots bound the memory, so the queues between the stages need no bound of their own.
-    Queue free(UINT64_MAX), decoded(UINT64_MAX), rendered(UINT64_MAX);
-    for (std::size_t slot = 0; slot < slots; ++slot) free.push(std::make_unique<Slot>(), 0);
+    Queue<std::unique_ptr<Slot>> free, decoded, rendered;
+    for (std::size_t slot = 0; slot < slots; ++slot) free.push(std::make_unique<Slot>());
     std::atomic<std::size_t> next{0}, decodersLeft{decoders};
     std::atomic<std::size_t> toEncode{jobs.size()}; // frames that have neither come so far nor failed
 
@@ -393,15 +392,15 @@ ExitCode RenderJob::run() {
                 if (!slot) break;
                 const std::size_t index = mustStop() ? jobs.size() : next.fetch_add(1);
                 if (index >= jobs.size()) {
-                    free.push(std::move(*slot), 0);
+                    free.push(std::move(*slot));
                     break;
                 }
                 (*slot)->job = jobs[index];
                 if (attempt(**slot, progress, [&] { decode(**slot, threadsEach(jobs.size() - index)); })) {
-                    decoded.push(std::move(*slot), 0);
+                    decoded.push(std::move(*slot));
                 } else {
                     --toEncode;
-                    free.push(std::move(*slot), 0);
+                    free.push(std::move(*slot));
                 }
             }
             if (decodersLeft.fetch_sub(1) == 1) decoded.close();
@@ -412,7 +411,7 @@ ExitCode RenderJob::run() {
             while (std::optional<std::unique_ptr<Slot>> slot = rendered.pop()) {
                 const unsigned int share = threadsEach(toEncode.fetch_sub(1));
                 attempt(**slot, progress, [&] { encode(**slot, share, progress); });
-                free.push(std::move(*slot), 0);
+                free.push(std::move(*slot));
             }
         });
     }
@@ -428,10 +427,10 @@ ExitCode RenderJob::run() {
         while (std::optional<std::unique_ptr<Slot>> slot = decoded.pop()) {
             if (!(m_isStopped && m_options.stopOnError) &&
                 attempt(**slot, progress, [&] { render(chain, **slot, share); })) {
-                rendered.push(std::move(*slot), 0);
+                rendered.push(std::move(*slot));
             } else {
                 --toEncode;
-                free.push(std::move(*slot), 0);
+                free.push(std::move(*slot));
             }
         }
     } catch (...) {

@@ -12,7 +12,7 @@
 #include "Console/ExitCode.h"
 #include "Console/Progress.h"
 #include "Output/FinishedFrames.h"
-#include "Pipeline/BoundedQueue.h"
+#include "Pipeline/Queue.h"
 #include "Render/Clip.h"
 #include "Render/CorrectionChain.h"
 #include "Render/FrameJob.h"
@@ -39,7 +39,6 @@ public:
 
 private:
     struct Slot;
-    using Queue = BoundedQueue<std::unique_ptr<Slot>>;
 
     std::string outputKey(const FrameJob& job) const;
     std::vector<FrameJob> remainingJobs(Progress& progress);
