@@ -47,7 +47,7 @@ Imf::FrameBuffer frameBuffer(int width, int height, int layers, int channels, co
 
 } // namespace
 
-void ExrClip::read(const std::string& path, Frame& frame) {
+void ExrClip::read(const std::string& path, Frame& frame, std::vector<float>& values) {
     Imf::InputFile file(path.c_str());
     const Imath::Box2i window = file.header().dataWindow();
     int channels = 0;
@@ -56,10 +56,10 @@ void ExrClip::read(const std::string& path, Frame& frame) {
     frame.width = window.max.x - window.min.x + 1;
     frame.height = window.max.y - window.min.y + 1;
     frame.layers = channels / 4;
-    frame.values.resize(static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(frame.height) * 4 *
-                        static_cast<std::size_t>(frame.layers));
+    values.resize(static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(frame.height) * 4 *
+                  static_cast<std::size_t>(frame.layers));
     file.setFrameBuffer(
-        frameBuffer(frame.width, frame.height, frame.layers, 4, frame.values.data(), Imf::HALF, channelName));
+        frameBuffer(frame.width, frame.height, frame.layers, 4, values.data(), Imf::FLOAT, channelName));
     file.readPixels(window.min.y, window.max.y);
 }
 

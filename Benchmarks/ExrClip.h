@@ -20,8 +20,9 @@ public:
     /// none, zip, zips, piz, dwaa, dwab, rle, pxr24, b44 or b44a. Throws std::invalid_argument for others.
     static Imf::Compression compression(const std::string& name);
 
-    /// Throws the library's exceptions, as all below. Reuses the frame's memory.
-    static void read(const std::string& path, Frame& frame);
+    /// Reads a frame into floats of the layout that the frame's own values have, and sets its shape but not its values;
+    /// the memory of `values` is used again. Throws the library's exceptions, as all below.
+    static void read(const std::string& path, Frame& frame, std::vector<float>& values);
     static void write(const std::string& path, const Frame& frame, Imf::Compression compression);
 
     /// Writes float values, `channels` per pixel (3 or 4), uncompressed.
