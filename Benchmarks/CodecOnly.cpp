@@ -1,7 +1,7 @@
-// Decodes frames into floats and encodes them again as half floats, with OpenEXR as it comes and on one thread: the
-// processor time that any job spends on the stock codec, which computes with floats and does nothing to them. Every
-// frame goes into a file of its own, as a job's frames do: writing into the same file again and again would spare the
-// system fresh pages for it. Prints one JSON object.
+// Decodes frames into floats, does nothing to them and encodes them again as half floats, with OpenEXR as it comes and
+// on one thread: the processor time that a job spends on the stock codec alone. Every frame goes into a file of its
+// own, as a job's frames do: writing into the same file again and again would spare the system fresh pages for it.
+// Prints one JSON object.
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <ctime>

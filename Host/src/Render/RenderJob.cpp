@@ -383,6 +383,10 @@ ExitCode RenderJob::run() {
     for (std::size_t slot = 0; slot < slots; ++slot) free.push(std::make_unique<Slot>());
     std::atomic<std::size_t> next{0}, decodersLeft{decoders};
     std::atomic<std::size_t> toEncode{jobs.size()}; // frames that have neither come so far nor failed
+    const auto giveUp = [&](std::unique_ptr<Slot> slot) {
+        --toEncode;
+        free.push(std::move(slot));
+    };
 
     std::vector<std::thread> threads;
     for (std::size_t i = 0; i < decoders; ++i) {
@@ -396,12 +400,10 @@ ExitCode RenderJob::run() {
                     break;
                 }
                 (*slot)->job = jobs[index];
-                if (attempt(**slot, progress, [&] { decode(**slot, threadsEach(jobs.size() - index)); })) {
+                if (attempt(**slot, progress, [&] { decode(**slot, threadsEach(jobs.size() - index)); }))
                     decoded.push(std::move(*slot));
-                } else {
-                    --toEncode;
-                    free.push(std::move(*slot));
-                }
+                else
+                    giveUp(std::move(*slot));
             }
             if (decodersLeft.fetch_sub(1) == 1) decoded.close();
         });
@@ -426,12 +428,10 @@ ExitCode RenderJob::run() {
         checkBeforeTheFirstFrame(chain, jobs);
         while (std::optional<std::unique_ptr<Slot>> slot = decoded.pop()) {
             if (!(m_isStopped && m_options.stopOnError) &&
-                attempt(**slot, progress, [&] { render(chain, **slot, share); })) {
+                attempt(**slot, progress, [&] { render(chain, **slot, share); }))
                 rendered.push(std::move(*slot));
-            } else {
-                --toEncode;
-                free.push(std::move(*slot));
-            }
+            else
+                giveUp(std::move(*slot));
         }
     } catch (...) {
         m_isStopped = true;
