@@ -128,6 +128,8 @@ void Plane::rowFromFloat(std::size_t y, const float* samples) {
     samplesFromFloat(type, samples, row(y), width * components);
 }
 
+void Plane::allocatePixels() { pixels.resize(rowBytes() * height); }
+
 std::size_t Part::firstChannelOf(std::size_t plane) const {
     const auto first = std::find_if(channels.begin(), channels.end(),
                                     [plane](const Channel& channel) { return channel.plane == plane; });
@@ -220,7 +222,7 @@ void Part::layOutPlanes() {
 }
 
 void Part::allocatePixels() {
-    for (Plane& plane : planes) plane.pixels.resize(plane.rowBytes() * plane.height);
+    for (Plane& plane : planes) plane.allocatePixels();
 }
 
 void Frame::assignHeader(const Frame& header) {

@@ -68,6 +68,8 @@ struct Plane {
     std::size_t rowBytes() const { return width * components * bytesPerSample(type); }
     std::uint8_t* row(std::size_t y) { return pixels.data() + y * rowBytes(); }
     const std::uint8_t* row(std::size_t y) const { return pixels.data() + y * rowBytes(); }
+    /// Gives the plane memory for its pixels; contents undefined. Throws std::bad_alloc.
+    void allocatePixels();
     /// Row y (0 = the top row) as width × components floats, by the rule told at PixelType.
     void rowToFloat(std::size_t y, float* samples) const;
     /// The reverse; integers are rounded and clamped, NaN becomes 0.
@@ -121,7 +123,7 @@ struct Part {
     /// one layer with one type and sampling share a plane, up to four; R, G, B, A first. Call after changing either;
     /// pixels keep their memory where the plane count allows.
     void layOutPlanes();
-    /// Gives every plane memory for its pixels; contents undefined. Throws std::bad_alloc.
+    /// Plane::allocatePixels for every plane.
     void allocatePixels();
 };
 

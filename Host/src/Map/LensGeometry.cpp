@@ -243,8 +243,9 @@ HostImage::Frame LensGeometry::renderRoundTrip(std::int32_t frame, const HostIma
         HostImage::Part& output =
             rendered.parts.emplace_back(pictureOf(fileWindow(box, input.displayWindow), input.displayWindow));
         output.allocatePixels();
-        step->chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels,
-                               bool) { storePlane(plane, output, channels, 1); });
+        step->chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
+            storePlane(plane, output, channels, 1);
+        });
         image.frame = std::move(rendered);
     }
     return std::move(image.frame);

@@ -118,13 +118,13 @@ void CorrectionChain::render(const Store& store) {
     if (m_options.renderMap) {
         DD::Image::ImagePlane map(m_nodes.back()->info().box(), true, DD::Image::Mask_RGBA);
         fetch(map);
-        store(map, {DD::Image::Chan_Red, DD::Image::Chan_Green, DD::Image::Chan_Blue, DD::Image::Chan_Alpha}, true);
+        store(map, {DD::Image::Chan_Alpha, DD::Image::Chan_Blue, DD::Image::Chan_Green, DD::Image::Chan_Red});
         return;
     }
     std::vector<DD::Image::ImagePlane> planes = m_graph.planes(m_nodes.back());
     for (DD::Image::ImagePlane& plane : planes) {
         fetch(plane);
-        store(plane, m_channels, &plane == &planes.back());
+        store(plane, m_channels);
         plane = DD::Image::ImagePlane(); // one layer's floats at a time
     }
 }

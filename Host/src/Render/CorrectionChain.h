@@ -59,10 +59,9 @@ public:
     /// of a few px left and right, which changes the rounding and nothing else.
     DD::Image::Box validate();
 
-    /// Takes a layer's pixels and the host's channels of the part's channels. From the last layer on, nothing more is
-    /// read of the image's pixels.
-    using Store =
-        std::function<void(const DD::Image::ImagePlane&, const std::vector<DD::Image::Channel>&, bool isLast)>;
+    /// Takes a layer's pixels and the host's channels of the part's channels; for a map, of A, B, G and R. Nothing more
+    /// is read then of the image's pixels of that layer.
+    using Store = std::function<void(const DD::Image::ImagePlane&, const std::vector<DD::Image::Channel>&)>;
     /// The node at the end.
     LensCorrection& lastNode() { return *m_nodes.back(); }
 

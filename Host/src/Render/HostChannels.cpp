@@ -1,6 +1,9 @@
 #include "Render/HostChannels.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <numeric>
+#include <string_view>
 
 namespace Host {
 namespace {
@@ -23,16 +26,28 @@ std::string hostName(const HostImage::Part& part, const HostImage::Channel& chan
     return "other." + base;
 }
 
+/// 0 … 3 for R, G, B, A of any layer, 4 for other channels.
+std::size_t colourPlace(const HostImage::Channel& channel) {
+    constexpr std::string_view colours = "RGBA";
+    const std::string_view base = channel.baseName();
+    return base.size() == 1 ? std::min(colours.find(base), colours.size()) : colours.size();
+}
+
 } // namespace
 
 std::vector<DD::Image::Channel> hostChannels(const HostImage::Part& part) {
-    std::vector<DD::Image::Channel> channels;
-    for (const HostImage::Channel& channel : part.channels) {
-        std::string name = hostName(part, channel);
+    std::vector<std::size_t> order(part.channels.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+        return colourPlace(part.channels[a]) < colourPlace(part.channels[b]);
+    });
+    std::vector<DD::Image::Channel> channels(part.channels.size(), DD::Image::Chan_Black);
+    for (const std::size_t i : order) {
+        std::string name = hostName(part, part.channels[i]);
         // A file may hold both "R" and "rgba.R"; none of them may be lost.
         while (std::find(channels.begin(), channels.end(), DD::Image::channel(name.c_str())) != channels.end())
             name += "_";
-        channels.push_back(DD::Image::channel(name.c_str()));
+        channels[i] = DD::Image::channel(name.c_str());
     }
     return channels;
 }

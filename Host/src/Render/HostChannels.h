@@ -8,7 +8,8 @@
 
 namespace Host {
 
-/// The host's channel for each channel of a part, in the part's order; no two are the same.
+/// The host's channel for each channel of a part, in the part's order; no two are the same. The host numbers channels
+/// as it learns of them, and lays pixels out by these numbers: it learns of a layer's R, G, B and A in this order.
 ///
 /// | In the file              | In the host                              |
 /// |--------------------------|------------------------------------------|

@@ -31,6 +31,10 @@ bool isNone(const std::vector<int>& components) {
     return std::all_of(components.begin(), components.end(), [](int component) { return component < 0; });
 }
 
+bool isComplete(const std::vector<int>& components) {
+    return std::all_of(components.begin(), components.end(), [](int component) { return component >= 0; });
+}
+
 /// Whether a pixel of both planes is the same run of components.
 bool isSameOrder(const std::vector<int>& components, const DD::Image::ImagePlane& plane) {
     if (!plane.packed() || components.size() != static_cast<std::size_t>(plane.nComps())) return false;
@@ -174,6 +178,19 @@ void fillPlane(DD::Image::ImagePlane& plane, const HostImage::Part& part,
     }
 }
 
+std::vector<PlaneShare> planeShares(const DD::Image::ImagePlane& plane, const HostImage::Part& part,
+                                    const std::vector<DD::Image::Channel>& channels) {
+    std::vector<PlaneShare> shares;
+    for (std::size_t index = 0; index < part.planes.size(); ++index) {
+        const std::vector<int> components = componentsInHost(plane, part, index, channels);
+        if (isNone(components))
+            shares.push_back(PlaneShare::None);
+        else
+            shares.push_back(isComplete(components) ? PlaneShare::Whole : PlaneShare::Some);
+    }
+    return shares;
+}
+
 void storePlane(const DD::Image::ImagePlane& plane, HostImage::Part& part,
                 const std::vector<DD::Image::Channel>& channels, unsigned int threads) {
     requireEverySample(part);
@@ -185,7 +202,7 @@ void storePlane(const DD::Image::ImagePlane& plane, HostImage::Part& part,
         const std::vector<int> components = componentsInHost(plane, part, index, channels);
         if (isNone(components)) continue;
         const bool isDirect = isSameOrder(components, plane) && overlap.columns() == target.width;
-        const bool isShared = std::any_of(components.begin(), components.end(), [](int c) { return c < 0; });
+        const bool isShared = !isComplete(components);
         const std::size_t samples = overlap.columns() * target.components;
         const std::size_t bytesPerPixel = target.components * HostImage::bytesPerSample(target.type);
         forEachRow(overlap.rows(), threads, [&](std::size_t row) {

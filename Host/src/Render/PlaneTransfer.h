@@ -23,7 +23,15 @@ HostImage::Window fileWindow(const DD::Image::Box& box, const HostImage::Window&
 void fillPlane(DD::Image::ImagePlane& plane, const HostImage::Part& part,
                const std::vector<DD::Image::Channel>& channels, unsigned int threads);
 
-/// Copies the plane's pixels into the part, which has memory for them, likewise; what the plane does not have stays.
+/// Of one of a part's planes: whether its channels are in a plane of the host.
+enum class PlaneShare { None, Some, Whole };
+
+/// For each of the part's planes. `channels` as for fillPlane.
+std::vector<PlaneShare> planeShares(const DD::Image::ImagePlane& plane, const HostImage::Part& part,
+                                    const std::vector<DD::Image::Channel>& channels);
+
+/// Copies the plane's pixels into the part, likewise; what the plane does not have stays. Those of the part's planes
+/// that the plane has a share in must have memory.
 void storePlane(const DD::Image::ImagePlane& plane, HostImage::Part& part,
                 const std::vector<DD::Image::Channel>& channels, unsigned int threads);
 

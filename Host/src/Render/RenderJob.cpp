@@ -74,15 +74,24 @@ void copyHeader(const HostImage::Part& from, HostImage::Part& to) {
     to.attributes = from.attributes;
 }
 
-/// Gives planes without memory that of the other part's, whose pixels are not needed any more: a picture of one layer
-/// so takes its memory along from decoding to encoding, and back.
-void moveMemory(HostImage::Part& from, HostImage::Part& to) {
-    for (std::size_t i = 0; i < std::min(from.planes.size(), to.planes.size()); ++i)
-        if (to.planes[i].pixels.size() == 0) to.planes[i].pixels = std::move(from.planes[i].pixels);
+/// Gives a plane without memory that of another one whose pixels are not needed any more: a picture so takes its memory
+/// along from decoding to encoding, and back.
+void moveMemory(HostImage::Plane& from, HostImage::Plane& to) {
+    if (to.pixels.size() == 0) to.pixels = std::move(from.pixels);
 }
 
-void blacken(HostImage::Part& part) {
-    for (HostImage::Plane& plane : part.planes) std::memset(plane.pixels.data(), 0, plane.pixels.size());
+/// Gives memory to those of the output's planes that some channels are stored to and that have none yet. It is the
+/// input's where nothing else is rendered from that.
+void takeMemory(HostImage::Part& input, HostImage::Part& output, const std::vector<PlaneShare>& shares, bool isBlack,
+                std::vector<bool>& hasMemory) {
+    for (std::size_t i = 0; i < output.planes.size(); ++i) {
+        if (shares[i] == PlaneShare::None || hasMemory[i]) continue;
+        HostImage::Plane& plane = output.planes[i];
+        if (shares[i] == PlaneShare::Whole && i < input.planes.size()) moveMemory(input.planes[i], plane);
+        plane.allocatePixels();
+        if (isBlack) std::memset(plane.pixels.data(), 0, plane.pixels.size());
+        hasMemory[i] = true;
+    }
 }
 
 DD::Image::Box unionOf(DD::Image::Box a, const DD::Image::Box& b) {
@@ -246,8 +255,10 @@ std::size_t RenderJob::slotCount(const FrameJob& first, std::size_t most) const 
 }
 
 void RenderJob::decode(Slot& slot, unsigned int threads) {
-    for (std::size_t part = 0; part < std::min(slot.input.parts.size(), slot.output.parts.size()); ++part)
-        moveMemory(slot.output.parts[part], slot.input.parts[part]);
+    for (std::size_t part = 0; part < std::min(slot.input.parts.size(), slot.output.parts.size()); ++part) {
+        std::vector<HostImage::Plane>&from = slot.output.parts[part].planes, &to = slot.input.parts[part].planes;
+        for (std::size_t i = 0; i < std::min(from.size(), to.size()); ++i) moveMemory(from[i], to[i]);
+    }
     m_clip.read(slot.job.frame, slot.input, threads);
     slot.metadata = m_clip.metadata(slot.job.frame, slot.input);
     if (m_plate) {
@@ -289,20 +300,13 @@ void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads)
         HostImage::Part& output = slot.output.parts[part];
         const DD::Image::Box box = chain.validate();
         layOut(slot.input.parts[part], box, part, output);
-        bool hasMemory = false;
-        chain.render(
-            [&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels, bool isLast) {
-                if (!hasMemory) {
-                    if (isLast) moveMemory(slot.input.parts[part], output);
-                    output.allocatePixels();
-                    // What no pixel is rendered for is black.
-                    if (output.dataWindow != fileWindow(box, output.displayWindow)) blacken(output);
-                    hasMemory = true;
-                }
-                const std::vector<DD::Image::Channel> map{DD::Image::Chan_Alpha, DD::Image::Chan_Blue,
-                                                          DD::Image::Chan_Green, DD::Image::Chan_Red};
-                storePlane(plane, output, m_options.renderMap ? map : channels, threads);
-            });
+        // What no pixel is rendered for is black.
+        const bool isBlack = output.dataWindow != fileWindow(box, output.displayWindow);
+        std::vector<bool> hasMemory(output.planes.size());
+        chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
+            takeMemory(slot.input.parts[part], output, planeShares(plane, output, channels), isBlack, hasMemory);
+            storePlane(plane, output, channels, threads);
+        });
     }
     CorrectionMark::write(m_options, m_correctionFile, slot.output);
 }
@@ -400,7 +404,9 @@ ExitCode RenderJob::run() {
                     break;
                 }
                 (*slot)->job = jobs[index];
-                if (attempt(**slot, progress, [&] { decode(**slot, threadsEach(jobs.size() - index)); }))
+                // Until the first frames are there, nothing else can use the other threads.
+                const std::size_t abreast = index < decoders ? decoders : jobs.size() - index;
+                if (attempt(**slot, progress, [&] { decode(**slot, threadsEach(abreast)); }))
                     decoded.push(std::move(*slot));
                 else
                     giveUp(std::move(*slot));

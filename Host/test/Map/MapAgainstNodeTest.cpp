@@ -146,7 +146,7 @@ protected:
         const HostImage::Window window = Host::fileWindow(chain.validate(), m_picture.displayWindow);
         EXPECT_EQ(window, box);
         HostImage::Part result = pictureOf(window, m_picture.displayWindow);
-        chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels, bool) {
+        chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
             Host::storePlane(plane, result, channels, 1);
         });
         return result;

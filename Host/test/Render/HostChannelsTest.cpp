@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace Host {
 namespace {
 
@@ -40,6 +42,22 @@ TEST(HostChannels, KnowsDepthAndPutsOtherBareNamesIntoOneLayer) {
 
 TEST(HostChannels, LosesNoneOfTwoChannelsThatTheHostCallsAlike) {
     EXPECT_EQ(hostNames({"R", "rgba.R"}), (Names{"rgba.red", "rgba.red_"}));
+}
+
+// A layer's pixels then lie in the host as red, green, blue, alpha, as its own rgba layer does and as the nodes take
+// them without another copy.
+TEST(HostChannels, NumbersTheColoursOfALayerInTheirOrderWhateverTheFilesOrderIs) {
+    HostImage::Part part;
+    for (const char* const name : {"numbered.A", "numbered.B", "numbered.G", "numbered.R"}) {
+        HostImage::Channel channel;
+        channel.name = name;
+        part.channels.push_back(channel);
+    }
+    std::vector<DD::Image::Channel> channels = hostChannels(part);
+    std::sort(channels.begin(), channels.end());
+    Names names;
+    for (const DD::Image::Channel channel : channels) names.push_back(DD::Image::getName(channel));
+    EXPECT_EQ(names, (Names{"numbered.red", "numbered.green", "numbered.blue", "numbered.alpha"}));
 }
 
 } // namespace
