@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 #include <thread>
 
@@ -19,6 +18,7 @@
 #include "Output/AtomicFile.h"
 #include "Output/Interruption.h"
 #include "Render/CorrectionMark.h"
+#include "Render/PictureMemory.h"
 #include "Render/PlaneTransfer.h"
 
 namespace Host {
@@ -72,26 +72,6 @@ void copyHeader(const HostImage::Part& from, HostImage::Part& to) {
     to.tileHeight = from.tileHeight;
     to.channels = from.channels;
     to.attributes = from.attributes;
-}
-
-/// Gives a plane without memory that of another one whose pixels are not needed any more: a picture so takes its memory
-/// along from decoding to encoding, and back.
-void moveMemory(HostImage::Plane& from, HostImage::Plane& to) {
-    if (to.pixels.size() == 0) to.pixels = std::move(from.pixels);
-}
-
-/// Gives memory to those of the output's planes that some channels are stored to and that have none yet. It is the
-/// input's where nothing else is rendered from that.
-void takeMemory(HostImage::Part& input, HostImage::Part& output, const std::vector<PlaneShare>& shares, bool isBlack,
-                std::vector<bool>& hasMemory) {
-    for (std::size_t i = 0; i < output.planes.size(); ++i) {
-        if (shares[i] == PlaneShare::None || hasMemory[i]) continue;
-        HostImage::Plane& plane = output.planes[i];
-        if (shares[i] == PlaneShare::Whole && i < input.planes.size()) moveMemory(input.planes[i], plane);
-        plane.allocatePixels();
-        if (isBlack) std::memset(plane.pixels.data(), 0, plane.pixels.size());
-        hasMemory[i] = true;
-    }
 }
 
 DD::Image::Box unionOf(DD::Image::Box a, const DD::Image::Box& b) {
@@ -255,10 +235,7 @@ std::size_t RenderJob::slotCount(const FrameJob& first, std::size_t most) const 
 }
 
 void RenderJob::decode(Slot& slot, unsigned int threads) {
-    for (std::size_t part = 0; part < std::min(slot.input.parts.size(), slot.output.parts.size()); ++part) {
-        std::vector<HostImage::Plane>&from = slot.output.parts[part].planes, &to = slot.input.parts[part].planes;
-        for (std::size_t i = 0; i < std::min(from.size(), to.size()); ++i) moveMemory(from[i], to[i]);
-    }
+    moveMemory(slot.output, slot.input);
     m_clip.read(slot.job.frame, slot.input, threads);
     slot.metadata = m_clip.metadata(slot.job.frame, slot.input);
     if (m_plate) {
@@ -302,9 +279,9 @@ void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads)
         layOut(slot.input.parts[part], box, part, output);
         // What no pixel is rendered for is black.
         const bool isBlack = output.dataWindow != fileWindow(box, output.displayWindow);
-        std::vector<bool> hasMemory(output.planes.size());
+        PictureMemory memory(slot.input.parts[part], output, isBlack);
         chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
-            takeMemory(slot.input.parts[part], output, planeShares(plane, output, channels), isBlack, hasMemory);
+            memory.provideFor(plane, channels);
             storePlane(plane, output, channels, threads);
         });
     }

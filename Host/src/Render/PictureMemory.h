@@ -1,0 +1,34 @@
+#pragma once
+
+#include <vector>
+
+#include "DDImage/Channel.h"
+#include "DDImage/ImagePlane.h"
+#include "Image/Frame.h"
+
+namespace Host {
+
+/// Gives those planes of a frame that have no memory for pixels that of another frame's planes in the same places. A
+/// picture so takes its memory back from encoding to decoding.
+void moveMemory(HostImage::Frame& from, HostImage::Frame& to);
+
+/// Memory for the picture that a part becomes, layer by layer as these are rendered. It is the part's own where nothing
+/// more is rendered from that, so that a frame's layers are not all there twice.
+class PictureMemory {
+public:
+    /// `output` has the part's channels, or those of a map, and is laid out. `isBlack`: whether planes begin black,
+    /// since not every pixel will be rendered. Both parts must live as long.
+    PictureMemory(HostImage::Part& input, HostImage::Part& output, bool isBlack);
+
+    /// Gives memory to those of the output's planes that the host's plane is to be stored to (storePlane) and that have
+    /// none yet, at the cost of the input's pixels in the same channels. Throws std::bad_alloc.
+    void provideFor(const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels);
+
+private:
+    HostImage::Part& m_input;
+    HostImage::Part& m_output;
+    bool m_isBlack;
+    std::vector<bool> m_hasMemory; ///< of the output's planes
+};
+
+} // namespace Host
