@@ -53,8 +53,7 @@ std::string OpenCueJob::xml(const FarmJob& job) const {
     const std::string name = escaped(job.name);
     return "<?xml version=\"1.0\"?>\n"
            // The server knows the layout by this address and fetches nothing.
-           "<!DOCTYPE spec PUBLIC \"SPI Cue Specification Language\" "
-           "\"http://localhost:8080/spcue/dtd/cjsl-1.15.dtd\">\n"
+           "<!DOCTYPE spec SYSTEM \"http://localhost:8080/spcue/dtd/cjsl-1.15.dtd\">\n"
            "<spec>\n" +
            fmt::format(
                "  <show>{}</show>\n  <shot>{}</shot>\n  <user>{}</user>\n"

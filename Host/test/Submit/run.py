@@ -230,7 +230,7 @@ class Submit(program.ProgramTest):
     def test_the_opencue_job_follows_its_layout(self):
         self.given_job("--cores", "4", "--name", "a & b")
         declaration, body = self.text(self.job, "opencue.xml").split("<spec>", 1)
-        self.assertEqual(declaration, '<?xml version="1.0"?>\n<!DOCTYPE spec PUBLIC "SPI Cue Specification Language" '
+        self.assertEqual(declaration, '<?xml version="1.0"?>\n<!DOCTYPE spec SYSTEM '
                                       '"http://localhost:8080/spcue/dtd/cjsl-1.15.dtd">\n')
         result = subprocess.run(["xmllint", "--noout", "--nonet", "--dtdvalid", os.path.join(HERE, "opencue.dtd"), "-"],
                                 input="<spec>" + body, capture_output=True, encoding="utf-8")
