@@ -18,15 +18,6 @@ constexpr std::size_t maxComponents = 4;
 
 std::int64_t floorDivide(std::int64_t a, std::int64_t b) { return a >= 0 ? a / b : -((-a + b - 1) / b); }
 
-/// 0 … 3 for R, G, B, A; -1 for anything else.
-int colourPlace(std::string_view baseName) {
-    constexpr std::string_view upper = "RGBA";
-    constexpr std::string_view lower = "rgba";
-    if (baseName.size() != 1) return -1;
-    const std::size_t place = std::min(upper.find(baseName[0]), lower.find(baseName[0]));
-    return place == std::string_view::npos ? -1 : static_cast<int>(place);
-}
-
 template <typename Integer>
 void integersToFloat(const void* samples, float* floats, std::size_t n, float scale) {
     const Integer* source = static_cast<const Integer*>(samples);
@@ -120,6 +111,14 @@ std::string_view Channel::baseName() const {
     return dot == std::string::npos ? std::string_view(name) : std::string_view(name).substr(dot + 1);
 }
 
+std::size_t Channel::colourPlace() const {
+    constexpr std::string_view upper = "RGBA";
+    constexpr std::string_view lower = "rgba";
+    const std::string_view base = baseName();
+    if (base.size() != 1) return maxComponents;
+    return std::min({upper.find(base), lower.find(base), maxComponents});
+}
+
 void Plane::rowToFloat(std::size_t y, float* samples) const {
     samplesToFloat(type, row(y), samples, width * components);
 }
@@ -200,9 +199,9 @@ void Part::layOutPlanes() {
         std::array<std::vector<std::size_t>, maxComponents> colours;
         std::vector<std::size_t> others;
         for (const std::size_t index : indices) {
-            const int colour = colourPlace(channels[index].baseName());
-            if (colour >= 0)
-                colours[static_cast<std::size_t>(colour)].push_back(index);
+            const std::size_t colour = channels[index].colourPlace();
+            if (colour < maxComponents)
+                colours[colour].push_back(index);
             else
                 others.push_back(index);
         }

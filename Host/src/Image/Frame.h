@@ -51,6 +51,8 @@ struct Channel {
     std::string_view layer() const;
     /// "R" for "R" and for "beauty.R".
     std::string_view baseName() const;
+    /// 0 … 3 for R, G, B, A of any layer, in capitals or not; 4 for other channels.
+    std::size_t colourPlace() const;
 };
 
 /// Samples of one to four channels of one layer, of one type, interleaved: row by row from the window's top row,

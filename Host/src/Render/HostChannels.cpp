@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
-#include <string_view>
 
 namespace Host {
 namespace {
@@ -26,20 +25,13 @@ std::string hostName(const HostImage::Part& part, const HostImage::Channel& chan
     return "other." + base;
 }
 
-/// 0 … 3 for R, G, B, A of any layer, 4 for other channels.
-std::size_t colourPlace(const HostImage::Channel& channel) {
-    constexpr std::string_view colours = "RGBA";
-    const std::string_view base = channel.baseName();
-    return base.size() == 1 ? std::min(colours.find(base), colours.size()) : colours.size();
-}
-
 } // namespace
 
 std::vector<DD::Image::Channel> hostChannels(const HostImage::Part& part) {
     std::vector<std::size_t> order(part.channels.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-        return colourPlace(part.channels[a]) < colourPlace(part.channels[b]);
+        return part.channels[a].colourPlace() < part.channels[b].colourPlace();
     });
     std::vector<DD::Image::Channel> channels(part.channels.size(), DD::Image::Chan_Black);
     for (const std::size_t i : order) {
