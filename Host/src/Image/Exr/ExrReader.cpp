@@ -31,6 +31,10 @@ struct Target {
     Part* part = nullptr;
     const Block* block = nullptr;
     ZipBlockDecompressor* decompressor = nullptr;
+    /// The block's bytes are still split.
+    bool isSplit = false;
+    /// A line of such a block.
+    std::vector<std::uint8_t> line;
     /// The part's channel for each of the pipeline's.
     std::vector<std::size_t> channelOf;
     std::vector<const std::uint8_t*> rows;
@@ -50,7 +54,20 @@ exr_result_t inflateZip(exr_decode_pipeline_t* pipeline) {
         std::copy(from, from + unpacked, to);
         return EXR_ERR_SUCCESS;
     }
+    target.isSplit = true;
     return target.decompressor->decompress(from, packed, to, unpacked) ? EXR_ERR_SUCCESS : EXR_ERR_CORRUPT_CHUNK;
+}
+
+/// Bytes of a line of the block, all channels one after the other.
+std::size_t lineBytes(const Target& target, std::int64_t y) {
+    const Window& window = target.block->window;
+    std::size_t bytes = 0;
+    for (const std::size_t index : target.channelOf) {
+        const Channel& channel = target.part->channels[index];
+        if (y % channel.ySampling != 0) continue;
+        bytes += samplesBetween(window.minX, window.maxX, channel.xSampling) * bytesPerSample(channel.type);
+    }
+    return bytes;
 }
 
 /// Moves a block's lines (channel after channel in each) into the part's planes.
@@ -65,17 +82,24 @@ exr_result_t unpack(exr_decode_pipeline_t* pipeline) {
         static_cast<std::size_t>(compressed ? pipeline->chunk.unpacked_size : pipeline->chunk.packed_size);
     if (from == nullptr) return EXR_ERR_CORRUPT_CHUNK;
     const std::uint8_t* const end = from + available;
+    ByteMerger merger(from, target.isSplit ? available : 0);
     target.rows.resize(part.planes.size() * 4);
     for (std::int64_t y = window.minY; y <= window.maxY; ++y) {
+        const std::size_t bytes = lineBytes(target, y);
+        if (static_cast<std::size_t>(end - from) < bytes) return EXR_ERR_CORRUPT_CHUNK;
+        const std::uint8_t* sample = from;
+        from += bytes;
+        if (target.isSplit) {
+            target.line.resize(bytes);
+            merger.next(target.line.data(), bytes);
+            sample = target.line.data();
+        }
         std::fill(target.rows.begin(), target.rows.end(), nullptr);
         for (const std::size_t index : target.channelOf) {
             const Channel& channel = part.channels[index];
             if (y % channel.ySampling != 0) continue;
-            const std::size_t bytes =
-                samplesBetween(window.minX, window.maxX, channel.xSampling) * bytesPerSample(channel.type);
-            if (static_cast<std::size_t>(end - from) < bytes) return EXR_ERR_CORRUPT_CHUNK;
-            target.rows[channel.plane * 4 + channel.component] = from;
-            from += bytes;
+            target.rows[channel.plane * 4 + channel.component] = sample;
+            sample += samplesBetween(window.minX, window.maxX, channel.xSampling) * bytesPerSample(channel.type);
         }
         for (std::size_t p = 0; p < part.planes.size(); ++p) {
             const std::uint8_t* const* const rows = target.rows.data() + p * 4;
@@ -114,6 +138,7 @@ public:
         if (result != EXR_ERR_SUCCESS) return result;
         if (target.channelOf.empty() && !mapChannels(target)) return EXR_ERR_INVALID_ATTR;
         m_pipeline.decoding_user_data = &target;
+        target.isSplit = false;
         if (fresh) {
             // The library chooses how to read and decompress by where the pixels go; `unpack` does that part, and
             // strides with gaps keep the library from reading straight into a place that does not exist.

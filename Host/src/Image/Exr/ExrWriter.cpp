@@ -72,7 +72,8 @@ struct Source {
     std::vector<std::uint8_t*> rows;
     std::vector<float> floats;
     std::vector<std::uint8_t> converted;
-    std::vector<std::uint8_t> compressed;
+    /// A line of a block that is split.
+    std::vector<std::uint8_t> line;
     Part band;
     CompressedBlocks blocks;
 };
@@ -168,13 +169,30 @@ void packLines(Source& source, const Window& window, std::uint8_t* to) {
     }
 }
 
+/// The same, split for ZIP's compressor.
+void packSplitLines(Source& source, const Window& window, std::uint8_t* to) {
+    ByteSplitter splitter(to, packedBytes(*source.stored, window));
+    Window line = window;
+    for (std::int64_t y = window.minY; y <= window.maxY; ++y) {
+        line.minY = line.maxY = static_cast<std::int32_t>(y);
+        source.line.resize(packedBytes(*source.stored, line));
+        packLines(source, line, source.line.data());
+        splitter.add(source.line.data(), source.line.size());
+    }
+}
+
+bool isZip(const StoredPart& stored) { return stored.compression == "zip" || stored.compression == "zips"; }
+
 exr_result_t pack(exr_encode_pipeline_t* pipeline) {
     Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
     const std::size_t bytes = packedBytes(*source.stored, source.block->window);
     std::uint8_t* const to = static_cast<std::uint8_t*>(pipeline->packed_buffer);
     if (to == nullptr || pipeline->packed_alloc_size < bytes) return EXR_ERR_INVALID_ARGUMENT;
     pipeline->packed_bytes = bytes;
-    packLines(source, source.block->window, to);
+    if (isZip(*source.stored))
+        packSplitLines(source, source.block->window, to);
+    else
+        packLines(source, source.block->window, to);
     return EXR_ERR_SUCCESS;
 }
 
@@ -262,17 +280,19 @@ void packImf(Source& source) {
     }
 }
 
-/// The block's own bytes or their libdeflate stream, straight into the block.
+/// The libdeflate stream of the block's split bytes, or the block as it is, straight into its place.
 exr_result_t deflateZip(exr_encode_pipeline_t* pipeline) {
     Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
-    const std::uint8_t* const from = static_cast<const std::uint8_t*>(pipeline->packed_buffer);
+    Block& block = *source.block;
     const std::size_t n = static_cast<std::size_t>(pipeline->packed_bytes);
-    source.compressed.resize(std::max(n, source.compressed.size()));
-    const std::size_t compressed = source.compressor->compress(from, n, source.compressed.data());
-    if (compressed == 0)
-        setChunk(source, from, n);
-    else
-        setChunk(source, source.compressed.data(), compressed);
+    const std::size_t leader = leaderBytes(*source.stored);
+    block.encoded.resize(leader + n);
+    const std::size_t compressed = source.compressor->compress(
+        static_cast<const std::uint8_t*>(pipeline->packed_buffer), n, block.encoded.data() + leader);
+    const std::size_t size = compressed != 0 ? compressed : n;
+    block.encoded.resize(leader + size);
+    std::uint8_t* const behind = writeLeader(block, block.window.minY, size, *source.stored, block.encoded.data());
+    if (compressed == 0) packLines(source, block.window, behind);
     return EXR_ERR_SUCCESS;
 }
 
@@ -325,8 +345,7 @@ public:
         m_pipeline.convert_and_pack_fn = pack;
         m_pipeline.yield_until_ready_fn = nullptr;
         m_pipeline.write_fn = keep;
-        if (info.compression == EXR_COMPRESSION_ZIP || info.compression == EXR_COMPRESSION_ZIPS)
-            m_pipeline.compress_fn = deflateZip;
+        if (isZip(*source.stored)) m_pipeline.compress_fn = deflateZip;
         return exr_encoding_run(m_context, part, &m_pipeline);
     }
 

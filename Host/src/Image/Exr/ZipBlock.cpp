@@ -12,19 +12,10 @@ namespace HostImage {
 
 namespace {
 
-/// predicted[i] = bytes[i * 2] - the one before + 128, for i from `i` on; `previous` is the byte before the first one.
-void predictEverySecond(const std::uint8_t* bytes, std::uint8_t* predicted, std::size_t i, std::size_t n,
-                        unsigned previous) {
-    for (; i < n; ++i) {
-        const unsigned current = bytes[i * 2];
-        predicted[i] = static_cast<std::uint8_t>(current - previous + 128u);
-        previous = current;
-    }
-}
-
 #if defined(__SSE2__)
 __m128i load(const std::uint8_t* from) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); }
 void store(std::uint8_t* to, __m128i value) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), value); }
+__m128i broadcast(std::uint8_t value) { return _mm_set1_epi8(static_cast<char>(value)); }
 
 /// value - (value shifted by one byte, `before`'s last byte coming in) + 128, byte by byte.
 __m128i differences(__m128i value, __m128i before) {
@@ -37,76 +28,99 @@ __m128i broadcastLastByte(__m128i value) {
     last = _mm_shufflehi_epi16(last, 0xff);
     return _mm_shuffle_epi32(last, 0xff);
 }
+
+/// The reverse of `differences`; `before` holds the byte before in all places, and then the last of these.
+__m128i runningSums(__m128i differences, __m128i& before) {
+    // Within 16 bytes by doubling the distance; only one addition waits for the bytes before.
+    __m128i sums = _mm_add_epi8(differences, _mm_set1_epi8(-128));
+    sums = _mm_add_epi8(sums, _mm_slli_si128(sums, 1));
+    sums = _mm_add_epi8(sums, _mm_slli_si128(sums, 2));
+    sums = _mm_add_epi8(sums, _mm_slli_si128(sums, 4));
+    sums = _mm_add_epi8(sums, _mm_slli_si128(sums, 8));
+    const __m128i last = broadcastLastByte(sums);
+    sums = _mm_add_epi8(sums, before);
+    before = _mm_add_epi8(before, last);
+    return sums;
+}
 #endif
+
+std::uint8_t difference(std::uint8_t byte, std::uint8_t before) {
+    return static_cast<std::uint8_t>(byte - before + 128);
+}
+
+std::uint8_t sum(std::uint8_t difference, std::uint8_t before) {
+    return static_cast<std::uint8_t>(before + difference + 128);
+}
 
 } // namespace
 
-void splitAndPredict(const std::uint8_t* bytes, std::uint8_t* split, std::size_t n) {
-    if (n == 0) return;
-    const std::size_t evens = (n + 1) / 2;
-    const std::size_t odds = n / 2;
-    std::uint8_t* const oddSplit = split + evens;
-    const unsigned lastEven = bytes[(evens - 1) * 2];
+// A block's first byte is stored as it is: as its difference to 128.
+ByteSplitter::ByteSplitter(std::uint8_t* split, std::size_t n)
+    : m_evens(split), m_odds(split + n / 2), m_endOfEvens(m_odds), m_lastEven(128), m_lastOdd(0) {}
+
+void ByteSplitter::add(const std::uint8_t* bytes, std::size_t n) {
+    const std::size_t half = n / 2;
+    if (half == 0) return;
     std::size_t i = 0;
 #if defined(__SSE2__)
     const __m128i lowBytes = _mm_set1_epi16(0x00ff);
-    // The first byte is stored as it is, which is the difference to 128, plus 128.
-    __m128i evenBefore = _mm_set1_epi8(-128);
-    __m128i oddBefore = _mm_set1_epi8(static_cast<char>(lastEven));
-    for (; i + 16 <= odds; i += 16) {
+    __m128i lastEven = broadcast(m_lastEven);
+    __m128i lastOdd = broadcast(m_lastOdd);
+    for (; i + 16 <= half; i += 16) {
         const __m128i a = load(bytes + i * 2);
         const __m128i b = load(bytes + i * 2 + 16);
         const __m128i even = _mm_packus_epi16(_mm_and_si128(a, lowBytes), _mm_and_si128(b, lowBytes));
         const __m128i odd = _mm_packus_epi16(_mm_srli_epi16(a, 8), _mm_srli_epi16(b, 8));
-        store(split + i, differences(even, evenBefore));
-        store(oddSplit + i, differences(odd, oddBefore));
-        evenBefore = even;
-        oddBefore = odd;
+        store(m_evens + i, differences(even, lastEven));
+        store(m_odds + i, differences(odd, lastOdd));
+        lastEven = even;
+        lastOdd = odd;
+    }
+    if (i != 0) {
+        m_lastEven = bytes[i * 2 - 2];
+        m_lastOdd = bytes[i * 2 - 1];
     }
 #endif
-    predictEverySecond(bytes, split, i, evens, i == 0 ? 128u : bytes[i * 2 - 2]);
-    predictEverySecond(bytes + 1, oddSplit, i, odds, i == 0 ? lastEven : bytes[i * 2 - 1]);
+    for (; i < half; ++i) {
+        m_evens[i] = difference(bytes[i * 2], m_lastEven);
+        m_odds[i] = difference(bytes[i * 2 + 1], m_lastOdd);
+        m_lastEven = bytes[i * 2];
+        m_lastOdd = bytes[i * 2 + 1];
+    }
+    m_evens += half;
+    m_odds += half;
+    // The first odd byte comes after the last even one, which is known only now.
+    if (m_evens == m_endOfEvens) *m_evens = static_cast<std::uint8_t>(*m_evens - m_lastEven);
 }
 
-void reconstructAndMerge(std::uint8_t* split, std::uint8_t* bytes, std::size_t n) {
-    std::size_t i = 0;
-    unsigned sum = 128;
-#if defined(__SSE2__)
-    // A running sum within 16 bytes by doubling the distance, then the sum of all before on top.
-    const __m128i offset = _mm_set1_epi8(-128);
-    __m128i carry = offset;
-    for (; i + 16 <= n; i += 16) {
-        __m128i value = _mm_add_epi8(load(split + i), offset);
-        value = _mm_add_epi8(value, _mm_slli_si128(value, 1));
-        value = _mm_add_epi8(value, _mm_slli_si128(value, 2));
-        value = _mm_add_epi8(value, _mm_slli_si128(value, 4));
-        value = _mm_add_epi8(value, _mm_slli_si128(value, 8));
-        value = _mm_add_epi8(value, carry);
-        store(split + i, value);
-        carry = broadcastLastByte(value);
-    }
-    if (i > 0) sum = split[i - 1];
-#endif
-    for (; i < n; ++i) {
-        sum = (sum + split[i] + 128u) & 0xffu;
-        split[i] = static_cast<std::uint8_t>(sum);
-    }
+ByteMerger::ByteMerger(const std::uint8_t* split, std::size_t n)
+    : m_evens(split), m_odds(split + n / 2), m_lastEven(128), m_lastOdd(128) {
+    for (const std::uint8_t* even = m_evens; even != m_odds; ++even) m_lastOdd = sum(*even, m_lastOdd);
+}
 
-    const std::uint8_t* const odd = split + (n + 1) / 2;
-    i = 0;
+void ByteMerger::next(std::uint8_t* bytes, std::size_t n) {
+    const std::size_t half = n / 2;
+    std::size_t i = 0;
 #if defined(__SSE2__)
-    for (; i + 16 <= n / 2; i += 16) {
-        const __m128i low = load(split + i);
-        const __m128i high = load(odd + i);
-        store(bytes + i * 2, _mm_unpacklo_epi8(low, high));
-        store(bytes + i * 2 + 16, _mm_unpackhi_epi8(low, high));
+    __m128i lastEven = broadcast(m_lastEven);
+    __m128i lastOdd = broadcast(m_lastOdd);
+    for (; i + 16 <= half; i += 16) {
+        const __m128i even = runningSums(load(m_evens + i), lastEven);
+        const __m128i odd = runningSums(load(m_odds + i), lastOdd);
+        store(bytes + i * 2, _mm_unpacklo_epi8(even, odd));
+        store(bytes + i * 2 + 16, _mm_unpackhi_epi8(even, odd));
+    }
+    if (i != 0) {
+        m_lastEven = bytes[i * 2 - 2];
+        m_lastOdd = bytes[i * 2 - 1];
     }
 #endif
-    for (; i < n / 2; ++i) {
-        bytes[i * 2] = split[i];
-        bytes[i * 2 + 1] = odd[i];
+    for (; i < half; ++i) {
+        bytes[i * 2] = m_lastEven = sum(m_evens[i], m_lastEven);
+        bytes[i * 2 + 1] = m_lastOdd = sum(m_odds[i], m_lastOdd);
     }
-    if (n % 2 != 0) bytes[n - 1] = split[n / 2];
+    m_evens += half;
+    m_odds += half;
 }
 
 ZipBlockCompressor::ZipBlockCompressor(int level) : m_compressor(libdeflate_alloc_compressor(level)) {
@@ -115,12 +129,10 @@ ZipBlockCompressor::ZipBlockCompressor(int level) : m_compressor(libdeflate_allo
 
 ZipBlockCompressor::~ZipBlockCompressor() { libdeflate_free_compressor(m_compressor); }
 
-std::size_t ZipBlockCompressor::compress(const std::uint8_t* bytes, std::size_t n, std::uint8_t* compressed) {
+std::size_t ZipBlockCompressor::compress(const std::uint8_t* split, std::size_t n, std::uint8_t* compressed) {
     if (n == 0) return 0;
-    m_split.resize(n);
-    splitAndPredict(bytes, m_split.data(), n);
     // One byte less than n: a block that is not smaller is stored as it is, and readers know it by its size.
-    return libdeflate_zlib_compress(m_compressor, m_split.data(), n, compressed, n - 1);
+    return libdeflate_zlib_compress(m_compressor, split, n, compressed, n - 1);
 }
 
 ZipBlockDecompressor::ZipBlockDecompressor() : m_decompressor(libdeflate_alloc_decompressor()) {
@@ -129,15 +141,11 @@ ZipBlockDecompressor::ZipBlockDecompressor() : m_decompressor(libdeflate_alloc_d
 
 ZipBlockDecompressor::~ZipBlockDecompressor() { libdeflate_free_decompressor(m_decompressor); }
 
-bool ZipBlockDecompressor::decompress(const std::uint8_t* compressed, std::size_t compressedSize, std::uint8_t* bytes,
+bool ZipBlockDecompressor::decompress(const std::uint8_t* compressed, std::size_t compressedSize, std::uint8_t* split,
                                       std::size_t n) {
-    m_split.resize(n);
     // Without a place for the actual size, libdeflate insists on exactly n bytes.
-    if (libdeflate_zlib_decompress(m_decompressor, compressed, compressedSize, m_split.data(), n, nullptr) !=
-        LIBDEFLATE_SUCCESS)
-        return false;
-    reconstructAndMerge(m_split.data(), bytes, n);
-    return true;
+    return libdeflate_zlib_decompress(m_decompressor, compressed, compressedSize, split, n, nullptr) ==
+           LIBDEFLATE_SUCCESS;
 }
 
 } // namespace HostImage
