@@ -15,7 +15,8 @@ public:
     PixelBuffer& operator=(PixelBuffer other) noexcept;
     ~PixelBuffer();
 
-    /// Makes size() == bytes. The content stays where it becomes no larger, else it is undefined. Throws std::bad_alloc; the buffer is then empty.
+    /// Makes size() == bytes. The content stays where it becomes no larger, else it is undefined. Throws
+    /// std::bad_alloc; the buffer is then empty.
     void resize(std::size_t bytes);
 
     std::size_t size() const { return m_size; }
