@@ -8,6 +8,7 @@
 #include "CorrectionFile/Parser/FrameLine.h"
 #include "CorrectionFile/Parser/InvalidFormatException.h"
 #include "Inspect/CheckedText.h"
+#include "Inspect/LensCurves.h"
 #include "Text/StrictConversion.h"
 #include "Timecode/InvalidTimecodeException.h"
 #include "Timecode/Timecode.h"
@@ -164,9 +165,7 @@ void BodyCheck::checkTimecode(const Frame& frame, std::size_t lineNumber) {
 
 void BodyCheck::checkFit(const Frame& frame, std::size_t lineNumber) {
     // Neighbouring frames mostly have the same values.
-    const bool isSame = frame.heights == m_lastFrame.heights && frame.shading == m_lastFrame.shading &&
-                        frame.radialDistortion == m_lastFrame.radialDistortion;
-    if (!isSame) {
+    if (!haveEqualValues(frame, m_lastFrame)) {
         m_lastProblems = fitProblems(frame, m_imageRadius);
         m_lastFrame = frame;
     }

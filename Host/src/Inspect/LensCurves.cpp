@@ -20,6 +20,11 @@ double largestResidual(const Core::Polynomial& polynomial, const std::vector<flo
 
 } // namespace
 
+bool haveEqualValues(const CorrectionData::Frame& left, const CorrectionData::Frame& right) {
+    return left.heights == right.heights && left.shading == right.shading &&
+           left.radialDistortion == right.radialDistortion;
+}
+
 LensCurves::LensCurves(const CorrectionData::Frame& frame)
     : m_frame(frame), m_shading(Core::shadingPolynomial(frame)), m_distortion(Core::distortionPolynomials(frame)) {}
 

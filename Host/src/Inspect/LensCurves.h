@@ -5,6 +5,9 @@
 
 namespace Host {
 
+/// Whether the frames were measured alike, so that they have the same curves.
+bool haveEqualValues(const CorrectionData::Frame& left, const CorrectionData::Frame& right);
+
 /// One frame's curves as the plug-in fits and evaluates them, in single precision.
 ///
 /// Heights are mm from the image centre. The recorded height is that in the plate; the corrected height is where the

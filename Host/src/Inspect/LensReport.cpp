@@ -2,77 +2,22 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <optional>
-#include <utility>
 #include <vector>
 
-#include "Console/Failure.h"
-#include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
+#include "Inspect/ClipCurves.h"
 #include "Inspect/GridFigure.h"
 #include "Inspect/HeaderText.h"
-#include "Inspect/LensCurves.h"
-#include "Inspect/LineChart.h"
+#include "Inspect/LensCharts.h"
 #include "Inspect/SvgText.h"
 
 namespace Host {
 
 namespace {
 
-using CorrectionData::Frame;
-using CorrectionData::Header;
-
-constexpr int curveSteps = 120;
-constexpr std::size_t mostFramesOverClip = 400;
-
-bool haveEqualValues(const Frame& left, const Frame& right) {
-    return left.heights == right.heights && left.shading == right.shading &&
-           left.radialDistortion == right.radialDistortion;
-}
-
-// How lengths on the sensor are shown: in px of the clip, or in µm if the recording format is unknown.
-struct LengthScale {
-    double factor = 1000.0;
-    std::string unit = "µm";
-};
-
-// A frame's row in the figures over the clip.
-struct ClipSample {
-    std::uint32_t frameNumber = 0;
-    std::vector<double> illumination; ///< % at each of the part heights
-    std::vector<double> distortion;   ///< ‰
-    double forwardResidual = 0.0;
-    double inverseResidual = 0.0;
-    double roundTrip = 0.0;
-    double illuminationResidual = 0.0;
-};
-
-constexpr std::pair<float, const char*> partHeights[] = {
-    {0.25f, "25 %"}, {0.5f, "50 %"}, {0.75f, "75 %"}, {1.0f, "corner"}};
-
 class ReportText {
 public:
     explicit ReportText(const CorrectionFileData& file)
-        : m_header(file.content->header),
-          m_frames(file.content->frames),
-          m_format(file.recordingFormat),
-          m_path(file.path) {
-        chooseFrames();
-        const float lastHeight = m_curves.front().lastHeight();
-        m_isFormatKnown = m_format.imageRadius > 0.0f && m_format.clipResolutionWidth > 0;
-        m_radius = m_isFormatKnown ? m_format.imageRadius : lastHeight;
-        m_end = std::max(m_radius, lastHeight);
-        if (m_isFormatKnown) {
-            m_scale = {std::hypot(m_format.clipResolutionWidth, m_format.clipResolutionHeight) / 2 /
-                           static_cast<double>(m_format.imageRadius),
-                       "px"};
-        }
-        sampleClip();
-        m_charts = {illuminationChart(),  distortionChart(), shiftChart(),       illuminationOverClip(),
-                    distortionOverClip(), roundTripChart(),  residualsOverClip()};
-    }
+        : m_header(file.content->header), m_frames(file.content->frames), m_clip(file), m_charts(lensCharts(m_clip)) {}
 
     std::string html() const {
         std::string figures;
@@ -144,7 +89,7 @@ correcting: each direction has a curve of its own, and between the points they m
 )",
                            fmt::arg("title", title()), fmt::arg("style", figureStyle), fmt::arg("heading", lens()),
                            fmt::arg("lead", lead()), fmt::arg("notes", notes()), fmt::arg("facts", facts()),
-                           fmt::arg("figures", figures), fmt::arg("unit", m_scale.unit),
+                           fmt::arg("figures", figures), fmt::arg("unit", m_clip.lengthUnit()),
                            fmt::arg("residuals", residualRows()), fmt::arg("values", valueRows()));
     }
 
@@ -181,185 +126,11 @@ correcting: each direction has a curve of its own, and between the points they m
     }
 
 private:
-    // The first, the middle and the last frame, of those with equal values only one.
-    void chooseFrames() {
-        std::vector<const Frame*> fitted;
-        for (const auto& [frameNumber, frame] : m_frames) {
-            if (fitted.empty() || !haveEqualValues(*fitted.back(), frame)) m_areAllEqual = fitted.empty();
-            try {
-                if (fitted.empty() || !haveEqualValues(*fitted.back(), frame)) LensCurves{frame};
-                fitted.push_back(&frame);
-            } catch (const CorrectionData::CoefficentCalculationFailedException&) {
-                if (m_failedCount++ == 0) m_firstFailed = frameNumber;
-            }
-        }
-        if (fitted.empty()) {
-            throw Failure(
-                ExitCode::WrongUse,
-                fmt::format("{}: {}. Run \"lenscorrect check\" on it for the reasons.", m_path,
-                            m_frames.empty() ? "there is no frame to plot" : "no frame's curves can be fitted"));
-        }
-        for (const Frame* frame : {fitted.front(), fitted[fitted.size() / 2], fitted.back()}) {
-            const bool isNew = std::none_of(m_curves.begin(), m_curves.end(), [&](const LensCurves& curves) {
-                return haveEqualValues(curves.frame(), *frame);
-            });
-            if (isNew) m_curves.emplace_back(*frame);
-        }
-        // Evenly spaced, with the first and the last.
-        const std::size_t count = std::min(fitted.size(), mostFramesOverClip);
-        for (std::size_t i = 0; i < count; ++i) {
-            m_sampledFrames.push_back(fitted[count == 1 ? 0 : i * (fitted.size() - 1) / (count - 1)]);
-        }
-    }
-
-    void sampleClip() {
-        const Frame* before = nullptr;
-        for (const Frame* frame : m_sampledFrames) {
-            if (before && haveEqualValues(*before, *frame)) {
-                m_samples.push_back(m_samples.back());
-            } else {
-                m_samples.push_back(sample(LensCurves(*frame)));
-            }
-            m_samples.back().frameNumber = static_cast<std::uint32_t>(frame->frameNumber);
-            before = frame;
-        }
-    }
-
-    ClipSample sample(const LensCurves& curves) const {
-        ClipSample row;
-        for (const auto& [part, name] : partHeights) {
-            row.illumination.push_back(curves.illuminationAt(part * m_radius));
-            row.distortion.push_back(curves.distortionAt(part * m_radius));
-        }
-        row.forwardResidual = m_scale.factor * curves.largestForwardResidual();
-        row.inverseResidual = m_scale.factor * curves.largestInverseResidual();
-        row.roundTrip = m_scale.factor * curves.largestRoundTrip(m_radius);
-        row.illuminationResidual = curves.largestIlluminationResidual();
-        return row;
-    }
-
-    std::string frameName(const LensCurves& curves) const {
-        if (m_areAllEqual) return "all frames";
-        return fmt::format("frame {}", curves.frame().frameNumber);
-    }
-
-    template <typename Value>
-    LineChart overHeight(const char* id, const char* name, const std::string& yLabel, Value value) const {
-        LineChart chart;
-        chart.id = id;
-        chart.title = name;
-        chart.xLabel = "image height [mm]";
-        chart.yLabel = yLabel;
-        for (const LensCurves& curves : m_curves) {
-            LineChart::Series series;
-            series.name = frameName(curves);
-            for (int step = 0; step <= curveSteps; ++step) {
-                const float height = m_end * static_cast<float>(step) / curveSteps;
-                series.points.push_back({static_cast<double>(height), value(curves, height)});
-            }
-            chart.series.push_back(std::move(series));
-        }
-        if (m_isFormatKnown) {
-            const double side = 0.5 * static_cast<double>(m_format.imageAreaWidth);
-            chart.marks = {{side, "side"}, {static_cast<double>(m_radius), "corner"}};
-        }
-        return chart;
-    }
-
-    LineChart illuminationChart() const {
-        LineChart chart =
-            overHeight("shading", "Shading", "relative illumination [%]",
-                       [](const LensCurves& curves, float height) { return curves.illuminationAt(height); });
-        for (std::size_t i = 0; i < m_curves.size(); ++i) {
-            const Frame& frame = m_curves[i].frame();
-            for (std::size_t point = 0; point < frame.heights.size(); ++point) {
-                chart.series[i].dots.push_back(
-                    {static_cast<double>(frame.heights[point]), static_cast<double>(frame.shading[point])});
-            }
-        }
-        return chart;
-    }
-
-    LineChart distortionChart() const {
-        LineChart chart =
-            overHeight("distortion", "Distortion", "radial distortion [‰], positive: outward",
-                       [](const LensCurves& curves, float height) { return curves.distortionAt(height); });
-        for (std::size_t i = 0; i < m_curves.size(); ++i) {
-            const Frame& frame = m_curves[i].frame();
-            for (std::size_t point = 0; point < frame.heights.size(); ++point) {
-                // What is measured at the centre has no effect on the curve.
-                if (frame.heights[point] == 0.0f) continue;
-                chart.series[i].dots.push_back(
-                    {static_cast<double>(frame.heights[point]), static_cast<double>(frame.radialDistortion[point])});
-            }
-        }
-        return chart;
-    }
-
-    LineChart shiftChart() const {
-        return overHeight(
-            "shift", "Distortion as a shift in the picture", fmt::format("recorded − corrected [{}]", m_scale.unit),
-            [this](const LensCurves& curves, float height) { return m_scale.factor * curves.shiftAt(height); });
-    }
-
-    LineChart roundTripChart() const {
-        return overHeight(
-            "round-trip", "Round trip: corrected and distorted again", fmt::format("deviation [{}]", m_scale.unit),
-            [this](const LensCurves& curves, float height) { return m_scale.factor * curves.roundTripAt(height); });
-    }
-
-    LineChart overClip(const char* id, const char* name, const std::string& yLabel) const {
-        LineChart chart;
-        chart.id = id;
-        chart.title = name;
-        chart.xLabel = "frame";
-        chart.yLabel = yLabel;
-        chart.hasWholeX = true;
-        return chart;
-    }
-
-    template <typename Value>
-    LineChart::Series clipSeries(const std::string& name, Value value) const {
-        LineChart::Series series;
-        series.name = name;
-        for (const ClipSample& row : m_samples)
-            series.points.push_back({static_cast<double>(row.frameNumber), value(row)});
-        return series;
-    }
-
-    LineChart illuminationOverClip() const {
-        LineChart chart = overClip("shading-over-clip", "Shading over the clip", "relative illumination [%]");
-        for (std::size_t part = 0; part < std::size(partHeights); ++part) {
-            chart.series.push_back(
-                clipSeries(partHeights[part].second, [part](const ClipSample& row) { return row.illumination[part]; }));
-        }
-        return chart;
-    }
-
-    LineChart distortionOverClip() const {
-        LineChart chart = overClip("distortion-over-clip", "Distortion over the clip", "radial distortion [‰]");
-        for (std::size_t part = 0; part < std::size(partHeights); ++part) {
-            chart.series.push_back(
-                clipSeries(partHeights[part].second, [part](const ClipSample& row) { return row.distortion[part]; }));
-        }
-        return chart;
-    }
-
-    LineChart residualsOverClip() const {
-        LineChart chart = overClip("residuals-over-clip", "Largest residuals over the clip",
-                                   fmt::format("deviation [{}]", m_scale.unit));
-        chart.isLogarithmic = true;
-        chart.series = {clipSeries("round trip", [](const ClipSample& row) { return row.roundTrip; }),
-                        clipSeries("fit to corrected", [](const ClipSample& row) { return row.forwardResidual; }),
-                        clipSeries("fit to recorded", [](const ClipSample& row) { return row.inverseResidual; })};
-        return chart;
-    }
-
     GridFigure grid() const {
-        const double aspect = m_isFormatKnown
-                                  ? static_cast<double>(m_format.clipResolutionWidth) / m_format.clipResolutionHeight
-                                  : 16.0 / 9.0;
-        return {m_curves.front(), frameName(m_curves.front()), aspect, m_radius};
+        const double aspect = m_clip.isFormatKnown() ? static_cast<double>(m_clip.format().clipResolutionWidth) /
+                                                           m_clip.format().clipResolutionHeight
+                                                     : 16.0 / 9.0;
+        return {m_clip.drawn().front(), m_clip.frameName(m_clip.drawn().front()), aspect, m_clip.radius()};
     }
 
     std::string lens() const {
@@ -377,23 +148,21 @@ private:
 
     std::string notes() const {
         std::string text;
-        if (m_failedCount > 0) {
+        if (m_clip.failedCount() > 0) {
             text += fmt::format(
                 "<p class=\"note\">No curve can be fitted for {} of {} frames, the first being frame {}; they cannot "
-                "be "
-                "corrected.</p>\n",
-                m_failedCount, m_frames.size(), m_firstFailed);
+                "be corrected.</p>\n",
+                m_clip.failedCount(), m_frames.size(), m_clip.firstFailed());
         }
-        if (!m_isFormatKnown) {
+        if (!m_clip.isFormatKnown()) {
             text +=
                 "<p class=\"note\">The recording format is unknown, so lengths are given in µm on the sensor, and the "
-                "largest "
-                "measured height stands for the image's corner.</p>\n";
+                "largest measured height stands for the image's corner.</p>\n";
         }
-        if (m_sampledFrames.size() == mostFramesOverClip && m_frames.size() > mostFramesOverClip) {
+        if (m_clip.samples().size() == ClipCurves::mostSamples && m_frames.size() > ClipCurves::mostSamples) {
             text += fmt::format(
                 "<p class=\"lead\">The figures over the clip show {} of its {} frames, evenly spaced.</p>\n",
-                mostFramesOverClip, m_frames.size());
+                ClipCurves::mostSamples, m_frames.size());
         }
         return text;
     }
@@ -407,59 +176,48 @@ private:
         fact("Serial number", m_header.lensSerialNumber);
         fact("Focal length", focalLengthText(m_header));
         fact("Clip size", fmt::format("{} × {} px", m_header.clipWidth, m_header.clipHeight));
-        fact("Image area", m_isFormatKnown
-                               ? fmt::format("{:.2f} × {:.2f} mm", m_format.imageAreaWidth, m_format.imageAreaHeight)
-                               : "");
-        fact("Image radius (corner)", m_isFormatKnown ? fmt::format("{:.3f} mm", m_format.imageRadius) : "");
+        fact("Image area", m_clip.isFormatKnown() ? fmt::format("{:.2f} × {:.2f} mm", m_clip.format().imageAreaWidth,
+                                                                m_clip.format().imageAreaHeight)
+                                                  : "");
+        fact("Image radius (corner)",
+             m_clip.isFormatKnown() ? fmt::format("{:.3f} mm", m_clip.format().imageRadius) : "");
         fact("Timecode rate", m_header.tcFps > 0.0f ? fmt::format("{} frames/s", m_header.tcFps) : "none");
-        const LensCurves& curves = m_curves.front();
-        fact("Corner illumination", fmt::format("{:.1f} % ({})", curves.illuminationAt(m_radius), frameName(curves)));
-        fact("Corner distortion",
-             fmt::format("{:.2f} ‰, {:.1f} {} ({})", curves.distortionAt(m_radius),
-                         m_scale.factor * curves.shiftAt(m_radius), m_scale.unit, frameName(curves)));
+        const LensCurves& curves = m_clip.drawn().front();
+        fact("Corner illumination",
+             fmt::format("{:.1f} % ({})", curves.illuminationAt(m_clip.radius()), m_clip.frameName(curves)));
+        fact("Corner distortion", fmt::format("{:.2f} ‰, {:.1f} {} ({})", curves.distortionAt(m_clip.radius()),
+                                              m_clip.lengthFactor() * curves.shiftAt(m_clip.radius()),
+                                              m_clip.lengthUnit(), m_clip.frameName(curves)));
         return text;
     }
 
     std::string residualRows() const {
         std::string text;
-        for (const LensCurves& curves : m_curves) {
-            const ClipSample row = sample(curves);
+        for (const LensCurves& curves : m_clip.drawn()) {
+            const ClipCurves::Sample row = m_clip.sample(curves);
             text += fmt::format("<tr><td>{}</td><td>{:.2g}</td><td>{:.2g}</td><td>{:.2g}</td><td>{:.2g}</td></tr>\n",
-                                frameName(curves), row.illuminationResidual, row.forwardResidual, row.inverseResidual,
-                                row.roundTrip);
+                                m_clip.frameName(curves), row.illuminationResidual, row.forwardResidual,
+                                row.inverseResidual, row.roundTrip);
         }
         return text;
     }
 
     std::string valueRows() const {
         std::string text;
-        for (const LensCurves& curves : m_curves) {
-            const Frame& frame = curves.frame();
+        for (const LensCurves& curves : m_clip.drawn()) {
+            const CorrectionData::Frame& frame = curves.frame();
             for (std::size_t i = 0; i < frame.heights.size(); ++i) {
-                text += fmt::format("<tr><td>{}</td><td>{}</td><td>{}</td><td>{}</td></tr>\n", frameName(curves),
+                text += fmt::format("<tr><td>{}</td><td>{}</td><td>{}</td><td>{}</td></tr>\n", m_clip.frameName(curves),
                                     frame.heights[i], frame.shading[i], frame.radialDistortion[i]);
             }
         }
         return text;
     }
 
-    const Header& m_header;
-    const std::map<std::uint32_t, Frame>& m_frames;
-    const RecordingFormatDatabase::RecordingFormat& m_format;
-    const std::string& m_path;
-
-    std::vector<LensCurves> m_curves; ///< of the frames whose curves are drawn
-    bool m_areAllEqual = false;
-    std::size_t m_failedCount = 0;
-    std::uint32_t m_firstFailed = 0;
-    std::vector<const Frame*> m_sampledFrames;
-    std::vector<ClipSample> m_samples;
-
-    bool m_isFormatKnown = false;
-    float m_radius = 0.0f; ///< mm, of the image's corner
-    float m_end = 0.0f;    ///< mm, where the curves end
-    LengthScale m_scale;
-    std::vector<LineChart> m_charts;
+    const CorrectionData::Header& m_header;
+    const std::map<std::uint32_t, CorrectionData::Frame>& m_frames;
+    const ClipCurves m_clip;
+    const std::vector<LineChart> m_charts;
 };
 
 } // namespace
