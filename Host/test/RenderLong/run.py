@@ -14,6 +14,8 @@ import render_test
 WARM_UP, COUNT = 400, 2000
 # KiB. One leaked picture a frame would be 14,000 at least; the threads' order of work and fragments make the rest.
 ALLOWED_GROWTH = 2048
+# Of large pages a single one would be that growth, or hide five hundred small ones from a count.
+SMALL_PAGES = {"MALLOC_CONF": "thp:never"}
 
 
 class Long(render_test.RenderTest):
@@ -40,7 +42,7 @@ class Long(render_test.RenderTest):
         job = subprocess.Popen(
             [program.PROGRAM, "render", "plate.%04d.exr", "--distortion", "undistort", "--shading", "remove", "--progress",
              "json", "-o", "out/f.%04d.exr"], cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-            encoding="utf-8")
+            encoding="utf-8", env={**os.environ, **SMALL_PAGES})
         frames, uses = 0, {}
         for line in job.stdout:
             frames += json.loads(line)["event"] == "frame"
@@ -58,12 +60,13 @@ class Long(render_test.RenderTest):
         self.assertLessEqual(abs(last_files - files), 10)
 
     def pages_mapped(self, frames, clip="plate", options=()):
-        """How many fresh pages a job of so many frames touches."""
-        # Small pages, so that they can be counted: a large one would hide five hundred.
+        """How many fresh pages a job of so many frames touches, once the kernels are compiled."""
+        command = [program.PROGRAM, "render", f"{clip}.%04d.exr", "--distortion", "undistort", "--progress", "none", *options]
+        subprocess.run([*command, "--frames", "1001", "-o", f"{clip}-first/f.%04d.exr", "--overwrite"], cwd=self.folder,
+                       check=True)
         job = subprocess.Popen(
-            [program.PROGRAM, "render", f"{clip}.%04d.exr", "--distortion", "undistort", "--frames",
-             f"1001-{1000 + frames}", "--progress", "none", "-o", f"{clip}-{frames}/f.%04d.exr", *options], cwd=self.folder,
-            env={**os.environ, "MALLOC_CONF": "thp:never"})
+            [*command, "--frames", f"1001-{1000 + frames}", "-o", f"{clip}-{frames}/f.%04d.exr"], cwd=self.folder,
+            env={**os.environ, **SMALL_PAGES})
         _, status, usage = os.wait4(job.pid, 0)
         job.returncode = os.waitstatus_to_exitcode(status)
         self.assertEqual(job.returncode, 0)

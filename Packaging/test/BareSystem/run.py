@@ -33,7 +33,11 @@ class BareSystem(packaging.PackagingTest):
         super().setUp()
         packaging.make_debian_packages(self.path("packages"))
         self.root = self.path("root")
-        self.run_command("debootstrap", "--variant=minbase", "bookworm", self.root, env={**os.environ, **UNSAFE})
+        debootstrap = ["debootstrap", "--variant=minbase", "bookworm", self.root]
+        for _ in range(3): # what a bad moment of the network left out; the rest is kept
+            if not subprocess.run([debootstrap[0], "--download-only", *debootstrap[1:]]).returncode:
+                break
+        self.run_command(*debootstrap, env={**os.environ, **UNSAFE})
         # Where the OpenCL driver for processors looks for them.
         for kind, name in (("proc", "proc"), ("sysfs", "sys")):
             self.run_command("mount", "-t", kind, "-o", "ro", kind, os.path.join(self.root, name))
