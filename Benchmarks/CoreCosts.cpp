@@ -20,7 +20,6 @@
 #include "CorrectionData/Container/ManagedContainer.h"
 #include "CorrectionFile/Parser/Parser.h"
 #include "CorrectionFile/Reader/Reader.h"
-#include "Device/Environment.h"
 #include "MetadataDatabase/CsvStringBasedMetadataDatabase.h"
 #include "RecordingFormatDatabase/CsvStringBasedRecordingFormatDatabase.h"
 
@@ -156,7 +155,6 @@ private:
 };
 
 nlohmann::json firstFrame(const std::string& path, unsigned int width, unsigned int height) {
-    Host::prepareForRendering();
     const std::size_t count = std::size_t{width} * height * 4;
     const std::vector<float> input(count, 0.5f);
     std::vector<float> output(count);

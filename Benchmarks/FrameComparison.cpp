@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "ComparedFrame.h"
-#include "Device/Environment.h"
 #include "Exception/Exception.h"
 #include "InterleavedRun.h"
 #include "Renderer/DeviceKernel.h"
@@ -27,7 +26,7 @@
 
 namespace {
 
-// Without it allocator and driver are as they are inside a host.
+// Whether the allocator is the program's, or the C library's as inside a host.
 #ifdef ORVEX_BENCHMARK_UNPREPARED
 constexpr bool isPrepared = false;
 #else
@@ -157,7 +156,6 @@ int main(int argumentCount, char** arguments) {
     if (options.threads == 0) options.threads = std::max(1u, std::thread::hardware_concurrency());
     // Read by the processor's driver at the first OpenCL call.
     setenv("POCL_MAX_PTHREAD_COUNT", std::to_string(options.threads).c_str(), 1);
-    if (isPrepared) Host::prepareForRendering();
     try {
         std::cout << compare(options).dump(1) << '\n';
     } catch (const Exception& exception) {

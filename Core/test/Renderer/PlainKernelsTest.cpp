@@ -10,8 +10,14 @@
 #include <string>
 #include <vector>
 
+#include "Renderer/OpenCL/CLCommandQueue.h"
+#include "Renderer/OpenCL/CLContext.h"
+#include "Renderer/OpenCL/CLKernel.h"
+#include "Renderer/OpenCL/CLMemory.h"
+#include "Renderer/OpenCL/CLProgram.h"
 #include "Renderer/OpenCL/DistortionKernel.h"
 #include "Renderer/OpenCL/OpenCLKernel.h"
+#include "Renderer/OpenCL/OpenCLKernelHelper.h"
 #include "Renderer/OpenCL/ShadingKernel.h"
 #include "Support/OpenCLDevice.h"
 #include "Support/TestFrame.h"
@@ -91,11 +97,27 @@ Program program(const std::string& name) {
     return {shadingMapKernelName, shadingKernelSource, shading, true, true};
 }
 
+int setSpecificArguments(cl_kernel kernel, const Program& program, const Size& size, const Arguments& arguments) {
+    cl_uint index = program.isMap ? 1 : 2;
+    int status = CL_SUCCESS;
+    // The original's size, larger in one direction and smaller in the other, must not matter.
+    for (const cl_uint length : {size.width, size.height, size.width * 2, size.height / 2})
+        status |= clSetKernelArg(kernel, index++, sizeof(length), &length);
+    status |= clSetKernelArg(kernel, index++, sizeof(float), &arguments.imageRadius);
+    for (const float coefficient : arguments.a)
+        status |= clSetKernelArg(kernel, index++, sizeof(coefficient), &coefficient);
+    if (program.isShading || program.isMap)
+        status |= clSetKernelArg(kernel, index++, sizeof(cl_uchar), &arguments.reverse);
+    if (program.isShading) status |= clSetKernelArg(kernel, index++, sizeof(float), &arguments.gamma);
+    return status;
+}
+
 class Kernel {
 public:
     Kernel(const Program& program, const std::string& source)
-        : m_program(program),
-          m_kernel(source, program.kernelName, [this](cl_kernel kernel) { return setArguments(kernel); }) {}
+        : m_program(program), m_kernel(source, program.kernelName, [this](cl_kernel kernel) {
+              return setSpecificArguments(kernel, m_program, m_size, m_arguments);
+          }) {}
 
     std::vector<float> render(const Size& size, const Arguments& arguments, const std::vector<float>& input) {
         m_size = size;
@@ -109,26 +131,39 @@ public:
     }
 
 private:
-    int setArguments(cl_kernel kernel) const {
-        cl_uint index = m_program.isMap ? 1 : 2;
-        int status = CL_SUCCESS;
-        // The original's size, larger in one direction and smaller in the other, must not matter.
-        for (const cl_uint length : {m_size.width, m_size.height, m_size.width * 2, m_size.height / 2})
-            status |= clSetKernelArg(kernel, index++, sizeof(length), &length);
-        status |= clSetKernelArg(kernel, index++, sizeof(float), &m_arguments.imageRadius);
-        for (const float coefficient : m_arguments.a)
-            status |= clSetKernelArg(kernel, index++, sizeof(coefficient), &coefficient);
-        if (m_program.isShading || m_program.isMap)
-            status |= clSetKernelArg(kernel, index++, sizeof(cl_uchar), &m_arguments.reverse);
-        if (m_program.isShading) status |= clSetKernelArg(kernel, index++, sizeof(float), &m_arguments.gamma);
-        return status;
-    }
-
     const Program& m_program;
     Size m_size = {};
     Arguments m_arguments = {};
     Renderer::OpenCLKernel<float> m_kernel;
 };
+
+// A launch of that many items, rounded up to whole groups; OpenCLKernel's is always one of sixteen per pixel.
+std::vector<float> launched(const Program& program, const Size& size, const Arguments& arguments,
+                            const std::vector<float>& input, std::size_t items) {
+    using namespace Renderer;
+    const cl_device_id device = OpenCLKernelHelper::idOfMostPowerfulDevice();
+    const CLContext context(device);
+    const CLCommandQueue queue(device, context);
+    const CLProgram code(device, context, program.source);
+    const CLKernel kernel(code, program.kernelName);
+    const std::size_t bytes = input.size() * sizeof(float);
+    const CLMemory from(context, CL_MEM_READ_ONLY, bytes);
+    const CLMemory to(context, CL_MEM_WRITE_ONLY, bytes);
+    std::vector<float> output(input.size(), -7.0f);
+    cl_uint index = 0;
+    int status = setSpecificArguments(kernel, program, size, arguments);
+    for (const cl_mem memory : {static_cast<cl_mem>(from), static_cast<cl_mem>(to)})
+        if (memory == to || !program.isMap) status |= clSetKernelArg(kernel, index++, sizeof(memory), &memory);
+    status |= clEnqueueWriteBuffer(queue, from, CL_TRUE, 0, bytes, input.data(), 0, nullptr, nullptr);
+    status |= clEnqueueWriteBuffer(queue, to, CL_TRUE, 0, bytes, output.data(), 0, nullptr, nullptr);
+    std::size_t local = 1;
+    status |= clGetKernelWorkGroupInfo(kernel, device, CL_KERNEL_WORK_GROUP_SIZE, sizeof(local), &local, nullptr);
+    const std::size_t global = (items + local - 1) / local * local;
+    status |= clEnqueueNDRangeKernel(queue, kernel, 1, nullptr, &global, &local, 0, nullptr, nullptr);
+    status |= clEnqueueReadBuffer(queue, to, CL_TRUE, 0, bytes, output.data(), 0, nullptr, nullptr);
+    EXPECT_EQ(status, CL_SUCCESS);
+    return output;
+}
 
 // The same bits; two not-a-numbers count as the same whatever their bits.
 bool isSame(float left, float right) {
@@ -212,6 +247,18 @@ TEST_P(WholeFrameOnPocl, GivesTheSameBitsAsThePlainKernelAtEveryKindOfWidthUpTo4
         EXPECT_EQ(differences(plain.render(size, arguments, input), kernel.render(size, arguments, input)), "none")
             << width;
     }
+}
+
+TEST_P(WholeFrameOnPocl, GivesTheSameBitsHoweverManyItemsAreLaunched) {
+    const Program tested = program(GetParam());
+    const Size size = {317, 241}; // in groups of 4096: 18 and a part
+    const std::size_t pixels = std::size_t{size.width} * size.height;
+    const std::vector<float> input = TestFrame::noise(size.width, size.height);
+    const Arguments& arguments = tested.allArguments().front();
+    const std::vector<float> expected = Kernel(tested, tested.plainSource).render(size, arguments, input);
+    for (const std::size_t items : {pixels, pixels + 1, pixels * 2, pixels * 15, pixels * 16 - 1, pixels * 16,
+                                    pixels * 16 + 1, pixels * 17, pixels * 40})
+        EXPECT_EQ(differences(expected, launched(tested, size, arguments, input, items)), "none") << items;
 }
 
 TEST_P(WholeFrameOnPocl, GivesTheSameBitsAsThePlainKernelAtFullSize) {

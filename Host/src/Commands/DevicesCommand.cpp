@@ -7,7 +7,6 @@
 #include <nlohmann/json.hpp>
 
 #include "Console/Failure.h"
-#include "Device/Environment.h"
 #include "Device/KernelCache.h"
 #include "Device/RenderProbe.h"
 #include "Exception/Exception.h"
@@ -72,7 +71,6 @@ void DevicesCommand::declareOptions(CLI::App& app) {
 }
 
 ExitCode DevicesCommand::run() {
-    prepareForRendering();
     if (m_isProbe) {
         RenderProbe::renderHere();
         return ExitCode::Done;

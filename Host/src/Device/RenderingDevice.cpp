@@ -3,22 +3,12 @@
 #include <fmt/format.h>
 
 #include "Console/Failure.h"
-#include "Device/Environment.h"
 #include "Exception/Exception.h"
 #include "Renderer/OpenCL/OpenCLKernelHelper.h"
 
 namespace Host {
 
-namespace {
-
-KernelCache preparedCache() {
-    prepareForRendering();
-    return KernelCache();
-}
-
-} // namespace
-
-RenderingDevice::RenderingDevice() : m_cache(preparedCache()) {
+RenderingDevice::RenderingDevice() {
     if (!m_cache.notice().empty()) fmt::print(stderr, "lenscorrect: {}\n", m_cache.notice());
 }
 
