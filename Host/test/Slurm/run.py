@@ -66,7 +66,11 @@ class Slurm(program.ProgramTest):
             return self.farm.run("squeue", "--noheader", "--jobs=" + task, "--format=%T %r", check=False).strip()
         self.farm.run("scontrol", "requeue", task)
         self.until(lambda: state() == "PENDING BeginTime", "the task waits to be started again")
-        self.farm.run("scontrol", "update", "jobid=" + task, "StartTime=now")
+        self.start_again_at_once(task)
+
+    def start_again_at_once(self, task):
+        """A second later: what the first start was given to begin with is void for the rest of the second it ended in."""
+        self.farm.run("scontrol", "update", "jobid=" + task, "StartTime=now+1")
 
     def test_one_bad_frame_and_one_stopped_task_cost_one_frame(self):
         self.expect(self.run_program("sample", "clip", "--frames", "100", "--size", "64x64", "--progress", "none"), 0)
@@ -133,7 +137,7 @@ class Slurm(program.ProgramTest):
         self.assertEqual(self.events()[-1]["event"], "end")
 
         self.farm.run("scontrol", "requeue", task)
-        self.farm.run("scontrol", "update", "jobid=" + task, "StartTime=now")
+        self.start_again_at_once(task)
         self.until(lambda: self.run_program("summary", "lenscorrect-job-1").returncode == 0, "all frames are done")
         self.assertEqual(len(self.pictures()), 60)
 
