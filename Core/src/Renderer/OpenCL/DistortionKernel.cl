@@ -6,9 +6,12 @@
 // The shape serves compilers that run a work-group as a loop on a processor and turn a loop into vector instructions
 // only if it is free of branches, library calls, integer divisions and gathered loads:
 // - groups beyond the picture leave at once, before any other work, and are spread among the others;
-// - all positions of a group come first (plain float arithmetic, no branch), all reads of pixels after a barrier;
-// - the positions cross the barrier in local memory, for a value merely kept would be computed again behind it; whether
-//   a group fits there is asked of the whole group, so that a compiler that knows the group's size drops the question;
+// - all positions of a group come first, and of each the pixel to begin with and the weights (plain arithmetic, no
+//   branch); all reads of pixels come after a barrier;
+// - floats cross the barrier in local memory, for a float merely kept would be computed again behind it; whether a
+// group
+//   fits there is asked of the whole group, so that a compiler that knows the group's size drops the question. The
+//   pixel's number is merely kept: a third array would be more local memory than some processors' drivers have;
 // - no item returns after the group's common exit: some runtimes corrupt memory when items leave beside a barrier.
 // Powers are written as products, in the order of summation that the results are defined by.
 
@@ -114,30 +117,39 @@ float4 sampleAnywhere(global const float4* input, int width, int height, float x
     return sum;
 }
 
-// The same, short for what nearly all pixels are: between four pixels of the picture. Without being inlined, calls
-// would take a tenth of the kernel's time.
-__attribute__((always_inline)) float4 sample(global const float4* input, int width, int height, float2 position) {
-    const float x = position.x;
-    const float y = position.y;
+// Nearly all positions lie between four pixels of the picture: the number of the upper left one. Of other positions -1.
+int numberOfTopLeft(float2 position, int width, int height) {
     // Conversion rounds towards 0, so a coordinate below 0 leaves no positive rest.
-    const int left = (int)x;
-    const int top = (int)y;
-    const float rightWeight = x - (float)left;
-    const float bottomWeight = y - (float)top;
-    if (rightWeight > 0.0f && bottomWeight > 0.0f && left < width - 1 && top < height - 1) {
-        const float leftWeight = ((float)left + 1.0f) - x;
-        const float topWeight = ((float)top + 1.0f) - y;
-        global const float4* topRow = input + ((size_t)top * (size_t)width + (size_t)left);
-        global const float4* bottomRow = topRow + width;
-        FETCH(bottomRow + 16);
-        float4 sum = (float4)(0.0f);
-        sum += (leftWeight * bottomWeight) * bottomRow[0];
-        sum += (rightWeight * bottomWeight) * bottomRow[1];
-        sum += (leftWeight * topWeight) * topRow[0];
-        sum += (rightWeight * topWeight) * topRow[1];
-        return sum;
-    }
-    return sampleAnywhere(input, width, height, x, y);
+    const int left = (int)position.x;
+    const int top = (int)position.y;
+    int number = top * width + left;
+    number = position.x - (float)left > 0.0f ? number : -1;
+    number = position.y - (float)top > 0.0f ? number : -1;
+    number = left < width - 1 ? number : -1;
+    return top < height - 1 ? number : -1;
+}
+
+// Between four pixels the weights of the right and of the lower ones; elsewhere the position itself.
+float2 placeOf(float2 position, int topLeft) {
+    return (float2)(topLeft < 0 ? position.x : position.x - (float)(int)position.x,
+                    topLeft < 0 ? position.y : position.y - (float)(int)position.y);
+}
+
+// What sampleAnywhere gives between four pixels; 1 less the right weight is exactly the left one there. Without being
+// inlined, calls would take a tenth of the kernel's time.
+__attribute__((always_inline)) float4 sampleBetween(global const float4* topRow, int width, float2 place) {
+    const float rightWeight = place.x;
+    const float bottomWeight = place.y;
+    const float leftWeight = 1.0f - rightWeight;
+    const float topWeight = 1.0f - bottomWeight;
+    global const float4* bottomRow = topRow + width;
+    FETCH(bottomRow + 48);
+    float4 sum = (float4)(0.0f);
+    sum += (leftWeight * bottomWeight) * bottomRow[0];
+    sum += (rightWeight * bottomWeight) * bottomRow[1];
+    sum += (leftWeight * topWeight) * topRow[0];
+    sum += (rightWeight * topWeight) * topRow[1];
+    return sum;
 }
 
 // Writes the corrected image. Sizes in px, imageRadius in mm: the distance from the centre that half the frame's
@@ -145,29 +157,38 @@ __attribute__((always_inline)) float4 sample(global const float4* input, int wid
 kernel void distortion(global const float4* restrict input, global float4* restrict output, uint currentWidth,
                        uint currentHeight, uint originalWidth, uint originalHeight, float imageRadius, float a0,
                        float a1, float a2, float a3, float a4, float a5, float a6) {
-    local float positionsX[POSITION_CAPACITY];
-    local float positionsY[POSITION_CAPACITY];
+    local float placesX[POSITION_CAPACITY];
+    local float placesY[POSITION_CAPACITY];
     if (firstItemOfGroup(currentWidth, currentHeight) >= (size_t)currentWidth * currentHeight) return;
 
     const int width = (int)currentWidth;
     const int height = (int)currentHeight;
     const int firstItem = (int)firstItemOfGroup(currentWidth, currentHeight);
     const int item = (int)get_local_id(0);
+    int topLeft = -1;
     if (groupFitsLocalMemory()) {
         const float2 position = sourcePosition(pixelOfItem(firstItem, item, width), (float)width, (float)height,
                                                imageRadius, a0, a1, a2, a3, a4, a5, a6);
-        positionsX[item] = position.x;
-        positionsY[item] = position.y;
+        topLeft = numberOfTopLeft(position, width, height);
+        const float2 place = placeOf(position, topLeft);
+        placesX[item] = place.x;
+        placesY[item] = place.y;
     }
     barrier(CLK_LOCAL_MEM_FENCE);
     if ((size_t)(firstItem + item) < (size_t)currentWidth * currentHeight) {
-        float2 position;
-        if (groupFitsLocalMemory())
-            position = (float2)(positionsX[item], positionsY[item]);
+        float2 place;
+        if (groupFitsLocalMemory()) {
+            place = (float2)(placesX[item], placesY[item]);
+        } else {
+            const float2 position = sourcePosition(pixelOfItem(firstItem, item, width), (float)width, (float)height,
+                                                   imageRadius, a0, a1, a2, a3, a4, a5, a6);
+            topLeft = numberOfTopLeft(position, width, height);
+            place = placeOf(position, topLeft);
+        }
+        if (topLeft >= 0)
+            output[firstItem + item] = sampleBetween(input + topLeft, width, place);
         else
-            position = sourcePosition(pixelOfItem(firstItem, item, width), (float)width, (float)height, imageRadius, a0,
-                                      a1, a2, a3, a4, a5, a6);
-        output[firstItem + item] = sample(input, width, height, position);
+            output[firstItem + item] = sampleAnywhere(input, width, height, place.x, place.y);
     }
 }
 
