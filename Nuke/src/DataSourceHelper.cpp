@@ -123,7 +123,11 @@ bool DataSourceHelper::originalClipFileName(DD::Image::Read* readNode, boost::fi
         isFormatUnknown = true;
         return false;
     }
-    return textForKey(readNode, key, name);
+    std::string text;
+    // A value that is not a text reads as an empty one; the path without a name would be the folder's.
+    if (!textForKey(readNode, key, text) || text.empty()) return false;
+    name = text;
+    return true;
 }
 
 bool DataSourceHelper::clipFilePath(LensCorrection* op, std::string& path) {

@@ -32,7 +32,7 @@ public:
     static bool cameraManufacturer(DD::Image::Read* readNode, const std::string& extension, std::string& manufacturer);
 
     /// The clip's name as the camera gave it. `isFormatUnknown` is set when maker or container are not known, and
-    /// clear when they are and the metadata just lack the name.
+    /// clear when they are and the metadata just lack the name, or hold an empty one or no text under its key.
     static bool originalClipFileName(DD::Image::Read* readNode, boost::filesystem::path path, bool& isFormatUnknown,
                                      std::string& name);
 

@@ -267,6 +267,25 @@ TEST_F(DataSourceHelperTest, HasNoClipPathWhenAKnownFormatLacksTheName) {
     EXPECT_EQ(givenClip("/shots/A001.0001.exr").with("exr/com.arri.camera.ArriUuid", "u").clipPath(), "none");
 }
 
+TEST_F(DataSourceHelperTest, HasNoClipPathWhenTheCamerasClipNameIsEmpty) {
+    givenClip("/shots/A001.mov").with("quicktime/arri/camera/CameraClipName", "");
+    EXPECT_EQ(clipPath(), "none");
+}
+
+TEST_F(DataSourceHelperTest, HasNoClipPathWhenTheCamerasClipNameIsNotAText) {
+    givenClip("/shots/A001.mov").with("quicktime/arri/camera/CameraClipName", std::int64_t{1});
+    EXPECT_EQ(clipPath(), "none");
+}
+
+TEST_F(DataSourceHelperTest, LeavesTheNameUntouchedWhenItIsEmpty) {
+    with("quicktime/arri/camera/CameraClipName", "");
+    bool isFormatUnknown = true;
+    std::string name = "untouched";
+    EXPECT_FALSE(DataSourceHelper::originalClipFileName(read, "/shots/A001.mov", isFormatUnknown, name));
+    EXPECT_FALSE(isFormatUnknown);
+    EXPECT_EQ(name, "untouched");
+}
+
 TEST_F(DataSourceHelperTest, CutsTheNameOfAnExrSequenceAtItsFirstDot) {
     EXPECT_EQ(givenClip("/shots/A003C012_200101_R1AB.0001234.exr").clipPath(), "/shots/A003C012_200101_R1AB");
 }
