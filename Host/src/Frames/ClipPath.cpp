@@ -2,17 +2,42 @@
 
 #include <filesystem>
 
+#include "Image/FileExtension.h"
+#include "Image/FrameReader.h"
+
 namespace Host {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path firstFile(const FrameFiles& clip) { return fs::absolute(clip.files.begin()->second).lexically_normal(); }
+
+bool hasPictures(const FrameFiles& clip) {
+    const std::string& file = clip.files.begin()->second;
+    return !HostImage::isMovie(file) && (clip.pattern.hasFrameNumber() || FrameFiles::isPicture(file));
+}
+
+/// Without frame number and extension; empty where nothing else is in the name.
+std::string pictureClipName(const FrameFiles& clip) {
+    const std::string fileName = firstFile(clip).filename().string();
+    const std::string& prefix = clip.pattern.prefix();
+    std::string name = prefix.substr(0, prefix.find('.'));
+    const bool isSeparatedFromNumber = name.size() == prefix.size() && (name.ends_with('_') || name.ends_with('-'));
+    if (clip.pattern.hasFrameNumber() && isSeparatedFromNumber) name.pop_back();
+    return name.empty() ? fileName.substr(0, fileName.find('.')) : name;
+}
+
+} // namespace
 
 std::string clipFilePath(const FrameFiles& clip) {
-    const std::filesystem::path file = std::filesystem::absolute(clip.files.begin()->second).lexically_normal();
-    std::string extension = file.extension().string();
-    for (char& character : extension) {
-        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
-    }
-    if (extension != ".exr" && extension != ".dpx") return file.string();
-    const std::string name = file.filename().string();
-    return (file.parent_path() / name.substr(0, name.find('.'))).string();
+    const fs::path file = firstFile(clip);
+    return hasPictures(clip) ? (file.parent_path() / pictureClipName(clip)).string() : file.string();
+}
+
+std::string shownClipPath(const FrameFiles& clip) {
+    if (!hasPictures(clip)) return clipFilePath(clip);
+    const bool isDpx = HostImage::fileExtension(clip.files.begin()->second) == "dpx";
+    return clipFilePath(clip) + (isDpx ? ".dpx" : ".exr");
 }
 
 } // namespace Host

@@ -6,9 +6,22 @@
 
 namespace Host {
 
-/// The path under which a clip's correction file is searched: absolute, and for the frames of an EXR or DPX sequence
-/// the folder with the part of the file's name before its first "." (/shots/A001C002.0001234.exr: /shots/A001C002).
-/// Every other clip is searched under its file's own path. No metadata of the clip is looked at.
+/// The path under which a clip's correction file is searched: absolute, and for pictures of every format the folder
+/// with the clip's name, without frame number and extension. No metadata of the clip is looked at.
+///
+/// | Files                                        | Path                        |
+/// |----------------------------------------------|-----------------------------|
+/// | `/shots/A001C002.%07d.exr`                   | `/shots/A001C002`           |
+/// | `/shots/A001.graded.%04d.tif`                | `/shots/A001`               |
+/// | `/shots/plate_%04d.png`, `plate-%04d.png`    | `/shots/plate`              |
+/// | `/shots/%04d.dpx`                            | the first file's: `/shots/0001` |
+/// | one picture, `/shots/plate.0001.jpg`         | `/shots/plate`              |
+/// | anything else, `/shots/A001C002.mov`         | `/shots/A001C002.mov`       |
 std::string clipFilePath(const FrameFiles& clip);
+
+/// The path under which a reader shows every frame of the clip to the nodes, so that they come to clipFilePath: the
+/// nodes know an image sequence by the extensions "exr" and "dpx" alone, and take what stands before the first ".".
+/// DPX files keep their extension, all other pictures are shown as EXR (`/shots/A001.exr`); anything else as it is.
+std::string shownClipPath(const FrameFiles& clip);
 
 } // namespace Host

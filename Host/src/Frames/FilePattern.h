@@ -44,6 +44,9 @@ public:
     /// Folder as written, "." if none was.
     const std::string& folder() const { return m_folder; }
 
+    /// What stands before the place for the number in the file's name; without a place the whole name.
+    const std::string& prefix() const { return m_prefix; }
+
     /// Path in the `%04d` notation.
     std::string string() const;
 

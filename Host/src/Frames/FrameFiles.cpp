@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Console/Failure.h"
+#include "Image/FileExtension.h"
 
 namespace Host {
 namespace {
@@ -31,16 +32,6 @@ std::vector<std::string> fileNames(const std::string& folder) {
     if (error) fail(fmt::format("Folder \"{}\" could not be listed: {}.", folder, error.message()));
     std::sort(names.begin(), names.end());
     return names;
-}
-
-bool isPicture(const std::string& extension) {
-    static constexpr std::array<const char*, 14> known = {".exr", ".dpx", ".tif", ".tiff", ".png", ".jpg", ".jpeg",
-                                                          ".cin", ".tga", ".sgi", ".hdr",  ".jp2", ".bmp", ".webp"};
-    std::string lower = extension;
-    for (char& character : lower) {
-        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
-    }
-    return std::find(known.begin(), known.end(), lower) != known.end();
 }
 
 /// A file's name around the digits that end its stem.
@@ -79,7 +70,7 @@ FrameFiles inFolder(const std::string& folder) {
     std::map<std::tuple<std::string, std::string>, std::vector<std::string>> digitsOf;
     for (const std::string& name : names) {
         const NumberedName parts = split(name);
-        if (!parts.digits.empty() && isPicture(parts.suffix)) {
+        if (!parts.digits.empty() && FrameFiles::isPicture(name)) {
             digitsOf[{parts.prefix, parts.suffix}].push_back(parts.digits);
         }
     }
@@ -109,6 +100,12 @@ FrameFiles inFolder(const std::string& folder) {
 }
 
 } // namespace
+
+bool FrameFiles::isPicture(const std::string& file) {
+    static constexpr std::array<const char*, 14> known = {"exr", "dpx", "tif", "tiff", "png", "jpg", "jpeg",
+                                                          "cin", "tga", "sgi", "hdr",  "jp2", "bmp", "webp"};
+    return std::find(known.begin(), known.end(), HostImage::fileExtension(file)) != known.end();
+}
 
 FrameFiles FrameFiles::find(const std::string& clip) {
     std::error_code error;

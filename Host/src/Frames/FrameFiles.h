@@ -22,6 +22,9 @@ struct FrameFiles {
     /// Throws Failure (WrongUse) when nothing is there, when a folder holds several sequences (naming them), and when
     /// two files have the same frame number (naming both).
     static FrameFiles find(const std::string& clip);
+
+    /// Whether the file's name has the extension of a picture format, in any case of letters.
+    static bool isPicture(const std::string& file);
 };
 
 } // namespace Host

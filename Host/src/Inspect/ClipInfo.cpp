@@ -79,7 +79,7 @@ FrameInfo infoOf(std::int32_t frame, const Clip& clip, CorrectionChain& chain) {
         const std::string path = clip.path(frame);
         const HostImage::Frame header = clip.readHeader(frame);
         const HostImage::Metadata metadata = clip.metadata(frame, header);
-        const ClipFrame image{&header, &metadata, path, clip.range()};
+        const ClipFrame image{&header, &metadata, clip.shownPath(frame), clip.range()};
         chain.setFrame(frame, image, 0, image);
         std::optional<CorrectionError> nodeError;
         try {

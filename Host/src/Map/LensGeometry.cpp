@@ -22,7 +22,7 @@ struct LensGeometry::Header {
     std::int32_t number = 0;
     HostImage::Frame frame;
     HostImage::Metadata metadata;
-    std::string path;
+    std::string path; ///< under which the reader shows it
     ClipSource::Range range;
 
     ClipFrame shown() const { return {&frame, &metadata, path, range}; }
@@ -153,7 +153,7 @@ const LensGeometry::Header& LensGeometry::header(std::int32_t frame) {
     auto header = std::make_unique<Header>();
     header->number = frame;
     if (m_clip) {
-        header->path = m_clip->path(frame);
+        header->path = m_clip->shownPath(frame);
         header->frame = m_clip->readHeader(frame);
         header->metadata = m_clip->metadata(frame, header->frame);
         header->range = m_clip->range();
@@ -171,7 +171,7 @@ const LensGeometry::Header& LensGeometry::header(std::int32_t frame) {
 LensGeometry::Header LensGeometry::plateHeader(std::int32_t frame) const {
     Header header;
     header.number = frame;
-    header.path = m_plate->path(frame);
+    header.path = m_plate->shownPath(frame);
     header.frame = m_plate->readHeader(frame);
     header.metadata = m_plate->metadata(frame, header.frame);
     header.range = m_plate->range();

@@ -13,7 +13,8 @@ Clip::Clip(const std::string& path, DecodingOptions decoding)
     : m_decoding(std::move(decoding)),
       m_files(FrameFiles::find(path)),
       m_isMovie(HostImage::isMovie(m_files.files.begin()->second)),
-      m_searchPath(clipFilePath(m_files)) {
+      m_searchPath(clipFilePath(m_files)),
+      m_shownPath(shownClipPath(m_files)) {
     if (m_isMovie) {
         const std::string& movie = m_files.files.begin()->second;
         const std::int64_t count = m_decoding.openReader(movie)->frameCount();
@@ -43,6 +44,15 @@ std::string Clip::path(std::int32_t frame) const {
     if (!file)
         throw HostImage::ImageError(m_files.pattern.string(), "The clip has no frame " + std::to_string(frame) + ".");
     return std::filesystem::absolute(*file).lexically_normal().string();
+}
+
+std::string Clip::shownPath(std::int32_t frame) const {
+    if (!m_sidecar) return m_shownPath;
+    const HostImage::Metadata values = m_sidecar->values(frame);
+    const auto original = values.find("input/filename");
+    const std::string* const name = original == values.end() ? nullptr : std::get_if<std::string>(&original->second);
+    if (!name || name->empty()) return m_shownPath;
+    return (std::filesystem::path(m_shownPath).parent_path() / *name).string();
 }
 
 HostImage::Frame Clip::readHeader(std::int32_t frame) const {

@@ -30,6 +30,10 @@ public:
     ClipSource::Range range() const;
     /// The clip's path for the finder of correction files.
     const std::string& searchPath() const { return m_searchPath; }
+    /// The path under which a reader shows the frame to the nodes: shownClipPath, unless the sidecar's "input/filename"
+    /// tells the camera's own file, of which the clip is a transcoded copy; its format then decides how the metadata
+    /// are read. A name without folder lies in the clip's.
+    std::string shownPath(std::int32_t frame) const;
 
     /// A frame's header. Throws HostImage::ImageError.
     HostImage::Frame readHeader(std::int32_t frame) const;
@@ -51,6 +55,7 @@ private:
     bool m_isMovie;
     std::map<std::int32_t, std::string> m_frames;
     std::string m_searchPath;
+    std::string m_shownPath;
     std::optional<HostImage::MetadataSidecar> m_sidecar;
 };
 

@@ -14,16 +14,6 @@ using DD::Image::Op;
 constexpr const char* distortionClass = "OrvexLensDistortionCorrection";
 constexpr const char* shadingClass = "OrvexLensShadingCorrection";
 
-/// Under which name the reader shows the clip: for a clip that was transcoded from another format, its metadata may
-/// name the camera's own file, whose format then decides how its metadata are read.
-std::string shownPath(const ClipFrame& clip) {
-    const auto original = clip.metadata->find("input/filename");
-    if (original == clip.metadata->end()) return clip.path;
-    const std::string* const name = std::get_if<std::string>(&original->second);
-    if (!name || name->empty() || *name == clip.path) return clip.path;
-    return name->front() == '/' ? *name : clip.path.substr(0, clip.path.rfind('/') + 1) + *name;
-}
-
 } // namespace
 
 CorrectionError::CorrectionError(const std::string& brief, const std::string& details)
@@ -81,7 +71,7 @@ void CorrectionChain::setImage(int border) {
         ClipSource::Settings{.threads = m_threads, .isMap = m_options.renderMap, .border = border});
     m_channels = source->channels();
     m_imageRead->setSource(source);
-    m_imageRead->setFilename(shownPath(m_image));
+    m_imageRead->setFilename(m_image.path);
 }
 
 void CorrectionChain::setFrame(std::int32_t frame, const ClipFrame& image, std::size_t part, const ClipFrame& plate) {
@@ -91,7 +81,7 @@ void CorrectionChain::setFrame(std::int32_t frame, const ClipFrame& image, std::
     if (m_options.plate) {
         m_plateRead->setSource(
             std::make_shared<ClipSource>(*plate.frame, 0, *plate.metadata, plate.range, ClipSource::Settings{}));
-        m_plateRead->setFilename(shownPath(plate));
+        m_plateRead->setFilename(plate.path);
     }
     m_graph.setFrame(frame);
     if (m_hasControls) return;

@@ -31,7 +31,7 @@ private:
 struct ClipFrame {
     const HostImage::Frame* frame = nullptr;
     const HostImage::Metadata* metadata = nullptr;
-    std::string path; ///< of the file; the correction file is searched around it
+    std::string path; ///< under which the reader shows it; the correction file is searched around it
     ClipSource::Range range;
 };
 

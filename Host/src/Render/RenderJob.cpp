@@ -151,14 +151,14 @@ void RenderJob::validateHeader(CorrectionChain& chain, const FrameJob& job,
                                std::map<std::size_t, DD::Image::Box>& boxes) {
     const HostImage::Frame header = m_clip.readHeader(job.frame);
     const HostImage::Metadata metadata = m_clip.metadata(job.frame, header);
-    const ClipFrame image{&header, &metadata, m_clip.path(job.frame), m_clip.range()};
+    const ClipFrame image{&header, &metadata, m_clip.shownPath(job.frame), m_clip.range()};
     HostImage::Frame plateHeader;
     HostImage::Metadata plateMetadata;
     ClipFrame plate = image;
     if (m_plate) {
         plateHeader = m_plate->readHeader(job.frame);
         plateMetadata = m_plate->metadata(job.frame, plateHeader);
-        plate = {&plateHeader, &plateMetadata, m_plate->path(job.frame), m_plate->range()};
+        plate = {&plateHeader, &plateMetadata, m_plate->shownPath(job.frame), m_plate->range()};
     }
     for (std::size_t part = 0; part < (m_options.renderMap ? 1 : header.parts.size()); ++part) {
         chain.setFrame(job.frame, image, part, plate);
@@ -267,9 +267,10 @@ void RenderJob::layOut(const HostImage::Part& input, const DD::Image::Box& box, 
 }
 
 void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads) {
-    const ClipFrame image{&slot.input, &slot.metadata, m_clip.path(slot.job.frame), m_clip.range()};
+    const ClipFrame image{&slot.input, &slot.metadata, m_clip.shownPath(slot.job.frame), m_clip.range()};
     const ClipFrame plate =
-        m_plate ? ClipFrame{&slot.plate, &slot.plateMetadata, m_plate->path(slot.job.frame), m_plate->range()} : image;
+        m_plate ? ClipFrame{&slot.plate, &slot.plateMetadata, m_plate->shownPath(slot.job.frame), m_plate->range()}
+                : image;
     slot.output.format = slot.input.format;
     slot.output.parts.resize(m_options.renderMap ? 1 : slot.input.parts.size());
     for (std::size_t part = 0; part < slot.output.parts.size(); ++part) {

@@ -1,7 +1,9 @@
 """lenscorrect render: what is in the pictures that it writes."""
+import json
 import os
 import re
 import struct
+import subprocess
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
@@ -78,6 +80,63 @@ class OtherFormats(render_test.RenderTest):
 
     def test_a_round_trip_through_tiff(self):
         self.round_trip("tif", 0.015)
+
+
+class PictureSequences(render_test.RenderTest):
+    """Sequences of every format are one clip, as EXR sequences are: the correction file names it without number."""
+
+    def setUp(self):
+        super().setUp()
+        self.write_lens(count=2)
+        self.write_plate(self.part("RGB"), frames=(1001, 1002))
+        self.reference = self.rendered(*UNDISTORT, out="reference/f.%04d.exr", frame=1002)[0]
+
+    def convert(self, pattern, *options):
+        for frame in (1001, 1002):
+            subprocess.run(["oiiotool", self.path(f"plate.{frame}.exr"), *options, "-o", self.path(pattern % frame)],
+                           check=True, capture_output=True)
+        for frame in (1001, 1002):
+            os.rename(self.path(f"plate.{frame}.exr"), self.path(f"was.{frame}.exr"))
+
+    def expect_like_exr(self, pattern, tolerance, *options):
+        self.convert(pattern, *options)
+        got = self.rendered(*UNDISTORT, clip=pattern, frame=1002)[0]
+        self.expect_close(got, self.reference, tolerance)
+
+    def test_of_tiff_are_corrected_like_exr(self):
+        self.expect_like_exr("plate.%04d.tif", 0.0, "-d", "float")
+
+    def test_of_png_are_corrected_like_exr(self):
+        # Two roundings to 16 bits, and the interpolation between values that were rounded.
+        self.expect_like_exr("plate.%04d.png", 3 / 65535, "-d", "uint16")
+
+    def test_of_jpeg_are_corrected_like_exr(self):
+        # What the compression costs a smooth picture at quality 100: two steps of 8 bits in each of its conversions.
+        self.expect_like_exr("plate.%04d.jpg", 6 / 255, "--quality", "100", "--attrib", "jpeg:subsampling", "4:4:4")
+
+    def test_are_one_clip_also_where_a_line_sets_the_number_apart(self):
+        for frame in (1001, 1002):
+            os.rename(self.path(f"plate.{frame}.exr"), self.path(f"plate_{frame}.exr"))
+        self.expect_same(self.rendered(*UNDISTORT, clip="plate_%04d.exr", frame=1002)[0].channels["R"],
+                         self.reference.channels["R"])
+
+    def test_take_a_correction_file_by_hand(self):
+        self.convert("plate.%04d.tif", "-d", "float")
+        os.mkdir(self.path("lens"))
+        os.rename(self.path("plate.olcf"), self.path("lens", "by hand.olcf"))
+        got = self.rendered(*UNDISTORT, "--correction-file", "lens/by hand.olcf", clip="plate.%04d.tif", frame=1002)[0]
+        self.expect_close(got, self.reference, 0.0)
+
+    def test_are_the_same_clip_to_every_command(self):
+        self.convert("plate.%04d.tif", "-d", "float")
+        self.expect(self.run_program("find", "plate.%04d.tif"), 0, self.path("plate.olcf") + "\n", "")
+        info = self.run_program("info", "plate.%04d.tif", "--frames", "--json")
+        self.expect(info, 0, errors="")
+        self.assertEqual([frame["record"]["frame"] for frame in json.loads(info.stdout)["frames"]], [0, 1])
+        self.expect(self.run_program("verify", "plate.%04d.tif", "--tolerance", "0.5"), 0, errors="")
+        self.expect(self.run_program("stmap", "plate.%04d.tif", "--direction", "undistort", "-o", "map/m.%04d.exr",
+                                     "--progress", "none"), 0)
+        self.expect(self.render("--distortion", "distort", "--plate", "plate.%04d.tif", clip="was.%04d.exr"), 0, "", "")
 
 
 class Channels(render_test.RenderTest):
