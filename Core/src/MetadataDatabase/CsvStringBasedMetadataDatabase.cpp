@@ -3,6 +3,7 @@
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <iterator>
+#include <mutex>
 #include <vector>
 
 #include "Exception/Assert.h"
@@ -30,8 +31,10 @@ const MetadataDatabase* makeSharedInstance() {
 } // namespace
 
 const MetadataDatabase& CsvStringBasedMetadataDatabase::sharedInstance() {
+    static std::once_flag createSharedInstanceOnceFlag;
     // Never destroyed: a host thread may still ask while static objects are torn down.
-    static const MetadataDatabase* const instance = makeSharedInstance();
+    static const MetadataDatabase* instance = nullptr;
+    std::call_once(createSharedInstanceOnceFlag, [] { instance = makeSharedInstance(); });
     return *instance;
 }
 
@@ -48,7 +51,8 @@ CsvStringBasedMetadataDatabase::~CsvStringBasedMetadataDatabase() = default;
 
 void CsvStringBasedMetadataDatabase::keyForKind(MetadataKind kind, const std::string& cameraManufacturer,
                                                 const std::string& containerFormat, std::string& key) const {
-    const std::string kindName = kindNames[static_cast<std::size_t>(kind)];
+    const auto index = static_cast<std::size_t>(kind);
+    const std::string kindName = index < std::size(kindNames) ? kindNames[index] : "";
     const auto keys = m_keys.find(kindName);
     const bool kindExists = keys != m_keys.end();
     ORVEX_ASSERT(kindExists);

@@ -33,6 +33,14 @@ float halfDiagonal(float width, float height) {
     return static_cast<float>(std::sqrt(halfWidth * halfWidth + halfHeight * halfHeight));
 }
 
+template <typename Value, typename Order>
+std::vector<std::string> keysOf(const std::map<std::string, Value, Order>& map) {
+    std::vector<std::string> keys;
+    keys.reserve(map.size());
+    for (const auto& [key, ignored] : map) keys.push_back(key);
+    return keys;
+}
+
 } // namespace
 
 const RecordingFormatDatabase& CsvStringBasedRecordingFormatDatabase::sharedInstance() {
@@ -61,15 +69,12 @@ CsvStringBasedRecordingFormatDatabase::CsvStringBasedRecordingFormatDatabase(con
 CsvStringBasedRecordingFormatDatabase::~CsvStringBasedRecordingFormatDatabase() = default;
 
 void CsvStringBasedRecordingFormatDatabase::cameraManufacturers(std::vector<std::string>& cameraManufacturers) const {
-    cameraManufacturers.clear();
-    for (const auto& [name, ignored] : m_formats) cameraManufacturers.push_back(name);
+    cameraManufacturers = keysOf(m_formats);
 }
 
 void CsvStringBasedRecordingFormatDatabase::cameraModels(const std::string& cameraManufacturer,
                                                          std::vector<std::string>& cameraModels) const {
-    const Models& found = models(cameraManufacturer);
-    cameraModels.clear();
-    for (const auto& [name, ignored] : found) cameraModels.push_back(name);
+    cameraModels = keysOf(models(cameraManufacturer));
 }
 
 void CsvStringBasedRecordingFormatDatabase::recordingFormats(
@@ -78,7 +83,9 @@ void CsvStringBasedRecordingFormatDatabase::recordingFormats(
     const Models& found = models(cameraManufacturer);
     const auto model = found.find(cameraModel);
     if (model == found.end()) throw CameraManufacturerModelMismatchException(cameraManufacturer, cameraModel);
-    recordingFormats = model->second;
+    // Copied first: an assignment of a map that runs out of memory leaves it half filled.
+    Formats copy = model->second;
+    recordingFormats.swap(copy);
 }
 
 const CsvStringBasedRecordingFormatDatabase::Models& CsvStringBasedRecordingFormatDatabase::models(

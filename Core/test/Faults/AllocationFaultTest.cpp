@@ -7,8 +7,10 @@
 
 #include <boost/filesystem/exception.hpp>
 #include <functional>
+#include <map>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "Core/CorrectionPolynomials.h"
 #include "Core/ExtendedManagedContainer.h"
@@ -17,10 +19,15 @@
 #include "CorrectionFile/Parser/Parser.h"
 #include "CorrectionFile/Reader/Reader.h"
 #include "Faults/FaultyFacade.h"
+#include "MetadataDatabase/CsvStringBasedMetadataDatabase.h"
+#include "RecordingFormatDatabase/CsvStringBasedRecordingFormatDatabase.h"
 #include "Support/CorrectionFileText.h"
 #include "Support/OpenCLDevice.h"
 #include "Support/TemporaryFolder.h"
 
+using MetadataDatabase::CsvStringBasedMetadataDatabase;
+using MetadataDatabase::MetadataKind;
+using RecordingFormatDatabase::CsvStringBasedRecordingFormatDatabase;
 using Support::FaultyFacade;
 
 namespace {
@@ -106,6 +113,42 @@ TEST(AllocationFault, InTheFinderLeavesThePathUntouched) {
     std::string found = "untouched";
     failEveryAllocation([&] { finder.find(found); }, [&] { EXPECT_EQ(found, "untouched"); });
     EXPECT_EQ(found, path);
+}
+
+TEST(AllocationFault, InTheRecordingFormatDatabaseLeavesTheMakersUntouched) {
+    const auto& database = CsvStringBasedRecordingFormatDatabase::sharedInstance();
+    const std::vector<std::string> before = {"untouched"};
+    std::vector<std::string> makers = before;
+    EXPECT_GT(failEveryAllocation([&] { database.cameraManufacturers(makers); }, [&] { EXPECT_EQ(makers, before); }),
+              0);
+    EXPECT_EQ(makers.size(), 5u);
+}
+
+TEST(AllocationFault, InTheRecordingFormatDatabaseLeavesTheModelsUntouched) {
+    const auto& database = CsvStringBasedRecordingFormatDatabase::sharedInstance();
+    const std::vector<std::string> before = {"untouched"};
+    std::vector<std::string> models = before;
+    EXPECT_GT(failEveryAllocation([&] { database.cameraModels("RED", models); }, [&] { EXPECT_EQ(models, before); }),
+              1);
+    EXPECT_EQ(models.size(), 38u);
+}
+
+TEST(AllocationFault, InTheRecordingFormatDatabaseLeavesTheFormatsUntouched) {
+    const auto& database = CsvStringBasedRecordingFormatDatabase::sharedInstance();
+    std::map<std::string, RecordingFormatDatabase::RecordingFormat> formats = {{"untouched", {}}};
+    EXPECT_GT(failEveryAllocation([&] { database.recordingFormats("ARRI", "AMIRA", formats); },
+                                  [&] { EXPECT_TRUE(formats.size() == 1 && formats.count("untouched") == 1); }),
+              1);
+    EXPECT_EQ(formats.size(), 5u);
+}
+
+TEST(AllocationFault, InTheMetadataDatabaseLeavesTheKeyUntouched) {
+    const auto& database = CsvStringBasedMetadataDatabase::sharedInstance();
+    std::string key = "untouched";
+    EXPECT_GT(failEveryAllocation([&] { database.keyForKind(MetadataKind::ClipFileName, "ARRI", "EXR", key); },
+                                  [&] { EXPECT_EQ(key, "untouched"); }),
+              0);
+    EXPECT_EQ(key, "exr/interim.clip.cameraClipName");
 }
 
 TEST(AllocationFault, InAFitIsNoFailureOfTheFit) {

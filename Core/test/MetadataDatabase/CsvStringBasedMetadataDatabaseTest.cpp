@@ -98,6 +98,12 @@ TEST(CsvStringBasedMetadataDatabase, IsOneObjectForAllThreads) {
     EXPECT_THAT(seen, testing::Each(&CsvStringBasedMetadataDatabase::sharedInstance()));
 }
 
+TEST(CsvStringBasedMetadataDatabaseDeathTest, StopsOnAKindThatIsNone) {
+    for (const int kind : {2, -1, 1000000}) {
+        EXPECT_DEATH(keyFor(static_cast<MetadataKind>(kind), "RED", "MOV"), "Assertion failed: kindExists\n") << kind;
+    }
+}
+
 TEST(CsvStringBasedMetadataDatabaseDeathTest, StopsOnARowWithoutFourFields) {
     const char* const rows[] = {"Timecode;RED;MOV"};
     EXPECT_DEATH(CsvStringBasedMetadataDatabase(rows, 1), "parts.size\\(\\) == 4");

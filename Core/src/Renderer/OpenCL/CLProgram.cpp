@@ -1,5 +1,6 @@
 #include "Renderer/OpenCL/CLProgram.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "Exception/Exception.h"
@@ -7,19 +8,18 @@
 
 namespace Renderer {
 
-CLProgram::CLProgram(cl_device_id device, cl_context context, const std::string& source) {
+CLProgram::CLProgram(cl_context context, const std::string& source) {
     cl_int status = CL_SUCCESS;
     const char* text = source.c_str();
     m_program = clCreateProgramWithSource(context, 1, &text, nullptr, &status);
     throwIfFailed(status, "Failed to create program!");
+}
 
-    status = clBuildProgram(m_program, 0, nullptr, nullptr, nullptr, nullptr);
+// Once the other constructor is done, the destructor releases the program, whatever is thrown here.
+CLProgram::CLProgram(cl_device_id device, cl_context context, const std::string& source) : CLProgram(context, source) {
+    const cl_int status = clBuildProgram(m_program, 0, nullptr, nullptr, nullptr, nullptr);
     if (status == CL_SUCCESS) return;
-
-    const std::string log = buildLog(device);
-    // A constructor that throws runs no destructor.
-    clReleaseProgram(m_program);
-    throw Exception("Failed to build program executable! (" + std::to_string(status) + ") (" + log + ")");
+    throw Exception("Failed to build program executable! (" + std::to_string(status) + ") (" + buildLog(device) + ")");
 }
 
 CLProgram::~CLProgram() {
@@ -27,17 +27,15 @@ CLProgram::~CLProgram() {
 }
 
 std::string CLProgram::buildLog(cl_device_id device) const {
-    constexpr std::size_t capacity = 4096;
-    char log[capacity] = {};
+    constexpr std::size_t longestLog = 4096;
     std::size_t length = 0;
-    const cl_int status = clGetProgramBuildInfo(m_program, device, CL_PROGRAM_BUILD_LOG, capacity, log, &length);
-    if (status == CL_SUCCESS || length <= capacity) return std::string(log, strnlen(log, capacity));
-
-    // The device refuses to cut a log that does not fit, so it is fetched whole and cut here.
-    std::string whole(length, '\0');
-    if (clGetProgramBuildInfo(m_program, device, CL_PROGRAM_BUILD_LOG, length, whole.data(), nullptr) != CL_SUCCESS)
-        return std::string();
-    return std::string(whole.c_str(), strnlen(whole.c_str(), capacity));
+    if (clGetProgramBuildInfo(m_program, device, CL_PROGRAM_BUILD_LOG, 0, nullptr, &length) != CL_SUCCESS) return "";
+    // Drivers refuse a buffer that a log does not fit, so the log is fetched whole and cut here.
+    std::string log(length, '\0');
+    if (clGetProgramBuildInfo(m_program, device, CL_PROGRAM_BUILD_LOG, length, log.data(), nullptr) != CL_SUCCESS)
+        return "";
+    log.resize(strnlen(log.data(), std::min(length, longestLog)));
+    return log;
 }
 
 } // namespace Renderer

@@ -19,6 +19,9 @@ public:
     operator cl_program() const { return m_program; }
 
 private:
+    CLProgram(cl_context context, const std::string& source);
+
+    /// The first 4096 bytes of it; empty if the driver does not give it.
     std::string buildLog(cl_device_id device) const;
 
     cl_program m_program = nullptr;

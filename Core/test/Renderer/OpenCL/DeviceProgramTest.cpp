@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -19,6 +20,23 @@ protected:
         }
         return "no exception";
     }
+
+    // The log that a text shows of a program whose compiler complains in a message of this length, and perhaps in a few
+    // more words.
+    static std::string logOfAComplaint(std::size_t length) {
+        const std::string message = messageOfMaking("#error " + std::string(length, 'x') + "\n", "broken");
+        const std::string start = "Failed to build program executable! (-11) (";
+        EXPECT_EQ(message.substr(0, start.size()), start);
+        EXPECT_EQ(message.back(), ')');
+        return message.substr(start.size(), message.size() - start.size() - 1);
+    }
+
+    // The same for a log of this length; it must leave the driver's own words their room.
+    static std::string logOfLength(std::size_t length) {
+        constexpr std::size_t little = 10;
+        const std::size_t ownWords = logOfAComplaint(little).size() - little;
+        return logOfAComplaint(length - ownWords);
+    }
 };
 
 } // namespace
@@ -29,6 +47,23 @@ TEST_F(DeviceProgram, WithASyntaxErrorTellsTheCompilersLog) {
     EXPECT_EQ(message.substr(0, start.size()), start);
     EXPECT_NE(message.find("error"), std::string::npos) << message;
     EXPECT_LE(message.size(), start.size() + 4096 + 1);
+}
+
+TEST_F(DeviceProgram, ShowsAComplaintOf10Bytes) {
+    EXPECT_THAT(logOfAComplaint(10), testing::ContainsRegex("[^x]x{10}[^x]"));
+}
+
+TEST_F(DeviceProgram, ShowsALogOf4096BytesWhole) {
+    const std::string log = logOfLength(4096);
+    EXPECT_EQ(log.size(), 4096u);
+    EXPECT_NE(log.find(std::string(1000, 'x')), std::string::npos) << log;
+    EXPECT_NE(log.back(), 'x') << "the driver's own words follow the compiler's";
+}
+
+TEST_F(DeviceProgram, CutsALogOf20000BytesAfterItsFirst4096) {
+    const std::string log = logOfLength(20000);
+    EXPECT_EQ(log.size(), 4096u);
+    EXPECT_EQ(log.substr(log.size() - 1000), std::string(1000, 'x'));
 }
 
 TEST_F(DeviceProgram, WithoutTheNamedKernelTellsTheStatus) {

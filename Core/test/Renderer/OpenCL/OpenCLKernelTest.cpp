@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 
@@ -98,10 +99,13 @@ TEST(OpenCLKernel, TellsTheCompilersLogWhenTheProgramDoesNotBuild) {
     EXPECT_EQ(messageOfMaking(), "Failed to build program executable! (-11) (line 1: expected ';')");
 }
 
-TEST(OpenCLKernel, CutsTheCompilersLogAt4096Bytes) {
-    fakeOpenCL.statuses["clBuildProgram"][1] = CL_BUILD_PROGRAM_FAILURE;
-    fakeOpenCL.buildLog = std::string(10000, 'x');
-    EXPECT_EQ(messageOfMaking(), "Failed to build program executable! (-11) (" + std::string(4096, 'x') + ")");
+TEST(OpenCLKernel, ShowsTheFirst4096BytesOfTheCompilersLog) {
+    for (const std::size_t length : {10u, 4095u, 4096u, 4097u, 20000u}) {
+        fakeOpenCL.statuses["clBuildProgram"][0] = CL_BUILD_PROGRAM_FAILURE;
+        fakeOpenCL.buildLog = std::string(length, 'x');
+        const std::string shown(std::min<std::size_t>(length, 4096), 'x');
+        EXPECT_EQ(messageOfMaking(), "Failed to build program executable! (-11) (" + shown + ")") << length;
+    }
 }
 
 TEST(OpenCLKernel, TellsTheFailedBuildEvenWithoutALog) {
