@@ -30,12 +30,16 @@ ExrContext::ExrContext(const InputFile& file) : m_path(file.path()), m_file(&fil
 
 ExrContext::ExrContext(const std::string& path) : m_path(path) {
     exr_context_initializer_t values = initializer();
-    values.error_handler_fn = onError;
-    values.user_data = this;
+    values.error_handler_fn = ignoreError;
     values.write_fn = discard;
-    const exr_result_t result = exr_start_write(&m_context, m_path.c_str(), EXR_WRITE_FILE_DIRECTLY, &values);
+    exr_result_t result = exr_start_write(&m_context, m_path.c_str(), EXR_WRITE_FILE_DIRECTLY, &values);
+    if (result == EXR_ERR_SUCCESS) result = exr_set_longname_support(m_context, 1);
     if (result != EXR_ERR_SUCCESS) throw ImageError(m_path, "cannot be written: " + errorText(result));
 }
+
+// The context of a write reports errors with its lock held, which any question to it would take again: the results
+// alone have to tell.
+void ExrContext::ignoreError(exr_const_context_t, exr_result_t, const char*) {}
 
 ExrContext::~ExrContext() {
     if (m_context != nullptr) exr_finish(&m_context);

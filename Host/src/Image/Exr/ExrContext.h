@@ -23,13 +23,14 @@ public:
     ExrContext& operator=(const ExrContext&) = delete;
 
     exr_context_t get() const { return m_context; }
-    /// The library's first complaint, without the file's name; or its text for `result`.
+    /// The library's first complaint while it reads, without the file's name; else its text for `result`.
     std::string errorText(exr_result_t result) const;
     /// Whether a read has met the end of the file.
     bool metEnd() const;
 
 private:
     static void onError(exr_const_context_t context, exr_result_t code, const char* message);
+    static void ignoreError(exr_const_context_t context, exr_result_t code, const char* message);
     static std::int64_t read(exr_const_context_t context, void* self, void* buffer, std::uint64_t size,
                              std::uint64_t offset, exr_stream_error_func_ptr_t onStreamError);
     static std::int64_t size(exr_const_context_t context, void* self);

@@ -509,7 +509,7 @@ std::vector<Part> preparedParts(const std::string& path, const Frame& frame, con
         }
         if (part.dataWindow.width() < 1 || part.dataWindow.height() < 1 || part.channels.empty())
             throw ImageError(path, "cannot be written: a part has no pixels");
-        // The library checks these too, but its write context then waits for itself for ever.
+        // The library checks these too, but does not say which channel it means.
         for (const Channel& channel : part.channels)
             if (!exrSamplingFits(channel, part.dataWindow))
                 throw ImageError(path, "cannot be written: the sub-sampled channel " + channel.name +

@@ -227,6 +227,31 @@ TEST_F(Exr, KeepsEveryAttributeByteForByte) {
     EXPECT_EQ(stock.header().previewImage().width(), 1u);
 }
 
+TEST_F(Exr, KeepsChannelsPartsAndAttributesOfLongNames) {
+    const std::string name(255, 'n');
+    Frame frame = noiseFrame({0, 0, 15, 15}, {{.name = name, .type = PixelType::Half}});
+    frame.parts.push_back(frame.parts[0]);
+    frame.parts[0].name = name;
+    frame.parts[1].name = "short";
+    frame.parts[0].setAttribute({name, "string", "long"});
+    writeFrame(path, frame);
+    const Part back = readFrame(path).parts[0];
+    EXPECT_EQ(back.channels[0].name, name);
+    EXPECT_EQ(back.name, name);
+    EXPECT_EQ(back.text(name), "long");
+    EXPECT_TRUE(pixelBytes(back) == pixelBytes(frame.parts[0]));
+}
+
+TEST_F(Exr, WithAChannelNameThatNoFileCanHoldIsRefused) {
+    const Frame frame = noiseFrame({0, 0, 15, 15}, {{.name = std::string(256, 'n'), .type = PixelType::Half}});
+    try {
+        writeFrame(path, frame);
+        FAIL();
+    } catch (const ImageError& error) {
+        EXPECT_EQ(std::string(error.what()), path + ": cannot be written: Text too long for file flags");
+    }
+}
+
 TEST_F(Exr, CarriesAThreeMegabyteAttribute) {
     RawExr raw;
     raw.more = RawExr::attribute("com.orvex.LensCorrection", "string", std::string(3 << 20, 'x'));
