@@ -121,10 +121,7 @@ FrameParameters Core::CorePrivate::prepareRendererIfNeeded() {
     if (!renderers.shading) renderers.shading = std::make_unique<Renderer::ShadingRenderer>();
     if (!renderers.distortion) renderers.distortion = std::make_unique<Renderer::DistortionRenderer>();
 
-    const FrameParameters parameters = m_preparation.parameters(*frame);
-    if (parameters.shading) renderers.shading->parameter = *parameters.shading;
-    if (parameters.distortion) renderers.distortion->parameter = *parameters.distortion;
-    return parameters;
+    return m_preparation.parameters(*frame);
 }
 
 } // namespace Core

@@ -6,6 +6,7 @@
 #include <sstream>
 #include <utility>
 
+#include "Core/CorrectionPolynomials.h"
 #include "CorrectionData/ContainerManager/ContainerManager.h"
 #include "CorrectionData/ContainerManager/CorrectionFileBasedContainerManagerDataSource.h"
 #include "Exception/Assert.h"
@@ -298,7 +299,7 @@ Renderer::ShadingParameter FramePreparation::shadingParameter(const ShadingCorre
     auto parameter = parameterOf<Renderer::ShadingParameter>(frame.frameData, frame.recordingFormat, wanted.renderMap);
     parameter.imageRadius = renderedImageRadius(frame.recordingFormat, frame.frameData);
     checkImageRadius(parameter.imageRadius, frame.frameData);
-    setKernelCoefficients(m_polynomials.shading(frame.record), parameter);
+    setKernelCoefficients(shadingPolynomial(frame.record), parameter);
     parameter.reverse = wanted.addShading ? 1 : 0;
     parameter.gamma = 1.0f;
     return parameter;
@@ -310,7 +311,7 @@ Renderer::DistortionParameter FramePreparation::distortionParameter(const Distor
         parameterOf<Renderer::DistortionParameter>(frame.frameData, frame.recordingFormat, wanted.renderMap);
     const float imageRadius = renderedImageRadius(frame.recordingFormat, frame.frameData);
     checkImageRadius(imageRadius, frame.frameData);
-    const DistortionPolynomials polynomials = m_polynomials.distortion(frame.record);
+    const DistortionPolynomials polynomials = distortionPolynomials(frame.record);
     const float distortedImageRadius = polynomials.distorted.at(imageRadius);
     checkImageRadius(distortedImageRadius, frame.frameData);
     // Kernel coefficients and image radius belong to the picture that is rendered, the others to the one it comes from.

@@ -7,7 +7,6 @@
 
 #include "Core/CoreDataSource.h"
 #include "Core/ExtendedManagedContainer.h"
-#include "Core/PolynomialCache.h"
 #include "CorrectionData/Content.h"
 #include "CorrectionFile/Finder/LevelOfDepth.h"
 #include "Renderer/DistortionParameter.h"
@@ -95,7 +94,6 @@ private:
     std::mutex m_mutex;
     std::unique_ptr<ExtendedManagedContainer> m_container; ///< empty until first needed
     ContainerSource m_containerSource;                     ///< what m_container was made from
-    PolynomialCache m_polynomials;
 };
 
 } // namespace Core

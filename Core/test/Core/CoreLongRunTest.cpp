@@ -20,7 +20,7 @@ namespace {
 
 constexpr int warmUpFrames = 200;
 constexpr int frames = 2000;
-// What is in use may differ by a text or a queue of the driver; a leak of the frames' curves would be 300 KB.
+// What is in use may differ by a text or a queue of the driver; a leak of the frames' records would be 300 KB.
 constexpr long allowedGrowth = 64 << 10;
 // Of the process; fragments of the allocator too. A leak of one frame's pixels would be 290 MB.
 constexpr long allowedResidentGrowth = 1 << 20;
