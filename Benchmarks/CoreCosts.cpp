@@ -56,19 +56,19 @@ nlohmann::json startUp(const std::string& path) {
 
 class ParsedFile : public CorrectionData::ManagedContainerDataSource {
 public:
-    explicit ParsedFile(std::shared_ptr<const CorrectionData::Content> content) : m_content(std::move(content)) {}
+    explicit ParsedFile(std::shared_ptr<CorrectionData::Content> content) : m_content(std::move(content)) {}
 
-    void shareContent(const std::string&, std::shared_ptr<const CorrectionData::Content>& content) override {
+    void shareContent(const std::string&, std::shared_ptr<CorrectionData::Content>& content) override {
         content = m_content;
     }
 
     void shareContent(const std::string&, const std::string&,
-                      std::shared_ptr<const CorrectionData::Content>& content) override {
+                      std::shared_ptr<CorrectionData::Content>& content) override {
         content = m_content;
     }
 
 private:
-    std::shared_ptr<const CorrectionData::Content> m_content;
+    std::shared_ptr<CorrectionData::Content> m_content;
 };
 
 nlohmann::json correctionFile(const std::string& path) {

@@ -23,11 +23,11 @@ public:
     std::shared_ptr<Content> content = std::make_shared<Content>();
     bool fails = false;
 
-    void shareContent(const std::string&, std::shared_ptr<const Content>& shared) override {
+    void shareContent(const std::string&, std::shared_ptr<Content>& shared) override {
         if (fails) throw Exception("Nothing there.");
         shared = content;
     }
-    void shareContent(const std::string&, const std::string&, std::shared_ptr<const Content>& shared) override {
+    void shareContent(const std::string&, const std::string&, std::shared_ptr<Content>& shared) override {
         shared = content;
     }
 };

@@ -14,6 +14,7 @@
 
 #include "Core/CorrectionPolynomials.h"
 #include "Core/ExtendedManagedContainer.h"
+#include "CorrectionData/ContainerManager/ContainerManagerContentCache.h"
 #include "CorrectionData/Parser/JsonParser.h"
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "CorrectionFile/Parser/Parser.h"
@@ -149,6 +150,38 @@ TEST(AllocationFault, InTheMetadataDatabaseLeavesTheKeyUntouched) {
                                   [&] { EXPECT_EQ(key, "untouched"); }),
               0);
     EXPECT_EQ(key, "exr/interim.clip.cameraClipName");
+}
+
+TEST(AllocationFault, InAContainerLeavesHeaderAndFrameUntouched) {
+    CorrectionData::ManagedContainer container(Support::jsonRecord);
+    CorrectionData::Header header;
+    CorrectionData::Frame frame;
+    failEveryAllocation([&] { container.headerData(header); },
+                        [&] { EXPECT_TRUE(header.cameraManufacturer.empty() && header.cameraModel.empty()); });
+    failEveryAllocation([&] { container.frameData(0u, frame); },
+                        [&] { EXPECT_TRUE(frame.heights.empty() && frame.shading.empty()); });
+    EXPECT_EQ(frame.radialDistortion.size(), 7u);
+}
+
+TEST(AllocationFault, InTheContentCacheLeavesNothingOfTheNewEntryAndAllOfTheOldOne) {
+    // Texts that are too long to lie within their string.
+    const std::string clip(100, 'c'), file(100, 'f'), oldFile(100, 'o'), otherClip(100, 'd');
+    const auto content = std::make_shared<CorrectionData::Content>();
+    long number = 1;
+    for (bool fault = true; fault; ++number) {
+        CorrectionData::ContainerManagerContentCache cache(2);
+        cache.cacheContent(oldFile, content);
+        const Outcome outcome = runWithFault(
+            number, [&] { cache.cacheContent(clip, file, content); }, fault);
+        EXPECT_EQ(outcome, fault ? Outcome::OutOfMemory : Outcome::Succeeded) << "allocation " << number;
+        if (!fault) break;
+        std::shared_ptr<CorrectionData::Content> found;
+        EXPECT_FALSE(cache.cachedContentForCorrectionFilePath(file, found)) << "allocation " << number;
+        cache.cacheContent(otherClip, file, content);
+        EXPECT_FALSE(cache.cachedContentForClipFilePath(clip, found)) << "allocation " << number;
+        EXPECT_TRUE(cache.cachedContentForCorrectionFilePath(oldFile, found)) << "allocation " << number;
+    }
+    EXPECT_GT(number, 4);
 }
 
 TEST(AllocationFault, InAFitIsNoFailureOfTheFit) {

@@ -21,14 +21,14 @@ using CorrectionData::Content;
 // Gives a container content that was read already.
 class GivenContent : public CorrectionData::ManagedContainerDataSource {
 public:
-    explicit GivenContent(std::shared_ptr<const Content> content) : m_content(std::move(content)) {}
-    void shareContent(const std::string&, std::shared_ptr<const Content>& content) override { content = m_content; }
-    void shareContent(const std::string&, const std::string&, std::shared_ptr<const Content>& content) override {
+    explicit GivenContent(std::shared_ptr<Content> content) : m_content(std::move(content)) {}
+    void shareContent(const std::string&, std::shared_ptr<Content>& content) override { content = m_content; }
+    void shareContent(const std::string&, const std::string&, std::shared_ptr<Content>& content) override {
         content = m_content;
     }
 
 private:
-    const std::shared_ptr<const Content> m_content;
+    const std::shared_ptr<Content> m_content;
 };
 
 } // namespace
@@ -58,7 +58,7 @@ CorrectionFileData CorrectionFileData::read(const std::string& path) {
     return data;
 }
 
-CorrectionFileData correctionFileDataOf(std::shared_ptr<const Content> content) {
+CorrectionFileData correctionFileDataOf(std::shared_ptr<Content> content) {
     Core::ExtendedManagedContainer container("clip", std::make_shared<GivenContent>(content));
     CorrectionFileData data;
     data.content = std::move(content);

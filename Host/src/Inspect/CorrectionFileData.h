@@ -21,6 +21,6 @@ struct CorrectionFileData {
 };
 
 /// What the core works out about a content that was parsed already; path empty.
-CorrectionFileData correctionFileDataOf(std::shared_ptr<const CorrectionData::Content> content);
+CorrectionFileData correctionFileDataOf(std::shared_ptr<CorrectionData::Content> content);
 
 } // namespace Host

@@ -33,42 +33,45 @@ ManagedContainer::ManagedContainer(const std::string& frameMetadataJSONString)
 
 ManagedContainer::~ManagedContainer() = default;
 
+// Outputs are copied first and moved then, so that they stay whole when memory runs out.
 void ManagedContainer::headerData(Header& header) {
     if (!m_frameMetadataJSONString.empty()) {
-        header = jsonData().first;
+        header = Header(jsonData().first);
         return;
     }
+    std::shared_ptr<Content> content;
     try {
-        header = sharedContent()->header;
+        sharedContent(content);
     } catch (const Exception& exception) {
         throwException(exception.what());
     }
+    header = Header(content->header);
 }
 
 void ManagedContainer::frameData(unsigned int frameNumber, Frame& frame) {
     if (!m_frameMetadataJSONString.empty()) {
-        frame = jsonData().second;
+        frame = Frame(jsonData().second);
         return;
     }
-    std::shared_ptr<const Content> content;
+    std::shared_ptr<Content> content;
     try {
-        content = sharedContent();
+        sharedContent(content);
     } catch (const Exception& exception) {
         throwException(exception.what(), frameNumber);
     }
     const auto next = content->frames.upper_bound(frameNumber);
     if (next == content->frames.begin()) throwException("", frameNumber);
-    frame = std::prev(next)->second;
+    frame = Frame(std::prev(next)->second);
 }
 
 void ManagedContainer::frameData(Timecode::Timecode timecode, Frame& frame) {
     if (!m_frameMetadataJSONString.empty()) {
-        frame = jsonData().second;
+        frame = Frame(jsonData().second);
         return;
     }
-    std::shared_ptr<const Content> content;
+    std::shared_ptr<Content> content;
     try {
-        content = sharedContent();
+        sharedContent(content);
     } catch (const Exception& exception) {
         throwException(exception.what(), timecode);
     }
@@ -87,20 +90,21 @@ void ManagedContainer::frameData(Timecode::Timecode timecode, Frame& frame) {
     frameData(static_cast<unsigned int>(std::min(frameNumber, lastNumber)), frame);
 }
 
-std::shared_ptr<const Content> ManagedContainer::sharedContent() {
-    std::shared_ptr<const Content> content = m_content.lock();
-    if (!content) {
+void ManagedContainer::sharedContent(std::shared_ptr<Content>& content) {
+    ORVEX_ASSERT(m_dataSource);
+    std::shared_ptr<Content> shared = m_content.lock();
+    if (!shared) {
         if (!m_clipFilePath.empty()) {
-            m_dataSource->shareContent(m_clipFilePath, content);
+            m_dataSource->shareContent(m_clipFilePath, shared);
         } else {
-            m_dataSource->shareContent(m_clipFileName, m_correctionFilePath, content);
+            m_dataSource->shareContent(m_clipFileName, m_correctionFilePath, shared);
         }
-        m_content = content;
+        m_content = shared;
     }
-    return content;
+    content = std::move(shared);
 }
 
-std::pair<Header, Frame> ManagedContainer::jsonData() {
+const std::pair<Header, Frame>& ManagedContainer::jsonData() {
     const std::lock_guard<std::mutex> lock(m_jsonMutex);
     if (!m_jsonData) {
         std::pair<Header, Frame> data;

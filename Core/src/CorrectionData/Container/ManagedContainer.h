@@ -39,21 +39,26 @@ public:
     /// Timecode::InvalidTimecodeException if the first stored frame's timecode is none.
     void frameData(Timecode::Timecode timecode, Frame& frame) override;
 
-private:
-    std::shared_ptr<const Content> sharedContent();
-    std::pair<Header, Frame> jsonData();
+    /// The content of the clip's file, from the data source unless it still lives. The data source's failures pass, and
+    /// `content` is untouched then. A programming error in a container that was made from a JSON text.
+    void sharedContent(std::shared_ptr<Content>& content);
+
+    /// Throws the DataNotAvailableException of this clip for its header, or for a frame. An empty reason is none.
     [[noreturn]] void throwException(const std::string& reason) const;
     [[noreturn]] void throwException(const std::string& reason, unsigned int frameNumber) const;
     [[noreturn]] void throwException(const std::string& reason, const Timecode::Timecode& timecode) const;
+
+private:
+    const std::pair<Header, Frame>& jsonData();
 
     const std::string m_clipFilePath;
     const std::string m_clipFileName;
     const std::string m_correctionFilePath;
     const std::string m_frameMetadataJSONString;
     const std::shared_ptr<ManagedContainerDataSource> m_dataSource;
-    std::weak_ptr<const Content> m_content;
-    std::mutex m_jsonMutex;
-    std::optional<std::pair<Header, Frame>> m_jsonData; ///< empty until the text was parsed
+    std::weak_ptr<Content> m_content;
+    std::mutex m_jsonMutex;                             ///< guards that the text is parsed once
+    std::optional<std::pair<Header, Frame>> m_jsonData; ///< empty until it was parsed, the same ever after
 };
 
 } // namespace CorrectionData

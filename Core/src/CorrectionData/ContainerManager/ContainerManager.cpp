@@ -22,7 +22,7 @@ ContainerManager::ContainerManager(std::unique_ptr<ContainerManagerDataSource> d
 
 ContainerManager::~ContainerManager() = default;
 
-void ContainerManager::shareContent(const std::string& clipFilePath, std::shared_ptr<const Content>& content) {
+void ContainerManager::shareContent(const std::string& clipFilePath, std::shared_ptr<Content>& content) {
     if (m_cache.cachedContentForClipFilePath(clipFilePath, content)) return;
     std::string correctionFilePath;
     auto loaded = std::make_shared<Content>();
@@ -32,8 +32,8 @@ void ContainerManager::shareContent(const std::string& clipFilePath, std::shared
 }
 
 void ContainerManager::shareContent(const std::string& clipFileName, const std::string& correctionFilePath,
-                                    std::shared_ptr<const Content>& content) {
-    std::shared_ptr<const Content> cached;
+                                    std::shared_ptr<Content>& content) {
+    std::shared_ptr<Content> cached;
     if (m_cache.cachedContentForCorrectionFilePath(correctionFilePath, cached)) {
         checkThatFileBelongsToClip(clipFileName, correctionFilePath, cached->header);
         content = std::move(cached);

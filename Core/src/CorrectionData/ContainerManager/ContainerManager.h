@@ -21,11 +21,11 @@ public:
     ~ContainerManager() override;
 
     /// No check is made that the file found near the clip names the clip.
-    void shareContent(const std::string& clipFilePath, std::shared_ptr<const Content>& content) override;
+    void shareContent(const std::string& clipFilePath, std::shared_ptr<Content>& content) override;
 
     /// Throws FileMismatchException unless the clip's name is the file's `videoFileName` or `clipName`, exactly.
     void shareContent(const std::string& clipFileName, const std::string& correctionFilePath,
-                      std::shared_ptr<const Content>& content) override;
+                      std::shared_ptr<Content>& content) override;
 
 private:
     const std::unique_ptr<ContainerManagerDataSource> m_dataSource;

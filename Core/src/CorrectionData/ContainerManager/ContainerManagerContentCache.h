@@ -19,14 +19,15 @@ class ContainerManagerContentCache {
 public:
     explicit ContainerManagerContentCache(std::uint32_t capacity);
 
-    void cacheContent(const std::string& correctionFilePath, std::shared_ptr<const Content> content);
+    /// Both leave the cache as it is when memory runs out.
+    void cacheContent(const std::string& correctionFilePath, std::shared_ptr<Content> content);
     void cacheContent(const std::string& clipFilePath, const std::string& correctionFilePath,
-                      std::shared_ptr<const Content> content);
+                      std::shared_ptr<Content> content);
 
     /// Both answer whether content was found, and set `content` only then.
     bool cachedContentForCorrectionFilePath(const std::string& correctionFilePath,
-                                            std::shared_ptr<const Content>& content) const;
-    bool cachedContentForClipFilePath(const std::string& clipFilePath, std::shared_ptr<const Content>& content) const;
+                                            std::shared_ptr<Content>& content) const;
+    bool cachedContentForClipFilePath(const std::string& clipFilePath, std::shared_ptr<Content>& content) const;
 
     /// Forgets the file's content and every clip that it was found for.
     void removeAllDataRelatedToCorrectionFilePath(const std::string& correctionFilePath);
@@ -35,8 +36,11 @@ public:
     void removeAllDataRelatedToCorrectionFilePathsWithLowPriority();
 
 private:
+    void insert(const std::string& correctionFilePath, std::shared_ptr<Content> content,
+                std::map<std::string, std::string> clips);
+
     std::uint32_t m_capacity;
-    std::map<std::string, std::shared_ptr<const Content>> m_contentByCorrectionFilePath;
+    std::map<std::string, std::shared_ptr<Content>> m_contentByCorrectionFilePath;
     std::map<std::string, std::string> m_correctionFilePathByClipFilePath;
     std::deque<std::string> m_insertions; ///< correction file paths, oldest first; one may stand here twice
 };

@@ -30,16 +30,16 @@ public:
     std::string failure;
     bool failsWithBadCast = false;
 
-    void shareContent(const std::string& clipFilePath, std::shared_ptr<const Content>& shared) override {
+    void shareContent(const std::string& clipFilePath, std::shared_ptr<Content>& shared) override {
         answer("path " + clipFilePath, shared);
     }
     void shareContent(const std::string& clipFileName, const std::string& correctionFilePath,
-                      std::shared_ptr<const Content>& shared) override {
+                      std::shared_ptr<Content>& shared) override {
         answer("name " + clipFileName + " file " + correctionFilePath, shared);
     }
 
 private:
-    void answer(const std::string& question, std::shared_ptr<const Content>& shared) {
+    void answer(const std::string& question, std::shared_ptr<Content>& shared) {
         questions.push_back(question);
         if (failsWithBadCast) throw boost::bad_lexical_cast();
         if (!failure.empty()) throw Exception(failure, "Details: of below");
@@ -111,6 +111,30 @@ TEST_F(ManagedContainerTest, CopiesTheHeaderOfTheContent) {
     Header header;
     m_clip.headerData(header);
     EXPECT_EQ(header.clipName, "A001");
+}
+
+TEST_F(ManagedContainerTest, SharesTheContentItself) {
+    std::shared_ptr<Content> content;
+    m_clip.sharedContent(content);
+    EXPECT_EQ(content, m_source->content);
+}
+
+TEST_F(ManagedContainerTest, LeavesTheSharedContentUntouchedWhenItsDataSourceFails) {
+    const auto kept = std::make_shared<Content>();
+    std::shared_ptr<Content> content = kept;
+    m_source->failure = "Correction file could not be found.";
+    EXPECT_THROW(m_clip.sharedContent(content), Exception);
+    EXPECT_EQ(content, kept);
+}
+
+TEST_F(ManagedContainerTest, ThrowsWhatItsClipLacks) {
+    try {
+        m_named.throwException("Because.", 7u);
+    } catch (const DataNotAvailableException& exception) {
+        EXPECT_EQ(exception.detailedDescription(),
+                  "Metadata for the frame is not available. Because.\nClip File Name: \"A001.mov\"\n"
+                  "Correction File Path: \"/files/A001.olcf\"\nFrame Number: 7\n");
+    }
 }
 
 TEST_F(ManagedContainerTest, AsksTheDataSourceOnceWhileTheContentLives) {
@@ -287,6 +311,12 @@ TEST(ManagedContainerDeathTest, StopsOnMissingArguments) {
     EXPECT_DEATH(ManagedContainer("", "/files/A001.olcf", source), "clipFileName.length\\(\\)");
     EXPECT_DEATH(ManagedContainer("A001.mov", "", source), "correctionFilePath.length\\(\\)");
     EXPECT_DEATH(ManagedContainer(""), "frameMetadataJSONString.length\\(\\)");
+}
+
+TEST(ManagedContainerDeathTest, StopsWhenContentIsAskedOfARecord) {
+    ManagedContainer container(Support::jsonRecord);
+    std::shared_ptr<Content> content;
+    EXPECT_DEATH(container.sharedContent(content), "Assertion failed: m_dataSource\n");
 }
 
 TEST(ManagedContainerDeathTest, NamesTheFirstOfSeveralMissingArguments) {

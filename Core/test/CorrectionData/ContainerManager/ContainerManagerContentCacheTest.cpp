@@ -11,14 +11,14 @@ class ContentCacheTest : public testing::Test {
 protected:
     ContainerManagerContentCache m_cache{2};
 
-    static std::shared_ptr<const Content> content() { return std::make_shared<Content>(); }
+    static std::shared_ptr<Content> content() { return std::make_shared<Content>(); }
 
     bool hasFile(const std::string& path) const {
-        std::shared_ptr<const Content> found;
+        std::shared_ptr<Content> found;
         return m_cache.cachedContentForCorrectionFilePath(path, found);
     }
     bool hasClip(const std::string& path) const {
-        std::shared_ptr<const Content> found;
+        std::shared_ptr<Content> found;
         return m_cache.cachedContentForClipFilePath(path, found);
     }
 };
@@ -28,7 +28,7 @@ protected:
 TEST_F(ContentCacheTest, FindsContentByItsFilesPath) {
     const auto cached = content();
     m_cache.cacheContent("F1", cached);
-    std::shared_ptr<const Content> found;
+    std::shared_ptr<Content> found;
     ASSERT_TRUE(m_cache.cachedContentForCorrectionFilePath("F1", found));
     EXPECT_EQ(found, cached);
 }
@@ -36,7 +36,7 @@ TEST_F(ContentCacheTest, FindsContentByItsFilesPath) {
 TEST_F(ContentCacheTest, FindsContentByTheClipsPathAndByItsFiles) {
     const auto cached = content();
     m_cache.cacheContent("C1", "F1", cached);
-    std::shared_ptr<const Content> found;
+    std::shared_ptr<Content> found;
     ASSERT_TRUE(m_cache.cachedContentForClipFilePath("C1", found));
     EXPECT_EQ(found, cached);
     EXPECT_TRUE(hasFile("F1"));
@@ -44,7 +44,7 @@ TEST_F(ContentCacheTest, FindsContentByTheClipsPathAndByItsFiles) {
 
 TEST_F(ContentCacheTest, LeavesTheOutputUntouchedWhenNothingIsFound) {
     const auto kept = content();
-    std::shared_ptr<const Content> found = kept;
+    std::shared_ptr<Content> found = kept;
     EXPECT_FALSE(m_cache.cachedContentForCorrectionFilePath("F1", found));
     EXPECT_FALSE(m_cache.cachedContentForClipFilePath("C1", found));
     EXPECT_EQ(found, kept);
@@ -108,7 +108,7 @@ TEST_F(ContentCacheTest, ReplacesTheFileOfAClip) {
     const auto newer = content();
     m_cache.cacheContent("C1", "F1", content());
     m_cache.cacheContent("C1", "F2", newer);
-    std::shared_ptr<const Content> found;
+    std::shared_ptr<Content> found;
     m_cache.cachedContentForClipFilePath("C1", found);
     EXPECT_EQ(found, newer);
 }
@@ -117,7 +117,7 @@ TEST_F(ContentCacheTest, ReplacesTheContentOfAFile) {
     const auto newer = content();
     m_cache.cacheContent("F1", content());
     m_cache.cacheContent("F1", newer);
-    std::shared_ptr<const Content> found;
+    std::shared_ptr<Content> found;
     m_cache.cachedContentForCorrectionFilePath("F1", found);
     EXPECT_EQ(found, newer);
 }

@@ -48,14 +48,14 @@ protected:
     bool m_fails = false;
     ContainerManager m_manager{std::make_unique<FakeFiles>(m_loads, m_fails), 2};
 
-    std::shared_ptr<const Content> contentOf(const std::string& clipFilePath) {
-        std::shared_ptr<const Content> content;
+    std::shared_ptr<Content> contentOf(const std::string& clipFilePath) {
+        std::shared_ptr<Content> content;
         m_manager.shareContent(clipFilePath, content);
         return content;
     }
 
-    std::shared_ptr<const Content> contentOf(const std::string& clipFileName, const std::string& correctionFilePath) {
-        std::shared_ptr<const Content> content;
+    std::shared_ptr<Content> contentOf(const std::string& clipFileName, const std::string& correctionFilePath) {
+        std::shared_ptr<Content> content;
         m_manager.shareContent(clipFileName, correctionFilePath, content);
         return content;
     }
