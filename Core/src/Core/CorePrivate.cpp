@@ -47,7 +47,7 @@ private:
 
 } // namespace
 
-Core::CorePrivate::CorePrivate(std::unique_ptr<CoreDataSource> dataSource) : m_preparation(std::move(dataSource)) {}
+Core::CorePrivate::CorePrivate(std::unique_ptr<CoreDataSource> dataSource) : FramePreparation(std::move(dataSource)) {}
 
 Core::CorePrivate::~CorePrivate() = default;
 
@@ -107,21 +107,17 @@ void Core::CorePrivate::render(const float* input, float* output, unsigned long 
     }
 }
 
-RecordingFormatDatabase::RecordingFormat Core::CorePrivate::recordingFormat() {
-    return m_preparation.recordingFormat();
-}
-
 FrameParameters Core::CorePrivate::prepareRendererIfNeeded() {
-    const std::optional<FrameToCorrect> frame = m_preparation.retrieveFrameToCorrect();
+    const std::optional<FrameToCorrect> frame = retrieveFrameToCorrect();
     if (!frame) return {};
-
-    SharedRenderers& renderers = sharedRenderers();
-    const std::lock_guard<std::mutex> lock(renderers.rendererAccessLock);
-    // Made one after the other, so that one that failed (no device) is tried again by the next call.
-    if (!renderers.shading) renderers.shading = std::make_unique<Renderer::ShadingRenderer>();
-    if (!renderers.distortion) renderers.distortion = std::make_unique<Renderer::DistortionRenderer>();
-
-    return m_preparation.parameters(*frame);
+    {
+        SharedRenderers& renderers = sharedRenderers();
+        const std::lock_guard<std::mutex> lock(renderers.rendererAccessLock);
+        // Made one after the other, so that one that failed (no device) is tried again by the next call.
+        if (!renderers.shading) renderers.shading = std::make_unique<Renderer::ShadingRenderer>();
+        if (!renderers.distortion) renderers.distortion = std::make_unique<Renderer::DistortionRenderer>();
+    }
+    return parameters(*frame);
 }
 
 } // namespace Core

@@ -7,25 +7,29 @@
 
 namespace Core {
 
-/// Does the facade's work; its operations throw where the facade's answer false.
+/// Does the facade's work: the preparation of frames, and what needs the renderers. Its operations throw where the
+/// facade's answer false.
 ///
 /// Threads: after the locks of the preparation, and never together with them, `rendererAccessLock`, one per process,
-/// guards the renderers. It is taken twice per operation, so that one caller's preparation can come between another's
-/// preparation and rendering; what a caller renders with are therefore its own parameter blocks, written again before
-/// it renders.
-class Core::CorePrivate {
+/// guards the renderers. It is taken twice per operation, to make the renderers and to use them; a caller writes its
+/// own parameter blocks into them right before it renders.
+class Core::CorePrivate : private FramePreparation {
 public:
     explicit CorePrivate(std::unique_ptr<CoreDataSource> dataSource);
     ~CorePrivate();
 
     void frameSize(unsigned int& width, unsigned int& height);
     void render(const float* input, float* output, unsigned long size);
-    RecordingFormatDatabase::RecordingFormat recordingFormat();
+    using FramePreparation::recordingFormat;
 
 private:
-    FrameParameters prepareRendererIfNeeded();
+    using FramePreparation::extendedManagedContainer;
+    using FramePreparation::retrieveCorrectionFrameData;
+    using FramePreparation::retrieveFrameData;
+    using FramePreparation::retrieveRecordingFormat;
 
-    FramePreparation m_preparation;
+    /// The parameter blocks of the active corrections; with one, the renderers exist afterwards.
+    FrameParameters prepareRendererIfNeeded();
 };
 
 } // namespace Core

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 #include <sstream>
 #include <utility>
 
@@ -132,6 +133,79 @@ void setFrameCoefficients(const Polynomial& polynomial, Renderer::DistortionPara
     parameter.b6 = c[6];
 }
 
+Renderer::ShadingParameter shadingParameter(const ShadingCorrectionParameter& wanted, const FrameToCorrect& frame) {
+    auto parameter = parameterOf<Renderer::ShadingParameter>(frame.frameData, frame.recordingFormat, wanted.renderMap);
+    parameter.imageRadius = renderedImageRadius(frame.recordingFormat, frame.frameData);
+    checkImageRadius(parameter.imageRadius, frame.frameData);
+    setKernelCoefficients(shadingPolynomial(frame.record), parameter);
+    parameter.reverse = wanted.addShading ? 1 : 0;
+    parameter.gamma = 1.0f;
+    return parameter;
+}
+
+Renderer::DistortionParameter distortionParameter(const DistortionCorrectionParameter& wanted,
+                                                  const FrameToCorrect& frame) {
+    auto parameter =
+        parameterOf<Renderer::DistortionParameter>(frame.frameData, frame.recordingFormat, wanted.renderMap);
+    const float imageRadius = renderedImageRadius(frame.recordingFormat, frame.frameData);
+    checkImageRadius(imageRadius, frame.frameData);
+    const DistortionPolynomials polynomials = distortionPolynomials(frame.record);
+    const float distortedImageRadius = polynomials.distorted.at(imageRadius);
+    checkImageRadius(distortedImageRadius, frame.frameData);
+    // Kernel coefficients and image radius belong to the picture that is rendered, the others to the one it comes from.
+    setKernelCoefficients(wanted.distort ? polynomials.distorted : polynomials.undistorted, parameter);
+    setFrameCoefficients(wanted.distort ? polynomials.undistorted : polynomials.distorted, parameter);
+    parameter.imageRadius = wanted.distort ? imageRadius : distortedImageRadius;
+    parameter.frameImageRadius = wanted.distort ? distortedImageRadius : imageRadius;
+    return parameter;
+}
+
+/// What the data source says about clip and correction file, of which one chooses the container.
+ContainerSource chosenSource(const CoreDataSource& source) {
+    std::string correctionFilePath, clipFileName, frameMetadata, clipFilePath;
+    const auto pathQuestion = [&](char* text, unsigned long capacity) {
+        return source.correctionFilePath(text, capacity);
+    };
+    const auto nameQuestion = [&](char* text, unsigned long capacity) { return source.clipFileName(text, capacity); };
+    const auto metadataQuestion = [&](char* text, unsigned long capacity) {
+        return source.frameMetadata(text, capacity);
+    };
+    const auto clipQuestion = [&](char* text, unsigned long capacity) { return source.clipFilePath(text, capacity); };
+    const bool hasCorrectionFilePath = ask(pathQuestion, correctionFilePath);
+    const bool hasClipFileName = ask(nameQuestion, clipFileName);
+    const bool hasFrameMetadata = ask(metadataQuestion, frameMetadata);
+    const bool hasClipFilePath = ask(clipQuestion, clipFilePath);
+
+    if (hasCorrectionFilePath && hasClipFileName)
+        return SelectedCorrectionFile{std::move(clipFileName), std::move(correctionFilePath)};
+    if (hasFrameMetadata) return FrameMetadata{std::move(frameMetadata)};
+    if (hasClipFilePath) return ClipFile{std::move(clipFilePath)};
+
+    DetailLines details;
+    if (hasCorrectionFilePath) details.text("Correction File Path", correctionFilePath);
+    if (hasClipFileName) details.text("Clip File Name", clipFileName);
+    throw Exception("There is some clip and correction file related data missing.", details.string());
+}
+
+/// Held while a container may reach correction files. A frame's own record never waits for another's search.
+std::unique_lock<std::mutex> lockForFilesIfNeeded(const ContainerSource& source) {
+    if (std::holds_alternative<FrameMetadata>(source)) return {};
+    return std::unique_lock<std::mutex>(containerManagerLock());
+}
+
+struct ContainerMaker {
+    std::shared_ptr<ExtendedManagedContainer> operator()(const SelectedCorrectionFile& source) const {
+        return std::make_shared<ExtendedManagedContainer>(source.clipFileName, source.correctionFilePath,
+                                                          managedContainerDataSource());
+    }
+    std::shared_ptr<ExtendedManagedContainer> operator()(const FrameMetadata& source) const {
+        return std::make_shared<ExtendedManagedContainer>(source.json);
+    }
+    std::shared_ptr<ExtendedManagedContainer> operator()(const ClipFile& source) const {
+        return std::make_shared<ExtendedManagedContainer>(source.path, managedContainerDataSource());
+    }
+};
+
 } // namespace
 
 FramePreparation::FramePreparation(std::unique_ptr<CoreDataSource> dataSource) : m_dataSource(std::move(dataSource)) {}
@@ -139,46 +213,61 @@ FramePreparation::FramePreparation(std::unique_ptr<CoreDataSource> dataSource) :
 FramePreparation::~FramePreparation() = default;
 
 RecordingFormat FramePreparation::recordingFormat() {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    ExtendedManagedContainer* const container = extendedManagedContainer();
-    const std::lock_guard<std::mutex> managerLock(containerManagerLock());
+    const ContainerSource source = chosenSource(*m_dataSource);
+    const auto container = extendedManagedContainer(source);
+    const auto lock = lockForFilesIfNeeded(source);
     return container->recordingFormat();
 }
 
 std::optional<FrameToCorrect> FramePreparation::retrieveFrameToCorrect() {
     FrameToCorrect frame;
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        ShadingCorrectionParameter shading;
-        DistortionCorrectionParameter distortion;
-        if (m_dataSource->shouldPerformShadingCorrection(shading)) frame.wantedShading = shading;
-        if (m_dataSource->shouldPerformDistortionCorrection(distortion)) frame.wantedDistortion = distortion;
-        if (!frame.wantedShading && !frame.wantedDistortion) return std::nullopt;
-        retrieveRecordingFormat(frame);
-        frame.frameData = retrieveFrameData();
-        retrieveCorrectionFrameData(frame);
-        frame.source = m_containerSource;
-    }
+    ShadingCorrectionParameter shading;
+    DistortionCorrectionParameter distortion;
+    if (m_dataSource->shouldPerformShadingCorrection(shading)) frame.wantedShading = shading;
+    if (m_dataSource->shouldPerformDistortionCorrection(distortion)) frame.wantedDistortion = distortion;
+    if (!frame.wantedShading && !frame.wantedDistortion) return std::nullopt;
+    frame.source = chosenSource(*m_dataSource);
+    const FrameAnswers answers = frameAnswers();
+
+    const auto container = extendedManagedContainer(frame.source);
+    retrieveRecordingFormat(container, answers, frame);
+    frame.frameData = retrieveFrameData(answers);
+    retrieveCorrectionFrameData(*container, frame);
     checkAspectRatio(frame.frameData, frame.recordingFormat);
     return frame;
 }
 
-FrameParameters FramePreparation::parameters(const FrameToCorrect& frame) {
+FrameParameters FramePreparation::parameters(const FrameToCorrect& frame) const {
     FrameParameters parameters;
     if (frame.wantedShading) parameters.shading = shadingParameter(*frame.wantedShading, frame);
     if (frame.wantedDistortion) parameters.distortion = distortionParameter(*frame.wantedDistortion, frame);
     return parameters;
 }
 
-void FramePreparation::retrieveRecordingFormat(FrameToCorrect& frame) {
-    // Needed even if the user has chosen a format, so that missing clip data fail here first.
-    ExtendedManagedContainer* const extendedContainer = extendedManagedContainer();
+FramePreparation::FrameAnswers FramePreparation::frameAnswers() const {
+    FrameAnswers answers;
+    RecordingFormat format;
+    if (m_dataSource->recordingFormat(format)) answers.recordingFormat = format;
+    try {
+        FrameData data;
+        if (m_dataSource->frameData(data)) answers.frameData = data;
+    } catch (...) {
+        // Told when its turn comes: what is wrong with the recording format comes first.
+        answers.failureOfFrameData = std::current_exception();
+    }
+    return answers;
+}
+
+void FramePreparation::retrieveRecordingFormat(const std::shared_ptr<ExtendedManagedContainer>& extendedContainer,
+                                               const FrameAnswers& answers, FrameToCorrect& frame) {
+    // Needed even if the user has chosen a format, so that missing clip data fail first.
     ORVEX_ASSERT(extendedContainer);
     RecordingFormat& format = frame.recordingFormat;
-    if (m_dataSource->recordingFormat(format)) {
+    if (answers.recordingFormat) {
+        format = *answers.recordingFormat;
         frame.recordingFormatOrigin.kind = RecordingFormatOrigin::Kind::User;
     } else {
-        const std::lock_guard<std::mutex> lock(containerManagerLock());
+        const auto lock = lockForFilesIfNeeded(frame.source);
         format = extendedContainer->recordingFormat();
         frame.recordingFormatOrigin = extendedContainer->recordingFormatOrigin();
     }
@@ -194,10 +283,11 @@ void FramePreparation::retrieveRecordingFormat(FrameToCorrect& frame) {
                         .string());
 }
 
-FrameData FramePreparation::retrieveFrameData() const {
+FrameData FramePreparation::retrieveFrameData(const FrameAnswers& answers) {
     constexpr const char* brief = "There is some frame related data missing.";
-    FrameData frameData;
-    if (!m_dataSource->frameData(frameData)) throw Exception(brief);
+    if (answers.failureOfFrameData) std::rethrow_exception(answers.failureOfFrameData);
+    if (!answers.frameData) throw Exception(brief);
+    const FrameData& frameData = *answers.frameData;
     if (frameData.width == 0 || frameData.height == 0) {
         throw Exception(
             brief,
@@ -206,12 +296,11 @@ FrameData FramePreparation::retrieveFrameData() const {
     return frameData;
 }
 
-void FramePreparation::retrieveCorrectionFrameData(FrameToCorrect& frame) {
+void FramePreparation::retrieveCorrectionFrameData(ExtendedManagedContainer& container, FrameToCorrect& frame) {
     const FrameData& frameData = frame.frameData;
-    ExtendedManagedContainer* const container = extendedManagedContainer();
-    const std::lock_guard<std::mutex> lock(containerManagerLock());
+    const auto lock = lockForFilesIfNeeded(frame.source);
     CorrectionData::Header header;
-    container->headerData(header);
+    container.headerData(header);
 
     unsigned int frameNumber = frameData.frameNumber;
     if (frameData.frameRate != 0.0f && frameData.frameRate != header.tcFps) {
@@ -233,93 +322,25 @@ void FramePreparation::retrieveCorrectionFrameData(FrameToCorrect& frame) {
     if (header.tcFps == 0.0f || timecode.empty()) {
         frame.key = RecordKey::FrameNumber;
         frame.keyText = std::to_string(frameNumber);
-        container->frameData(frameNumber, frame.record);
+        container.frameData(frameNumber, frame.record);
     } else {
         const Timecode::Timecode wanted = Timecode::Timecode(timecode.c_str(), header.tcFps) + frameNumber;
         frame.key = RecordKey::Timecode;
         frame.keyText = wanted.string(false);
-        container->frameData(wanted, frame.record);
+        container.frameData(wanted, frame.record);
     }
-    if (m_containerSource.kind == ContainerSource::Kind::FrameMetadata) frame.key = RecordKey::OwnRecord;
+    if (std::holds_alternative<FrameMetadata>(frame.source)) frame.key = RecordKey::OwnRecord;
 }
 
-ExtendedManagedContainer* FramePreparation::extendedManagedContainer() {
-    const ContainerSource source = containerSource();
-    if (m_container && m_containerSource.kind == source.kind && m_containerSource.first == source.first &&
-        m_containerSource.second == source.second) {
-        return m_container.get();
+std::shared_ptr<ExtendedManagedContainer> FramePreparation::extendedManagedContainer(const ContainerSource& source) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_container || !(m_containerSource == source)) {
+        ContainerSource newSource = source;
+        m_container = std::visit(ContainerMaker(), source);
+        // Nothing fails between the two, or the next frame could get this clip's data for another's.
+        m_containerSource = std::move(newSource);
     }
-    switch (source.kind) {
-        case ContainerSource::Kind::CorrectionFile:
-            m_container =
-                std::make_unique<ExtendedManagedContainer>(source.first, source.second, managedContainerDataSource());
-            break;
-        case ContainerSource::Kind::FrameMetadata:
-            m_container = std::make_unique<ExtendedManagedContainer>(source.first);
-            break;
-        case ContainerSource::Kind::ClipFile:
-        case ContainerSource::Kind::None: // containerSource never answers it
-            m_container = std::make_unique<ExtendedManagedContainer>(source.first, managedContainerDataSource());
-            break;
-    }
-    m_containerSource = source;
-    return m_container.get();
-}
-
-ContainerSource FramePreparation::containerSource() const {
-    const CoreDataSource& source = *m_dataSource;
-    std::string correctionFilePath, clipFileName, frameMetadata, clipFilePath;
-    const auto pathQuestion = [&](char* text, unsigned long capacity) {
-        return source.correctionFilePath(text, capacity);
-    };
-    const auto nameQuestion = [&](char* text, unsigned long capacity) { return source.clipFileName(text, capacity); };
-    const auto metadataQuestion = [&](char* text, unsigned long capacity) {
-        return source.frameMetadata(text, capacity);
-    };
-    const auto clipQuestion = [&](char* text, unsigned long capacity) { return source.clipFilePath(text, capacity); };
-    const bool hasCorrectionFilePath = ask(pathQuestion, correctionFilePath);
-    const bool hasClipFileName = ask(nameQuestion, clipFileName);
-    const bool hasFrameMetadata = ask(metadataQuestion, frameMetadata);
-    const bool hasClipFilePath = ask(clipQuestion, clipFilePath);
-
-    if (hasCorrectionFilePath && hasClipFileName) {
-        return {ContainerSource::Kind::CorrectionFile, clipFileName, correctionFilePath};
-    }
-    if (hasFrameMetadata) return {ContainerSource::Kind::FrameMetadata, frameMetadata, ""};
-    if (hasClipFilePath) return {ContainerSource::Kind::ClipFile, clipFilePath, ""};
-
-    DetailLines details;
-    if (hasCorrectionFilePath) details.text("Correction File Path", correctionFilePath);
-    if (hasClipFileName) details.text("Clip File Name", clipFileName);
-    throw Exception("There is some clip and correction file related data missing.", details.string());
-}
-
-Renderer::ShadingParameter FramePreparation::shadingParameter(const ShadingCorrectionParameter& wanted,
-                                                              const FrameToCorrect& frame) {
-    auto parameter = parameterOf<Renderer::ShadingParameter>(frame.frameData, frame.recordingFormat, wanted.renderMap);
-    parameter.imageRadius = renderedImageRadius(frame.recordingFormat, frame.frameData);
-    checkImageRadius(parameter.imageRadius, frame.frameData);
-    setKernelCoefficients(shadingPolynomial(frame.record), parameter);
-    parameter.reverse = wanted.addShading ? 1 : 0;
-    parameter.gamma = 1.0f;
-    return parameter;
-}
-
-Renderer::DistortionParameter FramePreparation::distortionParameter(const DistortionCorrectionParameter& wanted,
-                                                                    const FrameToCorrect& frame) {
-    auto parameter =
-        parameterOf<Renderer::DistortionParameter>(frame.frameData, frame.recordingFormat, wanted.renderMap);
-    const float imageRadius = renderedImageRadius(frame.recordingFormat, frame.frameData);
-    checkImageRadius(imageRadius, frame.frameData);
-    const DistortionPolynomials polynomials = distortionPolynomials(frame.record);
-    const float distortedImageRadius = polynomials.distorted.at(imageRadius);
-    checkImageRadius(distortedImageRadius, frame.frameData);
-    // Kernel coefficients and image radius belong to the picture that is rendered, the others to the one it comes from.
-    setKernelCoefficients(wanted.distort ? polynomials.distorted : polynomials.undistorted, parameter);
-    setFrameCoefficients(wanted.distort ? polynomials.undistorted : polynomials.distorted, parameter);
-    parameter.imageRadius = wanted.distort ? imageRadius : distortedImageRadius;
-    parameter.frameImageRadius = wanted.distort ? distortedImageRadius : imageRadius;
-    return parameter;
+    return m_container;
 }
 
 } // namespace Core

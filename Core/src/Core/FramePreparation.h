@@ -1,9 +1,11 @@
 #pragma once
 
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <variant>
 
 #include "Core/CoreDataSource.h"
 #include "Core/ExtendedManagedContainer.h"
@@ -17,19 +19,30 @@ namespace Core {
 /// How far around a clip its correction file is searched.
 constexpr CorrectionFile::LevelOfDepth correctionFileSearchDepth{1, 5, 2};
 
-/// Where a container's data come from, and by which texts it was chosen.
-struct ContainerSource {
-    enum class Kind {
-        None,
-        CorrectionFile, ///< first: the clip's file name; second: the correction file's path
-        FrameMetadata,  ///< first: the JSON text that the frame carries
-        ClipFile,       ///< first: the clip's path, around which the correction file is searched
-    };
-
-    Kind kind = Kind::None;
-    std::string first;
-    std::string second;
+/// The user's correction file, of a clip that is known by its file name.
+struct SelectedCorrectionFile {
+    std::string clipFileName;
+    std::string correctionFilePath;
 };
+
+/// The record that the frame carries.
+struct FrameMetadata {
+    std::string json;
+};
+
+/// The clip around which the correction file is searched.
+struct ClipFile {
+    std::string path;
+};
+
+inline bool operator==(const SelectedCorrectionFile& a, const SelectedCorrectionFile& b) {
+    return a.clipFileName == b.clipFileName && a.correctionFilePath == b.correctionFilePath;
+}
+inline bool operator==(const FrameMetadata& a, const FrameMetadata& b) { return a.json == b.json; }
+inline bool operator==(const ClipFile& a, const ClipFile& b) { return a.path == b.path; }
+
+/// Where a container's data come from, and by which texts it was chosen.
+using ContainerSource = std::variant<ClipFile, SelectedCorrectionFile, FrameMetadata>;
 
 /// By what a frame's record is found.
 enum class RecordKey {
@@ -60,8 +73,10 @@ struct FrameParameters {
 /// Works out from a data source's answers how a frame is corrected, up to what the renderers are told; needs no OpenCL
 /// device. Operations throw what the facade reports.
 ///
-/// Threads: any. Two locks, taken in this order: this object's, for its container and its questions to the data source,
-/// and the container manager's, one per process, for everything that may reach correction files.
+/// Each operation asks the data source first, each question at most once and without a lock, and works on that set of
+/// answers whatever the host says meanwhile. A data source may therefore call its facade back.
+/// Threads: any. Two locks, never held together: this object's, for its current container, and the container manager's,
+/// one per process, for everything that may reach correction files; frames that carry their record do without it.
 class FramePreparation {
 public:
     explicit FramePreparation(std::unique_ptr<CoreDataSource> dataSource);
@@ -73,26 +88,35 @@ public:
     std::optional<FrameToCorrect> retrieveFrameToCorrect();
 
     /// Fits the polynomials. Throws when that is not possible.
-    FrameParameters parameters(const FrameToCorrect& frame);
+    FrameParameters parameters(const FrameToCorrect& frame) const;
 
     /// The recording format that the correction data imply; the user's own choice is not consulted.
     RecordingFormatDatabase::RecordingFormat recordingFormat();
 
+protected:
+    /// What the data source says about a frame besides clip and correction file.
+    struct FrameAnswers {
+        std::optional<RecordingFormatDatabase::RecordingFormat> recordingFormat; ///< the user's
+        std::optional<FrameData> frameData;
+        std::exception_ptr failureOfFrameData; ///< what the question threw
+    };
+
+    /// The current container if it was made from an equal source, else a new one that becomes the current one.
+    std::shared_ptr<ExtendedManagedContainer> extendedManagedContainer(const ContainerSource& source);
+    /// The user's recording format, else the container's. Throws unless it is usable.
+    static void retrieveRecordingFormat(const std::shared_ptr<ExtendedManagedContainer>& extendedContainer,
+                                        const FrameAnswers& answers, FrameToCorrect& frame);
+    /// Throws unless the frame is known and has a size.
+    static FrameData retrieveFrameData(const FrameAnswers& answers);
+    /// The frame's record by timecode or number; `frame` has its source and its frame data.
+    static void retrieveCorrectionFrameData(ExtendedManagedContainer& container, FrameToCorrect& frame);
+
 private:
-    void retrieveRecordingFormat(FrameToCorrect& frame);
-    FrameData retrieveFrameData() const;
-    void retrieveCorrectionFrameData(FrameToCorrect& frame);
-
-    ExtendedManagedContainer* extendedManagedContainer();
-    ContainerSource containerSource() const;
-
-    Renderer::ShadingParameter shadingParameter(const ShadingCorrectionParameter& wanted, const FrameToCorrect& frame);
-    Renderer::DistortionParameter distortionParameter(const DistortionCorrectionParameter& wanted,
-                                                      const FrameToCorrect& frame);
+    FrameAnswers frameAnswers() const;
 
     const std::unique_ptr<CoreDataSource> m_dataSource;
     std::mutex m_mutex;
-    std::unique_ptr<ExtendedManagedContainer> m_container; ///< empty until first needed
+    std::shared_ptr<ExtendedManagedContainer> m_container; ///< empty until first needed
     ContainerSource m_containerSource;                     ///< what m_container was made from
 };
 

@@ -121,6 +121,30 @@ TEST_F(CoreFacadeTest, AsksForClipAndCorrectionDataInOrderAndWithBuffersOf4096By
                             "frameMetadata 4096", "clipFilePath 4096", "recordingFormat", "frameData"));
 }
 
+TEST_F(CoreFacadeTest, ServesADataSourceThatCallsItBack) {
+    class CallingSource : public Support::FakeCoreDataSource {
+    public:
+        using FakeCoreDataSource::FakeCoreDataSource;
+        Core::Core* core = nullptr;
+        mutable int successes = 0;
+
+        bool recordingFormat(RecordingFormatDatabase::RecordingFormat& format) const override {
+            RecordingFormatDatabase::RecordingFormat implied;
+            if (core->recordingFormat(implied)) ++successes;
+            return FakeCoreDataSource::recordingFormat(format);
+        }
+    };
+    givenFrameWithJsonRecord();
+    m_host.frameData.reset();
+    auto ownedSource = std::make_unique<CallingSource>(m_host);
+    CallingSource& source = *ownedSource;
+    Core::Core core(std::move(ownedSource));
+    source.core = &core;
+    EXPECT_FALSE(core.render(nullptr, nullptr, 0));
+    EXPECT_EQ(source.successes, 1);
+    EXPECT_EQ(Support::briefErrorOf(core), "There is some frame related data missing.");
+}
+
 TEST_F(CoreFacadeTest, FailsWithoutClipAndCorrectionData) {
     m_host.shading.emplace();
     EXPECT_EQ(failureOfFrameSize(), "There is some clip and correction file related data missing.\n");

@@ -1,11 +1,15 @@
 #include "Core/FramePreparation.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <boost/algorithm/string/replace.hpp>
 #include <cstring>
+#include <stdexcept>
 #include <string>
 
 #include "Core/FakeCoreDataSource.h"
+#include "Exception/Exception.h"
 #include "Support/CorrectionFileText.h"
 #include "Support/JsonRecord.h"
 #include "Support/TemporaryFolder.h"
@@ -36,6 +40,14 @@ protected:
         std::strcpy(m_host.frameData->timecode, timecode);
     }
 
+    /// A frame of 1920 × 1080 px that carries its record.
+    void givenRecord() {
+        m_host.distortion.emplace();
+        m_host.frameData = Support::frameOf(1920, 1080);
+        m_host.frameMetadata = Support::jsonRecord;
+        m_host.recordingFormat = {24.0f, 13.5f, 1920, 1080, 13.77f};
+    }
+
     FrameToCorrect frame() { return m_preparation.retrieveFrameToCorrect().value(); }
 };
 
@@ -60,11 +72,58 @@ TEST_F(FramePreparationTest, TellsTheTimecodeThatARecordWasFoundBy) {
 }
 
 TEST_F(FramePreparationTest, TellsThatTheFrameCarriesItsRecord) {
-    m_host.distortion.emplace();
-    m_host.frameData = Support::frameOf(1920, 1080);
-    m_host.frameMetadata = Support::jsonRecord;
-    m_host.recordingFormat = {24.0f, 13.5f, 1920, 1080, 13.77f};
+    givenRecord();
     EXPECT_EQ(RecordKey::OwnRecord, frame().key);
+}
+
+TEST_F(FramePreparationTest, TellsWhatTheCorrectionDataWereChosenBy) {
+    givenRecord();
+    EXPECT_EQ(Core::ContainerSource(Core::FrameMetadata{Support::jsonRecord}), frame().source);
+    m_host.frameMetadata.reset();
+    givenCorrectionFile(CorrectionFileText());
+    m_host.recordingFormat.reset();
+    EXPECT_EQ(Core::ContainerSource(Core::SelectedCorrectionFile{"A001C002.mov", *m_host.correctionFilePath}),
+              frame().source);
+}
+
+TEST_F(FramePreparationTest, AsksEachQuestionOnce) {
+    givenRecord();
+    frame();
+    EXPECT_THAT(m_host.questions,
+                testing::ElementsAre("shading", "distortion", "correctionFilePath 4096", "clipFileName 4096",
+                                     "frameMetadata 4096", "clipFilePath 4096", "recordingFormat", "frameData"));
+}
+
+TEST_F(FramePreparationTest, TakesRecordingFormatAndRecordFromOneAnswerWhenTheHostChangesItMeanwhile) {
+    class ChangingSource : public Support::FakeCoreDataSource {
+    public:
+        explicit ChangingSource(Support::HostFrame& host) : FakeCoreDataSource(host), m_host(host) {}
+        bool recordingFormat(RecordingFormatDatabase::RecordingFormat&) const override {
+            m_host.frameMetadata = boost::replace_first_copy(Support::jsonRecord, "99.5", "50");
+            return false;
+        }
+
+    private:
+        Support::HostFrame& m_host;
+    };
+    givenRecord();
+    m_host.frameData = Support::frameOf(4096, 2160);
+    Core::FramePreparation preparation(std::make_unique<ChangingSource>(m_host));
+    EXPECT_EQ(99.5f, preparation.retrieveFrameToCorrect().value().record.shading.at(1));
+    EXPECT_EQ(50.0f, preparation.retrieveFrameToCorrect().value().record.shading.at(1)) << "the next frame's";
+}
+
+TEST_F(FramePreparationTest, TellsAMissingFormatBeforeAQuestionForTheFrameThatThrows) {
+    class ThrowingSource : public Support::FakeCoreDataSource {
+    public:
+        using FakeCoreDataSource::FakeCoreDataSource;
+        bool frameData(Core::FrameData&) const override { throw std::domain_error("no size"); }
+    };
+    givenRecord();
+    Core::FramePreparation preparation(std::make_unique<ThrowingSource>(m_host));
+    EXPECT_THROW(preparation.retrieveFrameToCorrect(), std::domain_error);
+    m_host.recordingFormat->imageRadius = 0.0f;
+    EXPECT_THROW(preparation.retrieveFrameToCorrect(), Exception);
 }
 
 TEST_F(FramePreparationTest, TellsThatTheRecordingFormatIsTheUsers) {

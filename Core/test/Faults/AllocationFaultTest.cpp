@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/algorithm/string/replace.hpp>
 #include <boost/filesystem/exception.hpp>
 #include <functional>
 #include <map>
@@ -209,6 +210,28 @@ TEST(AllocationFault, InTheFacadeLeavesTheCacheOfCorrectionFilesUsable) {
         ASSERT_EQ(format.clipResolutionWidth, 4096u);
     }
     EXPECT_GT(number, 20);
+}
+
+TEST(AllocationFault, WhileTheAnswersChangeNeverGivesAFrameAnothersData) {
+    const std::string other = boost::replace_first_copy(std::string(Support::jsonRecord), "4096", "2048");
+    RecordingFormatDatabase::RecordingFormat format;
+    long number = 1;
+    for (bool fault = true; fault; ++number) {
+        Support::HostFrame host;
+        Core::Core core(std::make_unique<Support::FakeCoreDataSource>(host));
+        host.frameMetadata = Support::jsonRecord;
+        ASSERT_TRUE(core.recordingFormat(format));
+        host.frameMetadata = other;
+        runWithFault(
+            number, [&] { core.recordingFormat(format); }, fault);
+        host.frameMetadata = Support::jsonRecord;
+        ASSERT_TRUE(core.recordingFormat(format));
+        ASSERT_EQ(format.clipResolutionWidth, 4096u) << "allocation " << number;
+        host.frameMetadata = other;
+        ASSERT_TRUE(core.recordingFormat(format));
+        ASSERT_EQ(format.clipResolutionWidth, 2048u) << "allocation " << number;
+    }
+    EXPECT_GT(number, 10);
 }
 
 TEST_F(AllocationFaultInRender, FailsThatFrameAndNotTheNext) {

@@ -119,7 +119,7 @@ InfoReport clipInfo(const RenderOptions& options) {
         if (info.prepared && report.recordingFormatOrigin.kind == Core::RecordingFormatOrigin::Kind::None) {
             report.recordingFormat = info.prepared->recordingFormat;
             report.recordingFormatOrigin = info.prepared->recordingFormatOrigin;
-            report.isFrameRecord = info.prepared->source.kind == Core::ContainerSource::Kind::FrameMetadata;
+            report.isFrameRecord = std::holds_alternative<Core::FrameMetadata>(info.prepared->source);
         }
     }
     return report;
