@@ -13,6 +13,7 @@
 #include "CorrectionFile/Finder/NotFoundException.h"
 #include "Frames/ClipPath.h"
 #include "Inspect/PassedOverFiles.h"
+#include "Inspect/SearchedFolders.h"
 
 namespace Host {
 namespace {
@@ -31,6 +32,7 @@ std::string FindCommand::example() const {
 void FindCommand::declareOptions(CLI::App& app) {
     app.add_option("CLIP", m_clip, "Movie, file pattern (%04d, ####), picture file, or folder with one sequence")
         ->required();
+    app.add_flag("--all", m_showsAll, "If there is none, print all folders that were searched, not just ten");
     app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/find.json)");
 }
 
@@ -51,16 +53,17 @@ ExitCode FindCommand::run() {
         }
         std::string text =
             fmt::format("No correction file of the clip \"{}\" was found. Searched were, in this order:", clip);
-        for (const std::string& folder : exception.searchedDirectoryPaths()) text += "\n  " + folder;
+        const std::vector<std::string>& folders = exception.searchedDirectoryPaths();
+        for (const std::string& folder : m_showsAll ? folders : shortListOf(folders)) text += "\n  " + folder;
         if (!passedOver.empty()) text += "\nPassed over were:";
         for (const PassedOverFile& other : passedOver) text += fmt::format("\n  {}: {}", other.path, other.reason);
-        text += "\nIts name ends in .olcf and contains the clip's name, and its header names the clip.";
+        text += "\nA match ends in .olcf, contains the clip's name, and names this clip in its header.";
         throw Failure(ExitCode::WrongUse, text);
     } catch (const boost::filesystem::filesystem_error& error) {
         throw Failure(
             ExitCode::WrongUse,
-            fmt::format("The search for the correction file of the clip \"{}\" ended at folder \"{}\": {}. Make "
-                        "that folder readable, or lay the correction file beside the clip.",
+            fmt::format("No correction file of the clip \"{}\" was found, but folder \"{}\" could not be searched: {}. "
+                        "If the file lies there, make that folder readable; or lay the file beside the clip.",
                         clip, error.path1().string(), error.code().message()));
     }
     if (m_asJson) {

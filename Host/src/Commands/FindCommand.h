@@ -15,6 +15,7 @@ public:
 
 private:
     std::string m_clip;
+    bool m_showsAll = false;
     bool m_asJson = false;
 };
 

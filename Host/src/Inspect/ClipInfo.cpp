@@ -54,7 +54,8 @@ void findCorrectionFile(const RenderOptions& options, const Clip& clip, InfoRepo
         report.passedOverFiles = passedOverFiles(clip.searchPath(), report.searchedFolders);
         return;
     } catch (const boost::filesystem::filesystem_error& error) {
-        report.fileError = "the search ended at " + error.path1().string() + ": " + error.code().message();
+        report.fileError =
+            "none was found, but " + error.path1().string() + " could not be searched: " + error.code().message();
         return;
     }
     report.file = CorrectionFileData::read(path);

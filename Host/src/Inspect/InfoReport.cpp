@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Inspect/HeaderText.h"
+#include "Inspect/SearchedFolders.h"
 
 namespace Host {
 
@@ -230,14 +231,7 @@ std::string InfoReport::text(bool withFrames) const {
         text += line("Correction file", "none; the frames carry their own records");
     } else if (!fileError.empty()) {
         text += line("Correction file", fileError);
-        constexpr std::size_t mostFolders = 10;
-        for (std::size_t i = 0; i < std::min(searchedFolders.size(), mostFolders); ++i) {
-            text += line("", searchedFolders[i]);
-        }
-        if (searchedFolders.size() > mostFolders) {
-            text += line(
-                "", fmt::format("and {} more, which \"lenscorrect find\" lists", searchedFolders.size() - mostFolders));
-        }
+        for (const std::string& folder : shortListOf(searchedFolders)) text += line("", folder);
         for (const PassedOverFile& other : passedOverFiles) {
             text += line("Passed over", other.path + ": " + other.reason);
         }

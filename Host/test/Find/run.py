@@ -1,7 +1,10 @@
 """Where the correction file of a clip is found, and what is said when there is none."""
 import json
 import os
+import shutil
+import subprocess
 import sys
+import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
 import olcf
@@ -47,7 +50,63 @@ class Find(program.ProgramTest):
                                    "was found. Searched were, in this order:")
         self.assertEqual(lines[1:4], ["  " + self.path("deep", "shot"), "  " + self.path("deep"), "  " + self.folder])
         self.assertEqual(lines[-1],
-                         "Its name ends in .olcf and contains the clip's name, and its header names the clip.")
+                         "A match ends in .olcf, contains the clip's name, and names this clip in its header.")
+
+    def give_twenty_folders(self):
+        for number in range(20):
+            os.makedirs(self.path("deep", "shot", f"folder {number}"))
+
+    def test_lists_ten_folders_and_counts_the_others(self):
+        self.give_twenty_folders()
+        searched = json.loads(self.run_program("find", "deep/shot", "--json").stdout)["searchedFolders"]
+        self.assertGreater(len(searched), 21)
+        self.expect(self.run_program("find", "deep/shot"), 2, "", "\n".join([
+            f'lenscorrect: No correction file of the clip "{self.path("deep", "shot", "plate")}" was found. Searched '
+            "were, in this order:",
+            *("  " + folder for folder in searched[:10]),
+            f'  and {len(searched) - 10} more, which "lenscorrect find --all" lists',
+            "A match ends in .olcf, contains the clip's name, and names this clip in its header.\n"]))
+
+    def test_lists_all_folders_if_asked_to(self):
+        self.give_twenty_folders()
+        searched = json.loads(self.run_program("find", "deep/shot", "--json").stdout)["searchedFolders"]
+        lines = self.run_program("find", "deep/shot", "--all").stderr.splitlines()
+        self.assertEqual(lines[1:-1], ["  " + folder for folder in searched])
+
+    def find_as_ordinary_user(self, *arguments):
+        command = [program.PROGRAM, *arguments]
+        if os.geteuid() == 0:
+            # Root may read everything unless it gives that right away.
+            command = ["setpriv", "--bounding-set=-dac_override,-dac_read_search", "--inh-caps=-dac_override", *command]
+        return subprocess.run(command, cwd=self.folder, capture_output=True, encoding="utf-8", timeout=300)
+
+    def lock(self, path):
+        os.makedirs(path, exist_ok=True)
+        os.chmod(path, 0)
+        self.addCleanup(os.chmod, path, 0o755)
+
+    @unittest.skipIf(os.geteuid() == 0 and not shutil.which("setpriv"), "needs an ordinary user")
+    def test_finds_a_file_beyond_a_folder_that_is_locked(self):
+        self.lock(self.path("deep", "shot", "locked"))
+        self.lock(self.path("locked"))
+        file = self.give("lens", "plate.olcf", content=olcf.text())
+        self.expect(self.find_as_ordinary_user("find", "deep/shot"), 0, file + "\n", "")
+
+    @unittest.skipIf(os.geteuid() == 0 and not shutil.which("setpriv"), "needs an ordinary user")
+    def test_names_a_locked_folder_if_there_is_no_file(self):
+        locked = self.path("deep", "shot", "locked")
+        self.lock(locked)
+        self.expect(self.find_as_ordinary_user("find", "deep/shot"), 2, "",
+                    f'lenscorrect: No correction file of the clip "{self.path("deep", "shot", "plate")}" was found, but '
+                    f'folder "{locked}" could not be searched: Permission denied. If the file lies there, make that '
+                    "folder readable; or lay the file beside the clip.\n")
+
+    @unittest.skipIf(os.geteuid() == 0 and not shutil.which("setpriv"), "needs an ordinary user")
+    def test_tells_a_locked_folder_in_a_report_too(self):
+        locked = self.path("deep", "shot", "locked")
+        self.lock(locked)
+        self.assertIn(f"none was found, but {locked} could not be searched: Permission denied\n",
+                      self.find_as_ordinary_user("info", "deep/shot").stdout)
 
     def test_tells_why_files_were_passed_over(self):
         near = [self.give("deep", "shot", name, content=content) for name, content in (

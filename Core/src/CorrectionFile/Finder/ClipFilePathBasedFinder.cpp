@@ -1,7 +1,11 @@
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 
+#include <algorithm>
 #include <boost/filesystem.hpp>
+#include <cerrno>
 #include <deque>
+#include <exception>
+#include <new>
 #include <vector>
 
 #include "CorrectionData/Content.h"
@@ -17,7 +21,14 @@ namespace {
 
 namespace fs = boost::filesystem;
 
-// One search around one clip; remembers the folders it has searched.
+// Whether the error is that the folder is there no more: removed, replaced, or of a process that has ended.
+bool isOfAVanishedFolder(const boost::system::error_code& error) {
+    namespace errc = boost::system::errc;
+    return error == errc::no_such_file_or_directory || error == errc::not_a_directory ||
+           error == errc::no_such_process || error.value() == ESTALE;
+}
+
+// One search around one clip; remembers the folders it has searched, and the first that it could not list.
 //
 // A queue of folders is worked off at three moments: after the clip's folder is queued, after its subfolders are, and
 // after each ancestor is queued with its subfolders. So a folder is listed for its subfolders only when everything
@@ -29,12 +40,12 @@ public:
         : m_clip(clipFilePath.string()), m_clipDirectory(clipFilePath.parent_path()) {}
 
     bool find(const LevelOfDepth& levelOfDepth, std::string& correctionFilePath) {
-        const fs::path currentFolder = ".";
-        m_queue.push_back(m_clipDirectory.empty() ? currentFolder : m_clipDirectory);
-        const fs::path clipDirectory = m_queue.front();
-        if (searchQueue(correctionFilePath)) return true;
+        const fs::path clipDirectory = m_clipDirectory.empty() ? fs::path(".") : m_clipDirectory;
+        // The folder that the caller names cannot have vanished while others were listed: it has to be there.
+        m_queue.push_back(clipDirectory);
+        if (searchQueue(correctionFilePath, Missing::IsAnError)) return true;
 
-        queueSubdirectories(clipDirectory, levelOfDepth.subdirectoryDepth, fs::path());
+        queueSubdirectories(clipDirectory, levelOfDepth.subdirectoryDepth, "");
         if (searchQueue(correctionFilePath)) return true;
 
         fs::path previous = m_clipDirectory;
@@ -42,7 +53,7 @@ public:
             const fs::path ancestor = previous.parent_path();
             if (ancestor.empty()) return false;
             m_queue.push_back(ancestor);
-            queueSubdirectories(ancestor, levelOfDepth.parentSubdirectoryDepth, previous);
+            queueSubdirectories(ancestor, levelOfDepth.parentSubdirectoryDepth, nameOf(previous));
             if (searchQueue(correctionFilePath)) return true;
             previous = ancestor;
         }
@@ -51,36 +62,59 @@ public:
 
     const std::vector<std::string>& searchedDirectoryPaths() const { return m_searchedDirectoryPaths; }
 
-private:
-    // `excluded` is an entry of the directory, or empty.
-    void queueSubdirectories(const fs::path& directory, int depth, const fs::path& excluded) {
-        if (depth == 0) return;
-        for (fs::recursive_directory_iterator entry(directory), end; entry != end; ++entry) {
-            const bool isExcluded = entry.depth() == 0 && nameOf(entry->path()) == nameOf(excluded);
-            const bool isWanted = isDirectory(*entry) && !isHidden(entry->path()) && !isExcluded;
-            if (isWanted) m_queue.push_back(entry->path());
-            // Folders at the last level need not be opened here: all they hold is too deep.
-            if (!isWanted || entry.depth() + 1 >= depth) entry.disable_recursion_pending();
-        }
+    /// Throws the first error of a folder that could not be listed, if there was one.
+    void throwFirstErrorIfThereIsOne() const {
+        if (m_firstError) std::rethrow_exception(m_firstError);
     }
 
-    bool searchQueue(std::string& correctionFilePath) {
+private:
+    enum class Missing { IsSkipped, IsAnError };
+
+    // A folder comes before its own subfolders. An entry of the name `excluded` is left out; "" names none.
+    void queueSubdirectories(const fs::path& directory, int depth, const std::string& excluded) {
+        if (depth == 0) return;
+        anyEntry(directory, Missing::IsSkipped, [&](const fs::directory_entry& entry) {
+            const std::string name = nameOf(entry.path());
+            if (name == excluded || name.front() == '.' || !isDirectory(entry)) return false;
+            m_queue.push_back(entry.path());
+            if (!isLink(entry)) queueSubdirectories(entry.path(), depth - 1, "");
+            return false;
+        });
+    }
+
+    bool searchQueue(std::string& correctionFilePath, Missing missing = Missing::IsSkipped) {
         while (!m_queue.empty()) {
             const fs::path directory = m_queue.front();
             m_queue.pop_front();
             m_searchedDirectoryPaths.push_back(directory.string());
-            if (searchDirectory(directory, correctionFilePath)) return true;
+            const bool isFound = anyEntry(directory, missing, [&](const fs::directory_entry& entry) {
+                if (!isCandidate(entry) || !belongsToTheClip(entry.path())) return false;
+                correctionFilePath = entry.path().string();
+                return true;
+            });
+            if (isFound) return true;
         }
         return false;
     }
 
-    bool searchDirectory(const fs::path& directory, std::string& correctionFilePath) const {
-        for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-            if (!isCandidate(entry) || !belongsToTheClip(entry.path())) continue;
-            correctionFilePath = entry.path().string();
-            return true;
+    // Hands the entries of a folder to the predicate until it answers true. An error of the file system ends the folder
+    // and not the search: a folder that is locked hides no correction file in another one.
+    template <typename Predicate>
+    bool anyEntry(const fs::path& directory, Missing missing, const Predicate& predicate) {
+        try {
+            return std::any_of(fs::directory_iterator(directory), fs::directory_iterator(), predicate);
+        } catch (const fs::filesystem_error& error) {
+            if (error.code() == boost::system::errc::not_enough_memory) throw std::bad_alloc(); // no folder's fault
+            const bool isSkipped = missing == Missing::IsSkipped && isOfAVanishedFolder(error.code());
+            if (!isSkipped && !m_firstError) m_firstError = withPath(directory, error);
+            return false;
         }
-        return false;
+    }
+
+    // The error that is being handled. One of a folder that was opened names no folder by itself.
+    static std::exception_ptr withPath(const fs::path& directory, const fs::filesystem_error& error) {
+        if (!error.path1().empty()) return std::current_exception();
+        return std::make_exception_ptr(fs::filesystem_error("Folder could not be listed", directory, error.code()));
     }
 
     bool isCandidate(const fs::directory_entry& entry) const {
@@ -107,7 +141,10 @@ private:
         return entry.status(ignored).type() == fs::directory_file;
     }
 
-    static bool isHidden(const fs::path& path) { return nameOf(path).front() == '.'; }
+    static bool isLink(const fs::directory_entry& entry) {
+        boost::system::error_code ignored;
+        return entry.symlink_status(ignored).type() == fs::symlink_file;
+    }
 
     // As text: paths must not be compared themselves, since that allocates memory and ends the process when there is
     // none left.
@@ -117,6 +154,7 @@ private:
     fs::path m_clipDirectory;
     std::deque<fs::path> m_queue;
     std::vector<std::string> m_searchedDirectoryPaths;
+    std::exception_ptr m_firstError;
 };
 
 } // namespace
@@ -130,6 +168,7 @@ ClipFilePathBasedFinder::ClipFilePathBasedFinder(const std::string& path, LevelO
 void ClipFilePathBasedFinder::find(std::string& correctionFilePath) const {
     Search search{fs::path(m_clipFilePath)};
     if (search.find(m_levelOfDepth, correctionFilePath)) return;
+    search.throwFirstErrorIfThereIsOne();
     throw NotFoundException(m_clipFilePath, search.searchedDirectoryPaths());
 }
 

@@ -26,8 +26,11 @@ public:
 
     /// Stores the found file's path, built from the searched folder and the file's name.
     ///
-    /// Candidates that cannot be read or parsed, or vanish meanwhile, are passed over. Throws NotFoundException with
-    /// the searched folders, or boost::filesystem::filesystem_error if a folder cannot be listed.
+    /// Candidates that cannot be read or parsed are passed over; candidates and folders that vanish meanwhile, too. A
+    /// folder that cannot be listed is passed over as well: whatever is found elsewhere is taken. If nothing is found,
+    /// throws boost::filesystem::filesystem_error with the first such folder as its path1() or, when there is none,
+    /// NotFoundException with the searched folders. That the clip's own folder is missing counts as such a folder.
+    /// Throws std::bad_alloc when memory runs out. The text is untouched on failure.
     void find(std::string& correctionFilePath) const override;
 
 private:

@@ -3,8 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <boost/filesystem.hpp>
+#include <csignal>
 #include <filesystem>
 #include <memory>
 
@@ -49,7 +52,8 @@ public:
         return *this;
     }
 
-    // The found file, "nothing", or "file system error". The searched folders end up in `searched` if nothing is found.
+    // The found file, "nothing", or the file system's error with its folder. The searched folders end up in `searched`
+    // if nothing is found.
     std::string search(LevelOfDepth depths) {
         std::string found = "untouched";
         try {
@@ -61,8 +65,9 @@ public:
                 searched.push_back(std::filesystem::path(path).lexically_relative(folder.path()).string());
             }
             return found == "untouched" ? "nothing" : "the path was changed on failure";
-        } catch (const boost::filesystem::filesystem_error&) {
-            return "file system error";
+        } catch (const boost::filesystem::filesystem_error& error) {
+            const auto path = std::filesystem::path(error.path1().string()).lexically_relative(folder.path());
+            return error.code().message() + ": " + path.string();
         }
     }
 
@@ -347,20 +352,67 @@ TEST_F(ClipFilePathBasedFinder, HandlesNamesOfAnyBytes) {
     EXPECT_EQ(search({1, 0, 0}), "sub\n\xff/\xff\xfe.olcf");
 }
 
-TEST_F(ClipFilePathBasedFinder, LetsTheFileSystemsErrorPassWhenTheClipFolderIsMissing) {
+TEST_F(ClipFilePathBasedFinder, NamesTheClipFolderIfItIsMissingAndNothingIsFound) {
     clip = "missing/A001.mov";
-    EXPECT_EQ(search(depthsOfTheProduct), "file system error");
+    EXPECT_EQ(search(nowhereElse), "No such file or directory: missing");
+    EXPECT_EQ(search({1, 1, 2}), "No such file or directory: missing");
 }
 
-TEST_F(ClipFilePathBasedFinder, LetsTheFileSystemsErrorPassWhenASubfolderCannotBeListed) {
+TEST_F(ClipFilePathBasedFinder, SearchesAroundAClipFolderThatIsMissing) {
+    clip = "missing/A001.mov";
+    withCorrectionFile("A001.olcf");
+    EXPECT_EQ(search({1, 1, 2}), "A001.olcf");
+}
+
+TEST_F(ClipFilePathBasedFinder, NamesAFolderThatCannotBeListedIfNothingIsFound) {
     givenClip("A001.mov");
     folder.makeFolder("locked");
     chmod(folder.path("locked").c_str(), 0);
     for (const LevelOfDepth depths : {LevelOfDepth{1, 0, 0}, LevelOfDepth{2, 0, 0}}) {
-        EXPECT_EQ(Support::asOrdinaryUser([&] { return search(depths); }), "file system error")
+        EXPECT_EQ(Support::asOrdinaryUser([&] { return search(depths); }), "Permission denied: locked")
             << int(depths.subdirectoryDepth);
     }
     chmod(folder.path("locked").c_str(), 0755);
+}
+
+TEST_F(ClipFilePathBasedFinder, NamesTheFirstOfTheFoldersThatCannotBeListed) {
+    givenClip("a/b/A001.mov");
+    for (const char* const name : {"a/b/locked", "a/locked", "locked"}) {
+        chmod(folder.makeFolder(name).c_str(), 0);
+    }
+    EXPECT_EQ(Support::asOrdinaryUser([&] { return search({1, 2, 1}); }), "Permission denied: a/b/locked");
+    for (const char* const name : {"a/b/locked", "a/locked", "locked"}) chmod(folder.path(name).c_str(), 0755);
+}
+
+TEST_F(ClipFilePathBasedFinder, FindsAFileBeyondAFolderThatCannotBeListed) {
+    givenClip("shot/A001.mov").withCorrectionFile("lens/A001.olcf");
+    for (const char* const name : {"shot/locked", "locked"}) chmod(folder.makeFolder(name).c_str(), 0);
+    EXPECT_EQ(Support::asOrdinaryUser([&] { return search({2, 1, 2}); }), "lens/A001.olcf");
+    for (const char* const name : {"shot/locked", "locked"}) chmod(folder.path(name).c_str(), 0755);
+}
+
+TEST_F(ClipFilePathBasedFinder, FindsAFileAboveAClipFolderThatMayBeEnteredButNotListed) {
+    givenClip("shot/A001.mov").withCorrectionFile("A001.olcf");
+    chmod(folder.path("shot").c_str(), 0711);
+    EXPECT_EQ(Support::asOrdinaryUser([&] { return search({1, 1, 2}); }), "A001.olcf");
+    chmod(folder.path("shot").c_str(), 0755);
+}
+
+TEST_F(ClipFilePathBasedFinder, OutlivesProcessesWhoseFoldersItSearches) {
+    const auto handler = std::signal(SIGCHLD, SIG_IGN); // a child's folder is gone as soon as it ends
+    for (int round = 0; round < 30; ++round) {
+        for (useconds_t child = 0; child < 20; ++child) {
+            if (fork() != 0) continue;
+            usleep(child * 500);
+            _exit(0);
+        }
+        std::string found;
+        EXPECT_THROW(CorrectionFile::ClipFilePathBasedFinder("/proc/A001.mov", {1, 0, 0}).find(found),
+                     CorrectionFile::NotFoundException);
+    }
+    while (wait(nullptr) > 0) {
+    }
+    std::signal(SIGCHLD, handler);
 }
 
 TEST_F(ClipFilePathBasedFinder, IsUsableThroughTheFinderInterface) {
