@@ -30,10 +30,12 @@ std::optional<RecordingFormat> manualFormat(const RenderOptions& options) {
 InfoReport reportOn(const RenderOptions& options) {
     const bool isCorrectionFile = std::filesystem::path(options.clip).extension() == ".olcf";
     if (!isCorrectionFile) return clipInfo(options);
-    if (options.correctionFile || options.overscan) {
-        throw Failure(ExitCode::WrongUse, fmt::format("{} goes with a clip, not with a correction file.",
-                                                      options.correctionFile ? "--correction-file" : "--overscan"));
-    }
+    const char* const ofClips = options.correctionFile       ? "--correction-file"
+                                : options.overscan           ? "--overscan"
+                                : options.ignoresPixelAspect ? "--pixel-aspect"
+                                                             : nullptr;
+    if (ofClips)
+        throw Failure(ExitCode::WrongUse, fmt::format("{} goes with a clip, not with a correction file.", ofClips));
     return fileInfo(options.clip, manualFormat(options), options.frames);
 }
 

@@ -73,12 +73,14 @@ std::vector<std::int32_t> framesOf(const RenderOptions& options, const Clip& cli
     return frames;
 }
 
-FrameInfo infoOf(std::int32_t frame, const Clip& clip, CorrectionChain& chain) {
+FrameInfo infoOf(std::int32_t frame, const RenderOptions& options, const Clip& clip, CorrectionChain& chain) {
     FrameInfo info;
     info.frame = frame;
     try {
         const std::string path = clip.path(frame);
         const HostImage::Frame header = clip.readHeader(frame);
+        info.error = options.pixelAspectObjection(header);
+        if (!info.error.empty()) return info;
         const HostImage::Metadata metadata = clip.metadata(frame, header);
         const ClipFrame image{&header, &metadata, clip.shownPath(frame), clip.range()};
         chain.setFrame(frame, image, 0, image);
@@ -115,7 +117,7 @@ InfoReport clipInfo(const RenderOptions& options) {
     undistorting.shading = RenderOptions::Shading::None;
     CorrectionChain chain(undistorting, 1);
     for (const std::int32_t frame : framesOf(options, clip)) {
-        report.frames.push_back(infoOf(frame, clip, chain));
+        report.frames.push_back(infoOf(frame, options, clip, chain));
         const FrameInfo& info = report.frames.back();
         if (info.prepared && report.recordingFormatOrigin.kind == Core::RecordingFormatOrigin::Kind::None) {
             report.recordingFormat = info.prepared->recordingFormat;

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <stdexcept>
 #include <utility>
 
 #include "Console/Failure.h"
@@ -155,6 +156,8 @@ const LensGeometry::Header& LensGeometry::header(std::int32_t frame) {
     if (m_clip) {
         header->path = m_clip->shownPath(frame);
         header->frame = m_clip->readHeader(frame);
+        if (const std::string text = m_options.pixelAspectObjection(header->frame); !text.empty())
+            throw std::runtime_error(text);
         header->metadata = m_clip->metadata(frame, header->frame);
         header->range = m_clip->range();
     } else {

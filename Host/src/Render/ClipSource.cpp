@@ -5,6 +5,7 @@
 
 #include "DDImage/IopInfo.h"
 #include "Render/HostChannels.h"
+#include "Render/InputSpace.h"
 #include "Render/PlaneTransfer.h"
 
 namespace Host {
@@ -52,6 +53,8 @@ void ClipSource::fillMetaData(double, DD::Image::MetaData::Bundle& metaData) {
 void ClipSource::fillPlane(double, DD::Image::ImagePlane& plane) {
     if (m_settings.isMap) return plane.clear();
     Host::fillPlane(plane, m_part, m_channels, m_settings.threads);
+    if (m_settings.space)
+        m_settings.space->toSceneLinear(plane, hostBox(m_part.dataWindow, m_part.displayWindow), m_settings.threads);
 }
 
 } // namespace Host

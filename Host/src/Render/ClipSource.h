@@ -9,6 +9,8 @@
 
 namespace Host {
 
+class InputSpace;
+
 /// One decoded picture as the host's reader node shows it: a part of a frame, with the frame's metadata.
 ///
 /// Holds references only: frame and metadata outlive it and do not change. Immutable, so any thread may ask.
@@ -24,7 +26,8 @@ public:
         unsigned int threads = 1; ///< convert the pixels
         /// The picture shows red, green, blue and alpha whatever it holds: a map depends on its size only.
         bool isMap = false;
-        int border = 0; ///< px of black that the box has more on the left and on the right
+        const InputSpace* space = nullptr; ///< of the picture's pixels, which are shown in linear light; none: they are
+        int border = 0;                    ///< px of black that the box has more on the left and on the right
     };
 
     ClipSource(const HostImage::Frame& frame, std::size_t part, const HostImage::Metadata& metadata, Range range,

@@ -5,6 +5,7 @@
 
 #include "LensCorrection.h"
 #include "Output/Interruption.h"
+#include "Render/InputSpace.h"
 
 namespace Host {
 namespace {
@@ -21,9 +22,10 @@ CorrectionError::CorrectionError(const std::string& brief, const std::string& de
 
 CorrectionError::~CorrectionError() = default;
 
-CorrectionChain::CorrectionChain(const RenderOptions& options, unsigned int threads)
+CorrectionChain::CorrectionChain(const RenderOptions& options, unsigned int threads, const InputSpace* space)
     : m_options(options),
       m_threads(threads),
+      m_space(space),
       m_imageRead(m_graph.createRead()),
       m_plateRead(options.plate ? m_graph.createRead() : m_imageRead) {
     const bool isDistortionInverse = options.distortion == RenderOptions::Distortion::Distort;
@@ -68,7 +70,7 @@ void CorrectionChain::setControls(Op* node) {
 void CorrectionChain::setImage(int border) {
     const auto source = std::make_shared<ClipSource>(
         *m_image.frame, m_part, *m_image.metadata, m_image.range,
-        ClipSource::Settings{.threads = m_threads, .isMap = m_options.renderMap, .border = border});
+        ClipSource::Settings{.threads = m_threads, .isMap = m_options.renderMap, .space = m_space, .border = border});
     m_channels = source->channels();
     m_imageRead->setSource(source);
     m_imageRead->setFilename(m_image.path);
@@ -114,6 +116,10 @@ void CorrectionChain::render(const Store& store) {
     std::vector<DD::Image::ImagePlane> planes = m_graph.planes(m_nodes.back());
     for (DD::Image::ImagePlane& plane : planes) {
         fetch(plane);
+        if (m_space && m_space->isConverting()) {
+            plane.makeUnique();
+            m_space->fromSceneLinear(plane, m_threads);
+        }
         store(plane, m_channels);
         plane = DD::Image::ImagePlane(); // one layer's floats at a time
     }

@@ -16,6 +16,8 @@ class LensCorrection;
 
 namespace Host {
 
+class InputSpace;
+
 /// Why the nodes could not correct a frame: the error that the node shows, and the text that names all values involved.
 class CorrectionError : public std::runtime_error {
 public:
@@ -41,8 +43,9 @@ struct ClipFrame {
 /// One thread at a time.
 class CorrectionChain {
 public:
-    /// `threads`: how many convert pixels from and to the file's type.
-    CorrectionChain(const RenderOptions& options, unsigned int threads);
+    /// `threads`: how many convert pixels from and to the file's type. `space`: of the picture's pixels; without it
+    /// they are linear light.
+    CorrectionChain(const RenderOptions& options, unsigned int threads, const InputSpace* space = nullptr);
     ~CorrectionChain();
 
     /// Chooses the frame, one of its parts, and the frame of the plate from which the lens data come (the same one when
@@ -78,6 +81,7 @@ private:
 
     const RenderOptions& m_options;
     unsigned int m_threads;
+    const InputSpace* m_space;
     DD::Image::Graph m_graph;
     DD::Image::Read* m_imageRead;
     DD::Image::Read* m_plateRead;

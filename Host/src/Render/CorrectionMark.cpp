@@ -38,7 +38,9 @@ void CorrectionMark::write(const RenderOptions& options, const std::string& corr
         };
         set("distortion", distortionText(options));
         set("shading", shadingText(options));
-        part.removeAttribute(std::string(prefix) + "correctionFile");
+        for (const char* const name : {"inputSpace", "correctionFile"})
+            part.removeAttribute(std::string(prefix) + name);
+        set("inputSpace", options.inputSpace.value_or(""));
         set("correctionFile", correctionFile);
         set("version", ORVEX_VERSION);
     }

@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 
 #include "Console/Failure.h"
+#include "Image/Frame.h"
 
 namespace Host {
 
@@ -14,12 +16,29 @@ namespace {
 
 } // namespace
 
+std::string LensDataOptions::pixelAspectObjection(const HostImage::Frame& frame) const {
+    // Files keep the ratio as a quotient or in single precision; a whole picture of 8192 px shows less than this.
+    constexpr float rounding = 1e-4f;
+    if (ignoresPixelAspect) return {};
+    for (const HostImage::Part& part : frame.parts) {
+        if (std::abs(part.pixelAspectRatio - 1.0f) <= rounding) continue;
+        return fmt::format(
+            "The pixels are not square (pixel aspect ratio {:g}), but the lens's model is radial in square pixels. "
+            "Resample the picture to square pixels first, or give --pixel-aspect ignore to correct it as it is.",
+            part.pixelAspectRatio);
+    }
+    return {};
+}
+
 void LensDataOptionsReader::declareOptions(CLI::App& app) {
     app.add_option("--correction-file", m_correctionFile, "Use this file instead of the one found around the clip");
     app.add_option("--image-area", m_imageArea, "Recording format: sensor area in mm, WxH; needs --clip-resolution");
     app.add_option("--clip-resolution", m_clipResolution, "Recording format: clip in px, WxH; needs --image-area");
     app.add_option("--overscan", m_overscan,
                    "Overscan inside the format, in percent; without it the data window is the overscan");
+    app.add_option("--pixel-aspect", m_pixelAspect,
+                   "ignore: correct pictures whose pixels are not square as if they were, instead of refusing them")
+        ->check(CLI::IsMember({"ignore"}));
 }
 
 LensDataOptions LensDataOptionsReader::read() const {
@@ -43,6 +62,7 @@ LensDataOptions LensDataOptionsReader::read() const {
         refuse(fmt::format("--overscan {} is not between 0 and 1000 percent.", *m_overscan));
     }
     options.overscan = m_overscan;
+    options.ignoresPixelAspect = !m_pixelAspect.empty();
     return options;
 }
 

@@ -9,6 +9,10 @@ namespace CLI {
 class App;
 }
 
+namespace HostImage {
+struct Frame;
+}
+
 namespace Host {
 
 /// What is said by hand about a clip's lens data and frames; without it, all of it is found.
@@ -16,7 +20,11 @@ struct LensDataOptions {
     std::optional<std::string> correctionFile; ///< instead of the one that is found around the clip
     std::optional<MillimetreSize> imageArea;   ///< both or neither of these two: a manual recording format
     std::optional<PixelSize> clipResolution;
-    std::optional<float> overscan; ///< percent, inside the format; without it the data window is the overscan
+    std::optional<float> overscan;   ///< percent, inside the format; without it the data window is the overscan
+    bool ignoresPixelAspect = false; ///< correct pictures whose pixels are not square as if they were
+
+    /// Why the picture does not fit the lens's model, which is radial in square pixels; empty: it does.
+    std::string pixelAspectObjection(const HostImage::Frame& frame) const;
 };
 
 /// Reads LensDataOptions from a command line.
@@ -30,7 +38,7 @@ public:
     LensDataOptions read() const;
 
 private:
-    std::string m_correctionFile, m_imageArea, m_clipResolution; ///< as written; empty: not given
+    std::string m_correctionFile, m_imageArea, m_clipResolution, m_pixelAspect; ///< as written; empty: not given
     std::optional<float> m_overscan;
 };
 

@@ -23,8 +23,8 @@ void moveMemory(HostImage::Frame& from, HostImage::Frame& to) {
     }
 }
 
-PictureMemory::PictureMemory(HostImage::Part& input, HostImage::Part& output, bool isBlack)
-    : m_input(input), m_output(output), m_isBlack(isBlack), m_hasMemory(output.planes.size()) {}
+PictureMemory::PictureMemory(HostImage::Part& input, HostImage::Part& output, bool isBlack, const InputSpace& space)
+    : m_input(input), m_output(output), m_isBlack(isBlack), m_space(space), m_hasMemory(output.planes.size()) {}
 
 void PictureMemory::provideFor(const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
     const std::vector<PlaneShare> shares = planeShares(plane, m_output, channels);
@@ -33,9 +33,26 @@ void PictureMemory::provideFor(const DD::Image::ImagePlane& plane, const std::ve
         HostImage::Plane& target = m_output.planes[i];
         if (shares[i] == PlaneShare::Whole && i < m_input.planes.size()) moveMemory(m_input.planes[i], target);
         target.allocatePixels();
-        if (m_isBlack) std::memset(target.pixels.data(), 0, target.pixels.size());
+        if (m_isBlack) blacken(i, plane, channels);
         m_hasMemory[i] = true;
     }
+}
+
+void PictureMemory::blacken(std::size_t index, const DD::Image::ImagePlane& plane,
+                            const std::vector<DD::Image::Channel>& channels) {
+    HostImage::Plane& target = m_output.planes[index];
+    if (!m_space.isConverting()) {
+        std::memset(target.pixels.data(), 0, target.pixels.size());
+        return;
+    }
+    std::vector<float> row(target.width * target.components);
+    for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+        if (m_output.channels[channel].plane != index) continue;
+        const float black = m_space.black(channels[channel], plane);
+        for (std::size_t i = m_output.channels[channel].component; i < row.size(); i += target.components)
+            row[i] = black;
+    }
+    for (std::size_t y = 0; y < target.height; ++y) target.rowFromFloat(y, row.data());
 }
 
 } // namespace Host

@@ -5,6 +5,7 @@
 #include "DDImage/Channel.h"
 #include "DDImage/ImagePlane.h"
 #include "Image/Frame.h"
+#include "Render/InputSpace.h"
 
 namespace Host {
 
@@ -17,17 +18,21 @@ void moveMemory(HostImage::Frame& from, HostImage::Frame& to);
 class PictureMemory {
 public:
     /// `output` has the part's channels, or those of a map, and is laid out. `isBlack`: whether planes begin black,
-    /// since not every pixel will be rendered. Both parts must live as long.
-    PictureMemory(HostImage::Part& input, HostImage::Part& output, bool isBlack);
+    /// since not every pixel will be rendered; black is what `space` has for it. All of them must live as long.
+    PictureMemory(HostImage::Part& input, HostImage::Part& output, bool isBlack, const InputSpace& space);
 
     /// Gives memory to those of the output's planes that the host's plane is to be stored to (storePlane) and that have
     /// none yet, at the cost of the input's pixels in the same channels. Throws std::bad_alloc.
     void provideFor(const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels);
 
 private:
+    void blacken(std::size_t index, const DD::Image::ImagePlane& plane,
+                 const std::vector<DD::Image::Channel>& channels);
+
     HostImage::Part& m_input;
     HostImage::Part& m_output;
     bool m_isBlack;
+    const InputSpace& m_space;
     std::vector<bool> m_hasMemory; ///< of the output's planes
 };
 

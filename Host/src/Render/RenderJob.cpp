@@ -94,7 +94,8 @@ RenderJob::RenderJob(const RenderOptions& options)
       m_threads(options.threads != 0 ? options.threads : std::max(1u, std::thread::hardware_concurrency())),
       m_clip(options.clip, options.decoding),
       m_jobs(frameJobs(options, m_clip.frames())),
-      m_finished(options.output) {
+      m_finished(options.output),
+      m_inputSpace(options) {
     if (options.plate) m_plate.emplace(*options.plate, options.decoding);
     if (m_plate) {
         for (const FrameJob& job : m_jobs) {
@@ -123,14 +124,17 @@ std::string RenderJob::outputKey(const FrameJob& job) const {
         boxes += fmt::format("{}: {} {} {} {} ", part, box.x(), box.y(), box.r(), box.t());
     const auto sidecar = [&](const std::string& clip) { return identity(HostImage::MetadataSidecar::pathFor(clip)); };
     return FinishedFrames::fingerprint(fmt::format(
-        "{}|{}|{}|{}|{}|{}|{}|{}x{}|{}x{}|{}|{}|{}|{}|{}|{}|{}|{}|{}", ORVEX_VERSION, job.frame, identity(job.input),
-        plate, identity(m_correctionFile), sidecar(m_options.clip), m_options.plate ? sidecar(*m_options.plate) : "-",
-        m_options.imageArea ? m_options.imageArea->width : 0, m_options.imageArea ? m_options.imageArea->height : 0,
+        "{}|{}|{}|{}|{}|{}|{}|{}x{}|{}x{}|{}|{}|{}|{}|{}|{}|{}|{}|{}|{}|{}|{}", ORVEX_VERSION, job.frame,
+        identity(job.input), plate, identity(m_correctionFile), sidecar(m_options.clip),
+        m_options.plate ? sidecar(*m_options.plate) : "-", m_options.imageArea ? m_options.imageArea->width : 0,
+        m_options.imageArea ? m_options.imageArea->height : 0,
         m_options.clipResolution ? m_options.clipResolution->width : 0,
         m_options.clipResolution ? m_options.clipResolution->height : 0, static_cast<int>(m_options.distortion),
         static_cast<int>(m_options.shading), m_options.renderMap, m_options.overscan.value_or(-1.0f),
         m_options.pixelType ? static_cast<int>(*m_options.pixelType) : -1, m_options.compression.value_or("-"),
-        static_cast<int>(m_options.window), static_cast<int>(m_options.boxSize), boxes));
+        static_cast<int>(m_options.window), static_cast<int>(m_options.boxSize), boxes,
+        m_options.inputSpace.value_or("-"), m_inputSpace.isConverting() ? identity(m_inputSpace.configFile()) : "-",
+        m_options.ignoresPixelAspect));
 }
 
 std::vector<FrameJob> RenderJob::remainingJobs(Progress& progress) {
@@ -213,17 +217,29 @@ void RenderJob::findConstantBoxes() {
     }
 }
 
-std::size_t RenderJob::slotCount(const FrameJob& first, std::size_t most) const {
-    std::uint64_t inFile = 0, asFloats = 0;
+/// Nothing for a frame that cannot be read: that is told when its turn comes.
+std::optional<HostImage::Frame> RenderJob::headerOf(const FrameJob& job) const {
     try {
-        for (const HostImage::Part& part : m_clip.readHeader(first.frame).parts) {
-            for (const HostImage::Plane& plane : part.planes) {
-                inFile += plane.rowBytes() * plane.height;
-                asFloats = std::max(asFloats, std::uint64_t{plane.width} * plane.height * 4 * sizeof(float));
-            }
-        }
+        return m_clip.readHeader(job.frame);
     } catch (const HostImage::ImageError&) {
-        return most;
+        return std::nullopt;
+    }
+}
+
+/// Why a picture must not be corrected as the options say; empty: nothing speaks against it.
+std::string RenderJob::objection(const HostImage::Frame& frame) const {
+    const std::string shape = m_options.pixelAspectObjection(frame);
+    return shape.empty() ? InputSpace::objection(m_options, frame) : shape;
+}
+
+std::size_t RenderJob::slotCount(const std::optional<HostImage::Frame>& first, std::size_t most) const {
+    if (!first) return most;
+    std::uint64_t inFile = 0, asFloats = 0;
+    for (const HostImage::Part& part : first->parts) {
+        for (const HostImage::Plane& plane : part.planes) {
+            inFile += plane.rowBytes() * plane.height;
+            asFloats = std::max(asFloats, std::uint64_t{plane.width} * plane.height * 4 * sizeof(float));
+        }
     }
     // The picture before and after, with room for growth and for the packed file; beside the slots one layer is
     // rendered: plane, node's output, the device's two buffers.
@@ -242,9 +258,10 @@ void RenderJob::decode(Slot& slot, unsigned int threads) {
         slot.plate = m_plate->readHeader(slot.job.frame);
         slot.plateMetadata = m_plate->metadata(slot.job.frame, slot.plate);
     }
+    if (const std::string text = objection(slot.input); !text.empty()) throw std::runtime_error(text);
     if (m_options.force) return;
-    const std::string objection = CorrectionMark::objection(m_options, slot.input);
-    if (!objection.empty()) throw std::runtime_error(objection);
+    const std::string mark = CorrectionMark::objection(m_options, slot.input);
+    if (!mark.empty()) throw std::runtime_error(mark);
 }
 
 void RenderJob::layOut(const HostImage::Part& input, const DD::Image::Box& box, std::size_t part,
@@ -280,7 +297,7 @@ void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads)
         layOut(slot.input.parts[part], box, part, output);
         // What no pixel is rendered for is black.
         const bool isBlack = output.dataWindow != fileWindow(box, output.displayWindow);
-        PictureMemory memory(slot.input.parts[part], output, isBlack);
+        PictureMemory memory(slot.input.parts[part], output, isBlack, m_inputSpace);
         chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
             memory.provideFor(plane, channels);
             storePlane(plane, output, channels, threads);
@@ -359,7 +376,12 @@ ExitCode RenderJob::run() {
 
     const std::size_t decoders = std::min<std::size_t>(std::max(1u, m_threads / 2), jobs.size());
     const std::size_t encoders = std::min<std::size_t>(m_threads, jobs.size());
-    const std::size_t slots = slotCount(jobs.front(), decoders + encoders + 1);
+    const std::optional<HostImage::Frame> first = headerOf(jobs.front());
+    // What holds for a whole clip is one message, not one for each of a thousand frames.
+    if (const std::string text = first ? objection(*first) : ""; !text.empty())
+        throw Failure(ExitCode::WrongUse,
+                      fmt::format("Frame {} ({}): {}", jobs.front().frame, jobs.front().input, text));
+    const std::size_t slots = slotCount(first, decoders + encoders + 1);
 
     Queue<std::unique_ptr<Slot>> free, decoded, rendered;
     for (std::size_t slot = 0; slot < slots; ++slot) free.push(std::make_unique<Slot>());
@@ -408,7 +430,7 @@ ExitCode RenderJob::run() {
     try {
         // The first frames are decoded meanwhile: making the kernels takes longer than that.
         const unsigned int share = threadsEach(jobs.size());
-        CorrectionChain chain(m_options, share);
+        CorrectionChain chain(m_options, share, &m_inputSpace);
         checkBeforeTheFirstFrame(chain, jobs);
         while (std::optional<std::unique_ptr<Slot>> slot = decoded.pop()) {
             if (!(m_isStopped && m_options.stopOnError) &&

@@ -16,6 +16,7 @@
 #include "Render/Clip.h"
 #include "Render/CorrectionChain.h"
 #include "Render/FrameJob.h"
+#include "Render/InputSpace.h"
 #include "Render/RenderOptions.h"
 
 namespace Host {
@@ -45,7 +46,9 @@ private:
     void checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs);
     void validateHeader(CorrectionChain& chain, const FrameJob& job, std::map<std::size_t, DD::Image::Box>& boxes);
     void findConstantBoxes();
-    std::size_t slotCount(const FrameJob& first, std::size_t most) const;
+    std::optional<HostImage::Frame> headerOf(const FrameJob& job) const;
+    std::string objection(const HostImage::Frame& frame) const;
+    std::size_t slotCount(const std::optional<HostImage::Frame>& first, std::size_t most) const;
 
     void decode(Slot& slot, unsigned int threads);
     void render(CorrectionChain& chain, Slot& slot, unsigned int threads);
@@ -65,6 +68,7 @@ private:
     std::optional<Clip> m_plate;
     std::vector<FrameJob> m_jobs;
     FinishedFrames m_finished;
+    InputSpace m_inputSpace;
     std::string m_correctionFile;                          ///< the one found around the clip or given; empty: none
     std::map<std::size_t, DD::Image::Box> m_constantBoxes; ///< by part, when all frames share one box
     std::atomic<bool> m_isStopped{false};

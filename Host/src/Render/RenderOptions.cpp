@@ -12,7 +12,8 @@
 namespace Host {
 
 struct RenderOptionsReader::Texts {
-    std::string clip, output, distortion, shading, plate, frames, pixelType, compression, memory;
+    std::string clip, output, distortion, shading, plate, frames, pixelType, compression, memory, inputSpace,
+        colourConfig;
     std::string window = "box";
     std::string boxSize = "frame";
     std::string progress = "auto";
@@ -72,6 +73,15 @@ void RenderOptionsReader::declareOptions(CLI::App& app) {
     correction.add_option("--shading", t.shading, "remove divides the lens's shading out, add applies it")
         ->check(CLI::IsMember({"remove", "add"}));
     correction.add_flag("--map", t.renderMap, "Write the correction's map instead of the picture");
+
+    CLI::Option_group& colour =
+        *app.add_option_group("Colour", "EXR files hold linear light unless they say otherwise");
+    CLI::Option* const inputSpace = colour.add_option(
+        "--input-space", t.inputSpace,
+        "Colour space of CLIP: it is corrected in linear light and written as it was; raw: values are "
+        "corrected as they are");
+    colour.add_option("--ocio", t.colourConfig, "OpenColorIO configuration; without it $OCIO, else the built-in one")
+        ->needs(inputSpace);
 
     CLI::Option_group& lens = *app.add_option_group("Lens data");
     lens.add_option("--plate", t.plate, "CLIP is CG; the lens data come from this clip");
@@ -136,6 +146,9 @@ RenderOptions RenderOptionsReader::read() const {
         }
     }
     options.renderMap = t.renderMap;
+    options.inputSpace = given(t.inputSpace);
+    options.colourConfig = t.colourConfig;
+    if (options.renderMap && options.inputSpace) refuse("--map shows no pixels of the clip: leave --input-space out.");
 
     options.plate = given(t.plate);
     static_cast<LensDataOptions&>(options) = t.lensData.read();

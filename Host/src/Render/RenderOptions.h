@@ -37,6 +37,11 @@ struct RenderOptions : LensDataOptions {
     Shading shading = Shading::None;
     bool renderMap = false; ///< only one correction is wanted then
 
+    /// Colour space of the clip's pixels, which are linear light without it; rawInputSpace: taken as they are.
+    std::optional<std::string> inputSpace;
+    std::string colourConfig; ///< OpenColorIO configuration with that space; empty: $OCIO, else the built-in one
+    static constexpr const char* rawInputSpace = "raw";
+
     std::optional<std::string> plate; ///< the lens data come from this clip; `clip` is CG then
 
     std::optional<FrameRange> frames;       ///< without it, what exists on disk

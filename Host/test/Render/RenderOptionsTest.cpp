@@ -34,7 +34,7 @@ TEST(RenderOptions, HaveTheirDefaults) {
     EXPECT_EQ(read.shading, RenderOptions::Shading::None);
     EXPECT_FALSE(read.renderMap);
     EXPECT_FALSE(read.plate || read.correctionFile || read.imageArea || read.clipResolution || read.overscan ||
-                 read.frames || read.pixelType || read.compression);
+                 read.frames || read.pixelType || read.compression || read.inputSpace || read.ignoresPixelAspect);
     EXPECT_EQ(read.window, RenderOptions::Window::Box);
     EXPECT_EQ(read.boxSize, RenderOptions::BoxSize::Frame);
     EXPECT_FALSE(read.skipExisting || read.overwrite || read.stopOnError || read.force);
@@ -47,7 +47,8 @@ TEST(RenderOptions, ReadEveryOption) {
     const RenderOptions read = options(
         "--distortion distort --shading add --plate p.mov --correction-file c.olcf --image-area 23.76x13.37 "
         "--clip-resolution 1920x1080 --overscan 10.5 --frames 1-3 --type float --compression piz --window format "
-        "--size constant --overwrite --stop-on-error --force --memory 8G --threads 4 --progress json");
+        "--input-space LogC3 --ocio c.ocio --pixel-aspect ignore --size constant --overwrite --stop-on-error --force "
+        "--memory 8G --threads 4 --progress json");
     EXPECT_EQ(read.distortion, RenderOptions::Distortion::Distort);
     EXPECT_EQ(read.shading, RenderOptions::Shading::Add);
     EXPECT_EQ(read.plate, "p.mov");
@@ -59,6 +60,9 @@ TEST(RenderOptions, ReadEveryOption) {
     EXPECT_EQ(read.pixelType, RenderOptions::PixelType::Float);
     EXPECT_EQ(read.compression, "piz");
     EXPECT_EQ(read.window, RenderOptions::Window::Format);
+    EXPECT_EQ(read.inputSpace, "LogC3");
+    EXPECT_EQ(read.colourConfig, "c.ocio");
+    EXPECT_TRUE(read.ignoresPixelAspect);
     EXPECT_EQ(read.boxSize, RenderOptions::BoxSize::Constant);
     EXPECT_TRUE(read.overwrite && read.stopOnError && read.force);
     EXPECT_EQ(read.memory, 8589934592u);
@@ -100,6 +104,8 @@ INSTANTIATE_TEST_SUITE_P(
         Defect{"", "Nothing is to be corrected: give --distortion undistort|distort, --shading remove|add, or both."},
         Defect{"--distortion undistort --shading remove --map",
                "--map shows one correction: leave --distortion or --shading out."},
+        Defect{"--shading remove --map --input-space sRGB",
+               "--map shows no pixels of the clip: leave --input-space out."},
         Defect{"--distortion undistort --shading add",
                "--distortion undistort goes with --shading remove, and distort with add: one lens either recorded the "
                "picture or did not. For other mixtures run the program twice."},
@@ -122,7 +128,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(RenderOptions, AreCheckedAgainstTheirListsOfWords) {
     for (const char* more : {"--distortion remove", "--shading undistort", "--type 16", "--compression lzw",
-                             "--window all", "--size 1920x1080", "--threads -1", "--threads 1025", "--progress loud"}) {
+                             "--window all", "--pixel-aspect 2", "--ocio c.ocio", "--size 1920x1080", "--threads -1",
+                             "--threads 1025", "--progress loud"}) {
         EXPECT_THROW(options(more), CLI::ParseError) << more;
     }
 }

@@ -188,6 +188,8 @@ private:
                 part.setAttribute({tag->key, "string", tag->value});
         }
         part.setAttribute({"codec_name", "string", part.compression});
+        const char* const transfer = av_color_transfer_name(m_stream->codecpar->color_trc);
+        part.setAttribute({"color_transfer", "string", transfer == nullptr ? "unknown" : transfer});
         const std::uint32_t denominator = static_cast<std::uint32_t>(m_rate.den);
         part.setAttribute({"framesPerSecond", "rational", bytesOf(m_rate.num) + bytesOf(denominator)});
 

@@ -1,0 +1,140 @@
+#include "Render/InputSpace.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "Image/ParallelFor.h"
+#include "LayerContent.h"
+
+namespace Host {
+namespace {
+
+constexpr std::size_t colours = 3;
+
+/// Where a plane has red, green and blue; -1: it does not. All -1: it does not hold colour.
+std::array<int, colours> coloursOf(const DD::Image::ImagePlane& plane) {
+    std::array<int, colours> components{-1, -1, -1};
+    const DD::Image::ChannelSet channels = plane.channels();
+    if (!LayerContent::isColor(channels)) return components;
+    for (DD::Image::Channel channel = channels.first(); channel; channel = channels.next(channel)) {
+        const int lane = LayerContent::colorLane(channel);
+        if (lane >= 0 && lane < static_cast<int>(colours))
+            components[static_cast<std::size_t>(lane)] = plane.chanNo(channel);
+    }
+    return components;
+}
+
+/// Calls convert(pixels, count) for each row of the plane within the box, as R, G, B, R, G, B ...; a colour that the
+/// plane does not have is that of another one, so that a grey picture is converted as grey.
+template <typename Convert>
+void convertRows(DD::Image::ImagePlane& plane, DD::Image::Box box, unsigned int threads, Convert convert) {
+    std::array<int, colours> components = coloursOf(plane);
+    const int any = *std::max_element(components.begin(), components.end());
+    if (any < 0 || !box.intersects(plane.bounds())) return;
+    box.intersect(plane.bounds());
+    const std::array<int, colours> present = components;
+    for (int& component : components)
+        if (component < 0) component = any;
+    float* const floats = plane.writable();
+    const std::size_t columns = static_cast<std::size_t>(box.w());
+    HostImage::parallelFor(threads, static_cast<std::size_t>(box.h()), [&](HostImage::WorkQueue& queue) {
+        std::vector<float> pixels(columns * colours);
+        for (std::size_t index = 0; queue.next(index);) {
+            float* const row =
+                floats + (box.y() - plane.bounds().y() + static_cast<int>(index)) * std::ptrdiff_t{plane.rowStride()} +
+                (box.x() - plane.bounds().x()) * std::ptrdiff_t{plane.colStride()};
+            const auto sample = [&](std::size_t x, int component) -> float& {
+                return row[static_cast<std::ptrdiff_t>(x) * plane.colStride() +
+                           std::ptrdiff_t{component} * plane.chanStride()];
+            };
+            for (std::size_t x = 0; x < columns; ++x)
+                for (std::size_t colour = 0; colour < colours; ++colour)
+                    pixels[x * colours + colour] = sample(x, components[colour]);
+            convert(pixels.data(), columns);
+            for (std::size_t colour = 0; colour < colours; ++colour) {
+                if (present[colour] < 0) continue;
+                for (std::size_t x = 0; x < columns; ++x) sample(x, present[colour]) = pixels[x * colours + colour];
+            }
+        }
+    });
+}
+
+std::string lowerCase(std::string text) {
+    for (char& character : text)
+        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
+    return text;
+}
+
+bool containsOneOf(const std::string& text, std::initializer_list<const char*> words) {
+    return std::any_of(words.begin(), words.end(),
+                       [&](const char* word) { return text.find(word) != std::string::npos; });
+}
+
+/// Whether a name as pictures carry it, of a colour space or a transfer function, is known to mean other than linear
+/// light. What is not known is taken as linear.
+bool isKnownNotLinear(const std::string& name) {
+    const std::string text = lowerCase(name);
+    if (containsOneOf(text, {"lin"})) return false; // "Linear sRGB", "lin_rec709_scene"
+    return containsOneOf(
+        text, {"log",  "density", "cineon", "adx",    "srgb", "709", "601",  "274m",    "video",  "gamma",  "g18_",
+               "g22_", "g24_",    "g26_",   "acescc", "pq",   "hlg", "2084", "display", "output", "std-b67"});
+}
+
+/// What the part says about its pixels, as far as that is not "linear"; empty: nothing.
+std::string statementAgainstLinear(const HostImage::Part& part) {
+    for (const HostImage::Attribute& attribute : part.attributes) {
+        if (attribute.type != "string") continue;
+        const std::string name = lowerCase(attribute.name.substr(attribute.name.rfind(':') + 1));
+        // A movie's pixels are linear only if it says so.
+        const bool isMovieTransfer = name == "color_transfer" && attribute.value != "linear";
+        const bool isSpace = name == "colorspace" || name == "colorinteropid" || name == "transfer";
+        if (isMovieTransfer || (isSpace && isKnownNotLinear(attribute.value)))
+            return fmt::format("{} is \"{}\"", attribute.name, attribute.value);
+    }
+    return {};
+}
+
+} // namespace
+
+InputSpace::InputSpace(const RenderOptions& options) {
+    if (!options.inputSpace || *options.inputSpace == RenderOptions::rawInputSpace) return;
+    m_space = HostImage::openColourSpace(*options.inputSpace, options.colourConfig);
+    m_configFile = HostImage::colourConfigFile(options.colourConfig);
+    m_space->fromSceneLinear(m_black.data(), 1);
+}
+
+void InputSpace::toSceneLinear(DD::Image::ImagePlane& plane, const DD::Image::Box& picture,
+                               unsigned int threads) const {
+    if (!m_space) return;
+    convertRows(plane, picture, threads,
+                [this](float* pixels, std::size_t count) { m_space->toSceneLinear(pixels, count); });
+}
+
+void InputSpace::fromSceneLinear(DD::Image::ImagePlane& plane, unsigned int threads) const {
+    if (!m_space) return;
+    convertRows(plane, plane.bounds(), threads,
+                [this](float* pixels, std::size_t count) { m_space->fromSceneLinear(pixels, count); });
+}
+
+float InputSpace::black(DD::Image::Channel channel, const DD::Image::ImagePlane& plane) const {
+    const int lane = LayerContent::colorLane(channel);
+    if (lane < 0 || lane >= static_cast<int>(colours) || !LayerContent::isColor(plane.channels())) return 0.0f;
+    return m_black[static_cast<std::size_t>(lane)];
+}
+
+std::string InputSpace::objection(const RenderOptions& options, const HostImage::Frame& frame) {
+    if (options.shading == RenderOptions::Shading::None || options.renderMap || options.inputSpace) return {};
+    std::string statement = frame.format == "cineon" ? "Cineon files hold printing density" : "";
+    for (const HostImage::Part& part : frame.parts)
+        if (statement.empty()) statement = statementAgainstLinear(part);
+    if (statement.empty()) return {};
+    return fmt::format(
+        "The pixels are not linear ({}), but shading is a factor on linear light. Name their colour space with "
+        "--input-space NAME, which converts them to linear light and back, or give --input-space raw to correct the "
+        "values as they are.",
+        statement);
+}
+
+} // namespace Host

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+
+#include "DDImage/Box.h"
+#include "DDImage/Channel.h"
+#include "DDImage/ImagePlane.h"
+#include "Image/Colour/ColourSpace.h"
+#include "Image/Frame.h"
+#include "Render/RenderOptions.h"
+
+namespace Host {
+
+/// The colour space of a clip's pixels: whether they are linear light, and the way to it and back where they are not.
+///
+/// Lenses act on light: shading is a factor on linear pixels alone. Immutable; any thread.
+class InputSpace {
+public:
+    /// As the options name it: without a name, or with RenderOptions::rawInputSpace, nothing is converted and nothing
+    /// is loaded. Throws HostImage::ImageError as openColourSpace does.
+    explicit InputSpace(const RenderOptions& options);
+
+    bool isConverting() const { return m_space != nullptr; }
+    /// The configuration that the space is from; empty: the built-in one.
+    const std::string& configFile() const { return m_configFile; }
+
+    /// Converts the red, green and blue of a writable plane where it shows the picture, which fills `picture`; what
+    /// lies outside is no light in any space. Planes that do not hold colour stay.
+    void toSceneLinear(DD::Image::ImagePlane& plane, const DD::Image::Box& picture, unsigned int threads) const;
+
+    /// The reverse, for the whole plane.
+    void fromSceneLinear(DD::Image::ImagePlane& plane, unsigned int threads) const;
+
+    /// What stands for no light in each channel of a plane that holds these: R, G, B as the space has them, else 0.
+    float black(DD::Image::Channel channel, const DD::Image::ImagePlane& plane) const;
+
+    /// Why the picture should not be corrected like this: shading is wanted, nothing was said about the pixels' space,
+    /// and the picture says that they are not linear. Empty: nothing speaks against it.
+    static std::string objection(const RenderOptions& options, const HostImage::Frame& frame);
+
+private:
+    std::unique_ptr<const HostImage::ColourSpace> m_space; ///< none: values are taken as they are
+    std::string m_configFile;
+    std::array<float, 3> m_black{};
+};
+
+} // namespace Host
