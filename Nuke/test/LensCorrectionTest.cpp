@@ -1,5 +1,6 @@
 #include "LensCorrection.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -7,6 +8,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -17,6 +19,7 @@
 #include "DDImage/Substitute/Graph.h"
 #include "Exception/Exception.h"
 #include "LensDistortionCorrection.h"
+#include "Support/JsonRecord.h"
 #include "Support/ShotFolder.h"
 #include "Support/TestClip.h"
 #include "Support/TestNode.h"
@@ -31,6 +34,12 @@ const char* const c_noBrief =
     "An issue did occur, but the issue description could not be retrieved. Please contact the developer.";
 const char* const c_noDetails =
     "An issue did occur, but the detailed issue description could not be retrieved. Please contact the developer.";
+
+std::size_t count(const std::string& text, const std::string& piece) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + piece.size())) ++count;
+    return count;
+}
 
 class LensCorrectionTest : public testing::Test {
 protected:
@@ -370,6 +379,38 @@ TEST_F(LensCorrectionTest, RetrievesTheCoresTexts) {
     node->retrieveCoreErrorDescription(brief, detailed);
     EXPECT_EQ(brief, c_missingData);
     EXPECT_EQ(detailed, std::string(c_missingData) + "\n");
+}
+
+TEST_F(LensCorrectionTest, TellsEveryFailureOfAFrameWhileThePanelIsUpdated) {
+    constexpr int renders = 200000;
+    const std::string failure = "There is some frame related data missing.\n\n";
+    const std::string failureOfPanel = "Metadata for the frame is not available.\nJSON String: \"{]\"\n\n";
+    const std::thread::id panelsThread = std::this_thread::get_id();
+    std::size_t panelFailures = 0;
+    bool isPanelToFail = false;
+    node->dataSource().record = [&] {
+        return std::string(std::this_thread::get_id() == panelsThread && isPanelToFail ? "{]" : Support::jsonRecord);
+    };
+    node->dataSource().wantsDistortion = true;
+    graph.connect(node, 1, read);
+    graph.openPanel(node);
+    validate(2, 2, Box(0, 0, 2, 2));
+    std::atomic<bool> isDone{false};
+    std::thread rendering([&] {
+        ImagePlane plane = this->plane();
+        for (int i = 0; i < renders; ++i) node->renderStripe(plane);
+        isDone = true;
+    });
+    for (int updates = 0; !isDone; ++updates) {
+        isPanelToFail = updates % 100 == 99;
+        if (isPanelToFail) ++panelFailures;
+        graph.updateUI(node);
+    }
+    rendering.join();
+    const std::string text = log();
+    EXPECT_EQ(count(text, failure), renders + 1u) << "and one of validation";
+    EXPECT_EQ(count(text, failureOfPanel), panelFailures);
+    EXPECT_EQ(count(text, ": "), renders + 1u + 2u * panelFailures) << "something else was logged";
 }
 
 namespace {

@@ -45,20 +45,19 @@ Core::~Core() = default;
 
 template <typename Operation>
 bool Core::perform(Operation operation) {
-    const auto keepErrors = [this](std::shared_ptr<std::string> brief, std::shared_ptr<std::string> detailed) {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_briefError = std::move(brief);
-        m_detailedError = std::move(detailed);
-    };
-    keepErrors(nullptr, nullptr);
+    // Forgotten afterwards too: the data source may have called back, and failed with that.
+    m_errors.forget();
     try {
         operation();
-        return true;
     } catch (const Exception& exception) {
-        keepErrors(std::make_shared<std::string>(exception.what()),
-                   std::make_shared<std::string>(exception.detailedDescription()));
+        m_errors.keep({exception.what(), exception.detailedDescription()});
         return false;
+    } catch (...) {
+        m_errors.forget();
+        throw;
     }
+    m_errors.forget();
+    return true;
 }
 
 bool Core::frameSize(unsigned int& width, unsigned int& height) {
@@ -76,15 +75,15 @@ bool Core::recordingFormat(RecordingFormatDatabase::RecordingFormat& recordingFo
 bool Core::briefErrorDescription(char* description, unsigned long capacity) const {
     ORVEX_ASSERT(description);
     ORVEX_ASSERT(capacity);
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_briefError && copied(*m_briefError, description, capacity);
+    const ErrorTexts::Texts* const texts = m_errors.texts();
+    return texts && copied(texts->brief, description, capacity);
 }
 
 bool Core::detailedErrorDescription(char* description, unsigned long capacity) const {
     ORVEX_ASSERT(description);
     ORVEX_ASSERT(capacity);
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_detailedError && copied(*m_detailedError, description, capacity);
+    const ErrorTexts::Texts* const texts = m_errors.texts();
+    return texts && copied(texts->detailed, description, capacity);
 }
 
 bool Core::metadataKeyForClipFileName(const char* c_cameraManufacturer, const char* c_containerFormat, char* c_key,

@@ -1,20 +1,22 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "Core/CoreDataSource.h"
+#include "Core/ErrorTexts.h"
 
 namespace Core {
 
 /// The single entry of the correction core: asks its data source about the current frame, finds and parses the
 /// correction data, and sizes or renders the corrected frame on the most powerful OpenCL device.
 ///
-/// Every operation answers false on failure and keeps the failure's texts until the next operation. Exceptions of the
-/// Exception family never leave the facade; any other (a value in a correction file that is not a number, a file
+/// Every operation answers false on failure and keeps the failure's texts for the thread that called it, until that
+/// thread's next operation; no other thread's operation touches them. Exceptions of the Exception family never leave the
+/// facade; any other (a value in a correction file that is not a number, a file
 /// system error, out of memory) passes through to the caller, who has to catch it.
-/// Threads: one facade may be used by several threads, and several facades at once.
+/// Threads: one facade may be used by several threads, and several facades at once. The data source may call its facade
+/// back while it is asked.
 class Core {
 public:
     explicit Core(std::unique_ptr<CoreDataSource> dataSource);
@@ -35,7 +37,8 @@ public:
     /// is a success with zeros.
     bool recordingFormat(RecordingFormatDatabase::RecordingFormat& recordingFormat);
 
-    /// Copies the last failure's brief text with its terminating zero; false when there is none or it does not fit.
+    /// Copies the brief text of the calling thread's last failure with its terminating zero; false when there is none or
+    /// it does not fit.
     bool briefErrorDescription(char* description, unsigned long capacity) const;
 
     /// Likewise the text that names all values involved, several lines, ending in a line feed.
@@ -54,9 +57,7 @@ private:
     bool perform(Operation operation);
 
     std::unique_ptr<CorePrivate> m_private;
-    std::shared_ptr<std::string> m_briefError;
-    std::shared_ptr<std::string> m_detailedError;
-    mutable std::mutex m_mutex; ///< guards the two error texts; m_private has its own locks
+    ErrorTexts m_errors;
 };
 
 } // namespace Core

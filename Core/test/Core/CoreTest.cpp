@@ -5,10 +5,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <boost/algorithm/string/replace.hpp>
 #include <boost/lexical_cast/bad_lexical_cast.hpp>
+#include <cstring>
 #include <limits>
 #include <string>
+#include <thread>
 
 #include "Core/FakeCoreDataSource.h"
 #include "Support/CommaLocale.h"
@@ -565,6 +568,86 @@ TEST_F(CoreFacadeTest, ForgetsTheLastErrorWhenTheNextOperationSucceeds) {
     ASSERT_TRUE(frameSize());
     EXPECT_EQ(brief(), "no error");
     EXPECT_EQ(detailed(), "no error");
+}
+
+TEST_F(CoreFacadeTest, ForgetsAFailureOfADataSourceThatCalledItBack) {
+    class FailingSource : public Support::FakeCoreDataSource {
+    public:
+        using FakeCoreDataSource::FakeCoreDataSource;
+        Core::Core* core = nullptr;
+
+        bool shouldPerformShadingCorrection(Core::ShadingCorrectionParameter&) const override {
+            RecordingFormatDatabase::RecordingFormat implied;
+            EXPECT_FALSE(core->recordingFormat(implied));
+            return false;
+        }
+    };
+    auto ownedSource = std::make_unique<FailingSource>(m_host);
+    FailingSource& source = *ownedSource;
+    Core::Core core(std::move(ownedSource));
+    source.core = &core;
+    EXPECT_TRUE(core.render(nullptr, nullptr, 0));
+    EXPECT_EQ(Support::briefErrorOf(core), "no error");
+}
+
+namespace {
+
+/// Answers each thread with that thread's own frame, which carries its record.
+class SourceOfThreads : public Core::CoreDataSource {
+public:
+    static thread_local std::uint32_t width;
+    static thread_local std::string record;
+
+    bool shouldPerformShadingCorrection(Core::ShadingCorrectionParameter&) const override { return false; }
+    bool shouldPerformDistortionCorrection(Core::DistortionCorrectionParameter&) const override { return true; }
+    bool frameMetadata(char* metadata, unsigned long capacity) const override {
+        if (record.size() + 1 > capacity) return false;
+        std::memcpy(metadata, record.c_str(), record.size() + 1);
+        return true;
+    }
+    bool correctionFilePath(char*, unsigned long) const override { return false; }
+    bool clipFileName(char*, unsigned long) const override { return false; }
+    bool clipFilePath(char*, unsigned long) const override { return false; }
+    bool frameData(Core::FrameData& frameData) const override {
+        frameData = frameOf(width, width);
+        return true;
+    }
+    bool recordingFormat(RecordingFormatDatabase::RecordingFormat&) const override { return false; }
+};
+
+thread_local std::uint32_t SourceOfThreads::width = 0;
+thread_local std::string SourceOfThreads::record = Support::jsonRecord;
+
+} // namespace
+
+TEST(CoreThreads, KeepTheirFailuresTextsWhileOthersFailAndAPanelIsUpdated) {
+    constexpr int rendersOfAThread = 100000;
+    Core::Core core(std::make_unique<SourceOfThreads>());
+    std::atomic<int> wrong{0}, running{2};
+    const auto render = [&](std::uint32_t width, const std::string& brief, const std::string& details) {
+        SourceOfThreads::width = width;
+        for (int i = 0; i < rendersOfAThread; ++i) {
+            if (core.render(nullptr, nullptr, 0) || Support::briefErrorOf(core) != brief ||
+                Support::detailedErrorOf(core) != brief + "\n" + details) {
+                ++wrong;
+            }
+        }
+        --running;
+    };
+    const std::string brief = "Aspect ratio of the current frame is not as expected. Recommended resolution is ";
+    const std::string format = "Recording Format Resolution: 4096x2160 px\n";
+    std::thread large(render, 4096, brief + "4096x2160 px.", "Current Frame Resolution: 4096x4096 px\n" + format);
+    std::thread small(render, 2048, brief + "2048x1080 px.", "Current Frame Resolution: 2048x2048 px\n" + format);
+    for (int updates = 0; running > 0; ++updates) {
+        const bool isToFail = updates % 100 == 99;
+        SourceOfThreads::record = isToFail ? "{]" : Support::jsonRecord;
+        RecordingFormatDatabase::RecordingFormat implied;
+        const std::string expected = isToFail ? "Metadata for the frame is not available." : "no error";
+        if (core.recordingFormat(implied) == isToFail || Support::briefErrorOf(core) != expected) ++wrong;
+    }
+    large.join();
+    small.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST_F(CoreFacadeTest, HasNoErrorBeforeTheFirstOperation) {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstring>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "DDImage/Substitute/Graph.h"
@@ -12,6 +14,8 @@ class TestDataSource : public Core::CoreDataSource {
 public:
     std::function<void()> onQuestion = [] {}; ///< run at the beginning of every operation of the core
     bool wantsDistortion = false;
+    std::function<std::string()> record = [] { return std::string(); }; ///< the frame's own; empty: none
+    std::optional<Core::FrameData> frame;
 
     bool shouldPerformShadingCorrection(Core::ShadingCorrectionParameter&) const override {
         onQuestion();
@@ -20,11 +24,19 @@ public:
     bool shouldPerformDistortionCorrection(Core::DistortionCorrectionParameter&) const override {
         return wantsDistortion;
     }
-    bool frameMetadata(char*, unsigned long) const override { return false; }
+    bool frameMetadata(char* metadata, unsigned long capacity) const override {
+        const std::string text = record();
+        if (text.empty() || text.size() + 1 > capacity) return false;
+        std::memcpy(metadata, text.c_str(), text.size() + 1);
+        return true;
+    }
     bool correctionFilePath(char*, unsigned long) const override { return false; }
     bool clipFileName(char*, unsigned long) const override { return false; }
     bool clipFilePath(char*, unsigned long) const override { return false; }
-    bool frameData(Core::FrameData&) const override { return false; }
+    bool frameData(Core::FrameData& data) const override {
+        if (frame) data = *frame;
+        return frame.has_value();
+    }
     bool recordingFormat(RecordingFormatDatabase::RecordingFormat&) const override { return false; }
 };
 
