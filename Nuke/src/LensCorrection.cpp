@@ -131,7 +131,6 @@ void LensCorrection::guard(const char* activity, Operation operation) {
 
 template <typename Operation>
 bool LensCorrection::runCore(Operation operation) {
-    const std::lock_guard<std::mutex> lock(m_coreAccess);
     const bool isSuccessful = operation();
     if (aborted()) return false;
     if (!isSuccessful) reportCoreError();
@@ -281,7 +280,6 @@ void LensCorrection::updateValueOfRecordingFormatKnobs() {
     const bool isManual = knob("recordingFormat::manualSelection")->get_value() != 0.0;
     if (isMetadataInputConnected() && !isManual) {
         RecordingFormatDatabase::RecordingFormat recordingFormat;
-        // Without the lock of runCore: the main thread must not wait for a frame that is being rendered.
         if (!m_core.recordingFormat(recordingFormat)) {
             reportCoreError();
             return;
@@ -368,7 +366,6 @@ void LensCorrection::setBoxCenteredOnFormat(unsigned int width, unsigned int hei
 }
 
 bool LensCorrection::isOutputBoxAccepted() {
-    const std::lock_guard<std::mutex> lock(m_coreAccess);
     unsigned int width = 0;
     unsigned int height = 0;
     try {
@@ -433,7 +430,11 @@ void LensCorrection::renderPlane(DD::Image::ImagePlane& plane) {
 bool LensCorrection::renderWithCore(const float* pixels, float* output, unsigned long size) {
     // A map does not depend on the pixels.
     const float* const input = m_outputType == 0 ? pixels : nullptr;
-    return runCore([&] { return m_core.render(input, output, size); });
+    // The frame may have waited for those of other threads and nodes. What the core was told counts, since the host may
+    // take an abort back at any time.
+    bool wasAborted = false;
+    const auto isAborted = [&] { return wasAborted = aborted(); };
+    return runCore([&] { return m_core.render(input, output, size, isAborted); }) && !wasAborted;
 }
 
 void LensCorrection::append(DD::Image::Hash& hash) {

@@ -143,5 +143,4 @@ private:
     Core::Logger m_logger;
     std::string m_lastErrorDetails;
     mutable std::mutex m_lastErrorDetailsAccess;
-    std::mutex m_coreAccess; ///< keeps the error texts of a thread's own failure from being replaced by another's
 };

@@ -64,8 +64,8 @@ bool Core::frameSize(unsigned int& width, unsigned int& height) {
     return perform([&] { m_private->frameSize(width, height); });
 }
 
-bool Core::render(const float* input, float* output, unsigned long size) {
-    return perform([&] { m_private->render(input, output, size); });
+bool Core::render(const float* input, float* output, unsigned long size, const std::function<bool()>& isAborted) {
+    return perform([&] { m_private->render(input, output, size, isAborted); });
 }
 
 bool Core::recordingFormat(RecordingFormatDatabase::RecordingFormat& recordingFormat) {

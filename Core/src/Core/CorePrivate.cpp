@@ -69,7 +69,8 @@ void Core::CorePrivate::frameSize(unsigned int& width, unsigned int& height) {
     }
 }
 
-void Core::CorePrivate::render(const float* input, float* output, unsigned long size) {
+void Core::CorePrivate::render(const float* input, float* output, unsigned long size,
+                               const std::function<bool()>& isAborted) {
     const FrameParameters wanted = prepareRendererIfNeeded();
     if (!wanted.shading && !wanted.distortion) return;
 
@@ -97,6 +98,7 @@ void Core::CorePrivate::render(const float* input, float* output, unsigned long 
     if (wanted.shading && wanted.distortion) intermediate.emplace(size);
     SharedRenderers& renderers = sharedRenderers();
     const std::lock_guard<std::mutex> lock(renderers.rendererAccessLock);
+    if (isAborted && isAborted()) return;
     if (wanted.shading) {
         renderers.shading->parameter = *wanted.shading;
         renderers.shading->render(input, intermediate ? intermediate->pixels() : output, size);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "Core/Core.h"
@@ -19,7 +20,7 @@ public:
     ~CorePrivate();
 
     void frameSize(unsigned int& width, unsigned int& height);
-    void render(const float* input, float* output, unsigned long size);
+    void render(const float* input, float* output, unsigned long size, const std::function<bool()>& isAborted);
     using FramePreparation::recordingFormat;
 
 private:

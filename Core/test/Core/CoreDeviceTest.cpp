@@ -2,10 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <boost/algorithm/string/replace.hpp>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <thread>
 
 #include "Core/Core.h"
 #include "Core/FakeCoreDataSource.h"
+#include "Core/Image.h"
 #include "Support/FakeOpenCL.h"
 #include "Support/JsonRecord.h"
 
@@ -61,6 +67,48 @@ TEST_F(CoreDeviceTest, IsNotTouchedForAFrameThatDoesNotFitItsRecordingFormat) {
     EXPECT_EQ(failureOfFrameSize(),
               "Aspect ratio of the current frame is not as expected. Recommended resolution is 64x34 px.");
     EXPECT_TRUE(fakeOpenCL.calls.empty());
+}
+
+TEST_F(CoreDeviceTest, RendersNothingOnceItsCallerHasGivenUp) {
+    Support::Image output(64 * 34 * 4, -1.0f);
+    const Support::Image untouched = output;
+    EXPECT_TRUE(m_core.render(output.data(), output.data(), Support::bytes(output), [] { return true; }));
+    EXPECT_TRUE(fakeOpenCL.callsOf("clEnqueueNDRangeKernel").empty());
+    EXPECT_EQ(output, untouched);
+    EXPECT_EQ(Support::briefErrorOf(m_core), "no error");
+}
+
+TEST_F(CoreDeviceTest, AsksWhetherItsCallerHasGivenUpOnceItIsFree) {
+    Support::Image output(64 * 34 * 4);
+    std::promise<void> isBusy, mayGoOn;
+    // Waits in its own question, and keeps the renderers meanwhile.
+    std::thread first([&] {
+        Support::Image ownOutput(output.size());
+        m_core.render(output.data(), ownOutput.data(), Support::bytes(output), [&] {
+            isBusy.set_value();
+            mayGoOn.get_future().wait();
+            return false;
+        });
+    });
+    isBusy.get_future().wait();
+    std::atomic<bool> hasFirstGoneOn{false};
+    bool wasAskedInTime = false;
+    Core::Core other(std::make_unique<Support::FakeCoreDataSource>(m_host));
+    std::thread second([&] {
+        Support::Image ownOutput(output.size());
+        other.render(output.data(), ownOutput.data(), Support::bytes(output), [&] {
+            wasAskedInTime = hasFirstGoneOn;
+            return true;
+        });
+    });
+    // Time for the second to ask too early.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    hasFirstGoneOn = true;
+    mayGoOn.set_value();
+    first.join();
+    second.join();
+    EXPECT_TRUE(wasAskedInTime);
+    EXPECT_EQ(fakeOpenCL.callsOf("clEnqueueNDRangeKernel").size(), 1u);
 }
 
 TEST_F(CoreDeviceTest, IsPreparedOnceForAllFramesCorrectionsAndFacades) {
