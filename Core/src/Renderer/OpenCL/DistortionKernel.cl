@@ -90,9 +90,16 @@ float2 sourcePosition(int2 pixel, float width, float height, float imageRadius, 
                     limitedCoordinate(centerY + fromCenterY * factor, height));
 }
 
+// How much the four pixels around a position give to it: lower left (x), lower right (y), upper left (z), upper right.
+__attribute__((always_inline)) float4 amountForNearestNeighbors(float leftWeight, float rightWeight, float topWeight,
+                                                                float bottomWeight) {
+    return (float4)(leftWeight * bottomWeight, rightWeight * bottomWeight, leftWeight * topWeight,
+                    rightWeight * topWeight);
+}
+
 // Bilinear. Taps outside the picture are dropped without sharing out their weight, so the picture fades to
 // (0, 0, 0, 0) over one pixel. Taps of weight 0 are not read: 0 times infinity must not reach the sum.
-float4 sampleAnywhere(global const float4* input, int width, int height, float x, float y) {
+float4 sample(global const float4* input, int width, int height, float x, float y) {
     // floor by conversion; a library call would cost more than the rest.
     int left = (int)x;
     int top = (int)y;
@@ -107,12 +114,13 @@ float4 sampleAnywhere(global const float4* input, int width, int height, float x
     const bool usesTop = top >= 0 && top < height;
     const bool usesBottom = bottomWeight != 0.0f && top + 1 >= 0 && top + 1 < height;
 
+    const float4 amount = amountForNearestNeighbors(leftWeight, rightWeight, topWeight, bottomWeight);
     float4 sum = (float4)(0.0f);
     const long topLeft = (long)top * width + left;
-    if (usesLeft && usesBottom) sum += (leftWeight * bottomWeight) * input[topLeft + width];
-    if (usesRight && usesBottom) sum += (rightWeight * bottomWeight) * input[topLeft + width + 1];
-    if (usesLeft && usesTop) sum += (leftWeight * topWeight) * input[topLeft];
-    if (usesRight && usesTop) sum += (rightWeight * topWeight) * input[topLeft + 1];
+    if (usesLeft && usesBottom) sum += amount.x * input[topLeft + width];
+    if (usesRight && usesBottom) sum += amount.y * input[topLeft + width + 1];
+    if (usesLeft && usesTop) sum += amount.z * input[topLeft];
+    if (usesRight && usesTop) sum += amount.w * input[topLeft + 1];
     return sum;
 }
 
@@ -134,26 +142,25 @@ float2 placeOf(float2 position, int topLeft) {
                     topLeft < 0 ? position.y : position.y - (float)(int)position.y);
 }
 
-// What sampleAnywhere gives between four pixels; 1 less the right weight is exactly the left one there. Without being
+// What sample gives between four pixels; 1 less the right weight is exactly the left one there. Without being
 // inlined, calls would take a tenth of the kernel's time.
 __attribute__((always_inline)) float4 sampleBetween(global const float4* topRow, int width, float2 place) {
     const float rightWeight = place.x;
     const float bottomWeight = place.y;
-    const float leftWeight = 1.0f - rightWeight;
-    const float topWeight = 1.0f - bottomWeight;
+    const float4 amount = amountForNearestNeighbors(1.0f - rightWeight, rightWeight, 1.0f - bottomWeight, bottomWeight);
     global const float4* bottomRow = topRow + width;
     FETCH(bottomRow + 48);
     float4 sum = (float4)(0.0f);
-    sum += (leftWeight * bottomWeight) * bottomRow[0];
-    sum += (rightWeight * bottomWeight) * bottomRow[1];
-    sum += (leftWeight * topWeight) * topRow[0];
-    sum += (rightWeight * topWeight) * topRow[1];
+    sum += amount.x * bottomRow[0];
+    sum += amount.y * bottomRow[1];
+    sum += amount.z * topRow[0];
+    sum += amount.w * topRow[1];
     return sum;
 }
 
 // Writes the corrected image. Sizes in px, imageRadius in mm: the distance from the centre that half the frame's
 // diagonal stands for. a0 … a6: the distance in the source, in mm, by powers of the distance in the output, in mm.
-kernel void distortion(global const float4* restrict input, global float4* restrict output, uint currentWidth,
+kernel void distortion(global const float* restrict input, global float* restrict output, uint currentWidth,
                        uint currentHeight, uint originalWidth, uint originalHeight, float imageRadius, float a0,
                        float a1, float a2, float a3, float a4, float a5, float a6) {
     local float placesX[POSITION_CAPACITY];
@@ -184,10 +191,13 @@ kernel void distortion(global const float4* restrict input, global float4* restr
             topLeft = numberOfTopLeft(position, width, height);
             place = placeOf(position, topLeft);
         }
+        // Buffers of a device are aligned for every type.
+        global const float4* source = (global const float4*)input;
+        global float4* destination = (global float4*)output + firstItem + item;
         if (topLeft >= 0)
-            output[firstItem + item] = sampleBetween(input + topLeft, width, place);
+            *destination = sampleBetween(source + topLeft, width, place);
         else
-            output[firstItem + item] = sampleAnywhere(input, width, height, place.x, place.y);
+            *destination = sample(source, width, height, place.x, place.y);
     }
 }
 

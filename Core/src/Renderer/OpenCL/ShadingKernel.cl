@@ -81,7 +81,7 @@ float shadingFactor(int2 pixel, float width, float height, float imageRadius, fl
 // Writes the corrected image; alpha keeps its value. Sizes in px, imageRadius in mm: the distance from the centre that
 // half the frame's diagonal stands for. a0 … a6: relative illumination in % by powers of the distance in mm.
 // reverse: 0 divides by the illumination, anything else multiplies by it. gamma: exponent that makes values linear.
-kernel void shading(global const float4* restrict input, global float4* restrict output, uint currentWidth,
+kernel void shading(global const float* restrict input, global float* restrict output, uint currentWidth,
                     uint currentHeight, uint originalWidth, uint originalHeight, float imageRadius, float a0, float a1,
                     float a2, float a3, float a4, float a5, float a6, uchar reverse, float gamma) {
     local float factors[FACTOR_CAPACITY];
@@ -102,15 +102,18 @@ kernel void shading(global const float4* restrict input, global float4* restrict
         else
             factor = shadingFactor(pixelOfItem(firstItem, item, width), (float)width, (float)height, imageRadius, a0,
                                    a1, a2, a3, a4, a5, a6, reverse);
-        FETCH(input + firstItem + item + 16);
-        const float4 pixel = input[firstItem + item];
+        // Buffers of a device are aligned for every type.
+        global const float4* source = (global const float4*)input + firstItem + item;
+        global float4* destination = (global float4*)output + firstItem + item;
+        FETCH(source + 16);
+        const float4 pixel = *source;
         if (gamma == 1.0f) { // a power of 1 changes nothing
-            output[firstItem + item] = (float4)(pixel.x * factor, pixel.y * factor, pixel.z * factor, pixel.w);
+            *destination = (float4)(pixel.x * factor, pixel.y * factor, pixel.z * factor, pixel.w);
         } else {
             const float inverse = 1.0f / gamma;
             const float4 linear = pow(pixel, (float4)(gamma, gamma, gamma, 1.0f)) * factor;
             const float4 corrected = pow(linear, (float4)(inverse, inverse, inverse, 1.0f));
-            output[firstItem + item] = (float4)(corrected.x, corrected.y, corrected.z, pixel.w);
+            *destination = (float4)(corrected.x, corrected.y, corrected.z, pixel.w);
         }
     }
 }

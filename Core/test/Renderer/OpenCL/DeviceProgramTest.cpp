@@ -5,7 +5,12 @@
 #include <vector>
 
 #include "Exception/Exception.h"
+#include "Renderer/OpenCL/CLContext.h"
+#include "Renderer/OpenCL/CLKernel.h"
+#include "Renderer/OpenCL/DistortionKernel.h"
 #include "Renderer/OpenCL/OpenCLKernel.h"
+#include "Renderer/OpenCL/OpenCLKernelHelper.h"
+#include "Renderer/OpenCL/ShadingKernel.h"
 #include "Support/OpenCLDevice.h"
 
 namespace {
@@ -39,7 +44,54 @@ protected:
     }
 };
 
+// "global float* output, uint currentWidth, …" as the device's compiler understands the product's kernel.
+std::string argumentsOf(const std::string& source, const std::string& kernelName) {
+    const cl_device_id device = Renderer::OpenCLKernelHelper::idOfMostPowerfulDevice();
+    const Renderer::CLContext context(device);
+    const char* text = source.c_str();
+    const cl_program program = clCreateProgramWithSource(context, 1, &text, nullptr, nullptr);
+    EXPECT_EQ(clBuildProgram(program, 0, nullptr, "-cl-kernel-arg-info", nullptr, nullptr), CL_SUCCESS);
+    std::string arguments;
+    {
+        const Renderer::CLKernel kernel(program, kernelName);
+        cl_uint count = 0;
+        clGetKernelInfo(kernel, CL_KERNEL_NUM_ARGS, sizeof(count), &count, nullptr);
+        for (cl_uint index = 0; index < count; ++index) {
+            cl_kernel_arg_address_qualifier space = 0;
+            char type[64] = {};
+            char name[64] = {};
+            clGetKernelArgInfo(kernel, index, CL_KERNEL_ARG_ADDRESS_QUALIFIER, sizeof(space), &space, nullptr);
+            clGetKernelArgInfo(kernel, index, CL_KERNEL_ARG_TYPE_NAME, sizeof(type), type, nullptr);
+            clGetKernelArgInfo(kernel, index, CL_KERNEL_ARG_NAME, sizeof(name), name, nullptr);
+            arguments += std::string(index == 0 ? "" : ", ") + (space == CL_KERNEL_ARG_ADDRESS_GLOBAL ? "global " : "");
+            arguments += std::string(type) + " " + name;
+        }
+    }
+    clReleaseProgram(program);
+    return arguments;
+}
+
+const std::string sharedArguments =
+    ", uint currentWidth, uint currentHeight, uint originalWidth, uint originalHeight, float imageRadius, "
+    "float a0, float a1, float a2, float a3, float a4, float a5, float a6";
+
+class DeviceKernels : public OnOpenCLDevice {};
+
 } // namespace
+
+TEST_F(DeviceKernels, OfImagesTakeTheirPixelsAsFloats) {
+    EXPECT_EQ(argumentsOf(Renderer::distortionKernelSource, "distortion"),
+              "global float* input, global float* output" + sharedArguments);
+    EXPECT_EQ(argumentsOf(Renderer::shadingKernelSource, "shading"),
+              "global float* input, global float* output" + sharedArguments + ", uchar reverse, float gamma");
+}
+
+TEST_F(DeviceKernels, OfMapsTakeTheirPixelsAsFloats) {
+    EXPECT_EQ(argumentsOf(Renderer::distortionKernelSource, "distortionMap"),
+              "global float* output" + sharedArguments + ", uchar reverse");
+    EXPECT_EQ(argumentsOf(Renderer::shadingKernelSource, "shadingMap"),
+              "global float* output" + sharedArguments + ", uchar reverse, float gamma");
+}
 
 TEST_F(DeviceProgram, WithASyntaxErrorTellsTheCompilersLog) {
     const std::string message = messageOfMaking("kernel void broken(global float* a) { a[0] = ; }", "broken");
