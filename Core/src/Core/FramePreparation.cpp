@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
-#include <sstream>
 #include <utility>
 
 #include "Core/CorrectionPolynomials.h"
@@ -13,6 +12,7 @@
 #include "Exception/Assert.h"
 #include "Exception/DetailLines.h"
 #include "Exception/Exception.h"
+#include "Text/ToString.h"
 #include "Timecode/Timecode.h"
 
 namespace Core {
@@ -52,18 +52,10 @@ bool ask(Question question, std::string& text) {
 
 template <typename Width, typename Height>
 std::string size(Width width, Height height, const char* unit) {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
-    stream << width << 'x' << height << ' ' << unit;
-    return stream.str();
+    return Text::toString(width) + 'x' + Text::toString(height) + ' ' + unit;
 }
 
-std::string length(float value, const char* unit) {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
-    stream << value << ' ' << unit;
-    return stream.str();
-}
+std::string length(float value, const char* unit) { return Text::toString(value) + ' ' + unit; }
 
 void checkAspectRatio(const FrameData& frame, const RecordingFormat& format) {
     const float aspectRatio =

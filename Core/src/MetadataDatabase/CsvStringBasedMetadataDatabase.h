@@ -5,7 +5,7 @@
 #include <string>
 
 #include "MetadataDatabase/MetadataDatabase.h"
-#include "RecordingFormatDatabase/iless.h"
+#include "Text/iless.h"
 
 namespace MetadataDatabase {
 
@@ -18,7 +18,7 @@ extern const char* const metadataKeysCsvStringArray[15];
 /// only.
 class CsvStringBasedMetadataDatabase : public MetadataDatabase {
 public:
-    using iless = RecordingFormatDatabase::iless;
+    using iless = Text::iless;
 
     /// The one database over the built-in table; parsed on the first call, then kept until the process ends.
     static const MetadataDatabase& sharedInstance();

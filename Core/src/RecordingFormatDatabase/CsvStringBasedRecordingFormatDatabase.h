@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "RecordingFormatDatabase/RecordingFormatDatabase.h"
-#include "RecordingFormatDatabase/iless.h"
+#include "Text/iless.h"
 
 namespace RecordingFormatDatabase {
 
@@ -27,6 +27,7 @@ public:
                           std::map<std::string, RecordingFormat>& recordingFormats) const override;
 
 private:
+    using iless = Text::iless;
     using Formats = std::map<std::string, RecordingFormat>;
     using Models = std::map<std::string, Formats, iless>;
 

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
-#include <locale>
-#include <sstream>
 #include <string>
 
 #include "Exception/Assert.h"
@@ -12,18 +10,12 @@
 #include "Renderer/NotRenderedException.h"
 #include "Renderer/OpenCL/DistortionKernel.h"
 #include "Renderer/OpenCL/KernelArguments.h"
+#include "Text/ToString.h"
 
 namespace Renderer {
 namespace {
 
 constexpr float maximumLength = 2147483648.0f; // px; nothing larger is a frame, and it fits an unsigned int
-
-std::string toString(float value) {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
-    stream << value;
-    return stream.str();
-}
 
 /// Turns lengths in px into whole numbers; complains about lengths that no frame has.
 class FrameLength {
@@ -41,7 +33,7 @@ public:
         throw Exception(
             "It is not possible to correctly calculate the new frame size with an image"
             " radius of " +
-            toString(m_frameImageRadius) + " mm.");
+            Text::toString(m_frameImageRadius) + " mm.");
     }
 
 private:
@@ -50,8 +42,9 @@ private:
 
 void checkRadii(const DistortionParameter& parameter) {
     if (parameter.imageRadius > 0.0f && parameter.frameImageRadius > 0.0f) return;
-    throw Exception("Image radii of " + toString(parameter.imageRadius) + " mm" + " and " +
-                    toString(parameter.frameImageRadius) + " mm" + " are invalid and need to be greater than zero.");
+    throw Exception("Image radii of " + Text::toString(parameter.imageRadius) + " mm" + " and " +
+                    Text::toString(parameter.frameImageRadius) + " mm" +
+                    " are invalid and need to be greater than zero.");
 }
 
 } // namespace

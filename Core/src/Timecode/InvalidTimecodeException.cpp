@@ -1,20 +1,16 @@
 #include "Timecode/InvalidTimecodeException.h"
 
-#include <locale>
-#include <sstream>
-
 #include "Exception/DetailLines.h"
+#include "Text/ToString.h"
 
 namespace Timecode {
 
 InvalidTimecodeException::InvalidTimecodeException(const std::string& briefDescription, const std::string& timecode,
                                                    float framesPerSecond)
-    : Exception(briefDescription) {
-    std::ostringstream rate;
-    rate.imbue(std::locale::classic());
-    rate << framesPerSecond;
-    setDetails(DetailLines().text("Timecode String", timecode).text("Frames per Second", rate.str()).string());
-}
+    : Exception(briefDescription, DetailLines()
+                                      .text("Timecode String", timecode)
+                                      .text("Frames per Second", Text::toString(framesPerSecond))
+                                      .string()) {}
 
 InvalidTimecodeException::InvalidTimecodeException(const std::string& briefDescription, const std::string& lhsTimecode,
                                                    const std::string& rhsTimecode)

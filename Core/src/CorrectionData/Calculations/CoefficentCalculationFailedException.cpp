@@ -1,21 +1,19 @@
 #include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
 
-#include <locale>
-#include <sstream>
 #include <string>
+
+#include "Text/ToString.h"
 
 namespace CorrectionData {
 
 namespace {
 
 std::string details(const std::vector<float>& xVector, const std::vector<float>& yVector) {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
-    stream << "X Vector:";
-    for (const float x : xVector) stream << ' ' << x;
-    stream << "\nY Vector:";
-    for (const float y : yVector) stream << ' ' << y;
-    return stream.str();
+    std::string text = "X Vector:";
+    for (const float x : xVector) text += ' ' + Text::toString(x);
+    text += "\nY Vector:";
+    for (const float y : yVector) text += ' ' + Text::toString(y);
+    return text;
 }
 
 } // namespace

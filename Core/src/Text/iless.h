@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-namespace RecordingFormatDatabase {
+namespace Text {
 
 /// Orders texts without regard to the case of their letters, then bytewise; a proper prefix comes first.
 ///
@@ -20,4 +20,4 @@ private:
     static constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 };
 
-} // namespace RecordingFormatDatabase
+} // namespace Text
