@@ -106,15 +106,9 @@ private:
         } catch (const fs::filesystem_error& error) {
             if (error.code() == boost::system::errc::not_enough_memory) throw std::bad_alloc(); // no folder's fault
             const bool isSkipped = missing == Missing::IsSkipped && isOfAVanishedFolder(error.code());
-            if (!isSkipped && !m_firstError) m_firstError = withPath(directory, error);
+            if (!isSkipped && !m_firstError) m_firstError = std::current_exception();
             return false;
         }
-    }
-
-    // The error that is being handled. One of a folder that was opened names no folder by itself.
-    static std::exception_ptr withPath(const fs::path& directory, const fs::filesystem_error& error) {
-        if (!error.path1().empty()) return std::current_exception();
-        return std::make_exception_ptr(fs::filesystem_error("Folder could not be listed", directory, error.code()));
     }
 
     bool isCandidate(const fs::directory_entry& entry) const {
