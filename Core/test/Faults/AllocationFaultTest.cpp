@@ -213,7 +213,9 @@ TEST(AllocationFault, InTheFacadeLeavesTheCacheOfCorrectionFilesUsable) {
 }
 
 TEST(AllocationFault, WhileTheAnswersChangeNeverGivesAFrameAnothersData) {
-    const std::string other = boost::replace_first_copy(std::string(Support::jsonRecord), "4096", "2048");
+    // Longer, so that it does not fit into the memory of the first.
+    const std::string other =
+        boost::replace_first_copy(std::string(Support::jsonRecord), "4096", "2048") + std::string(1000, ' ');
     RecordingFormatDatabase::RecordingFormat format;
     long number = 1;
     for (bool fault = true; fault; ++number) {
