@@ -11,7 +11,7 @@ namespace Host {
 class CheckCommand : public Command {
 public:
     std::string name() const override { return "check"; }
-    std::string summary() const override { return "List every defect of correction files, with line numbers"; }
+    std::string summary() const override { return "List every defect in correction files, with line numbers"; }
     std::string example() const override;
     void declareOptions(CLI::App& app) override;
 

@@ -79,8 +79,10 @@ ExitCode reportError(ExitCode exitCode, const std::string& text) {
 } // namespace
 
 ExitCode runCommandLine(int argumentCount, const char* const* arguments) {
-    CLI::App app("Corrects lens distortion and lens shading of recorded footage, driven by its correction file.",
-                 "lenscorrect");
+    CLI::App app(
+        "Corrects the lens distortion and shading of recorded footage, using the lens correction file supplied with "
+        "each clip.",
+        "lenscorrect");
     app.require_subcommand(1);
     app.set_version_flag("--version", "lenscorrect " ORVEX_VERSION);
     const std::vector<std::unique_ptr<Command>> commands = allCommands();

@@ -62,7 +62,7 @@ std::vector<OpenCLDeviceInfo> findDevices(std::string& problem) {
 
 std::string DevicesCommand::example() const {
     return "  lenscorrect devices\n"
-           "Run it once on a machine before many jobs start there: it also fills the kernel cache.";
+           "Run it once on a machine before starting many jobs there: it also fills the kernel cache.";
 }
 
 void DevicesCommand::declareOptions(CLI::App& app) {

@@ -8,7 +8,7 @@ namespace Host {
 class DevicesCommand : public Command {
 public:
     std::string name() const override { return "devices"; }
-    std::string summary() const override { return "Show the OpenCL devices, which one renders, and whether it works"; }
+    std::string summary() const override { return "List the OpenCL devices and test the one that will render"; }
     std::string example() const override;
     void declareOptions(CLI::App& app) override;
     ExitCode run() override;

@@ -26,13 +26,13 @@ void printJson(const nlohmann::ordered_json& json) {
 
 std::string FindCommand::example() const {
     return "  lenscorrect find /shots/A001C002.%04d.exr\n"
-           "Searched are the clip's folder, its subfolders, five folders above it and two levels below each of those.";
+           "Searches the clip's folder, its subfolders, five parent folders and two levels below each of those.";
 }
 
 void FindCommand::declareOptions(CLI::App& app) {
     app.add_option("CLIP", m_clip, "Movie, file pattern (%04d, ####), picture file, or folder with one sequence")
         ->required();
-    app.add_flag("--all", m_showsAll, "If there is none, print all folders that were searched, not just ten");
+    app.add_flag("--all", m_showsAll, "If no file is found, list all folders searched, not just ten");
     app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/find.json)");
 }
 

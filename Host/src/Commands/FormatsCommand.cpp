@@ -93,16 +93,15 @@ std::string joined(const std::vector<std::string>& names) {
 } // namespace
 
 std::string FormatsCommand::example() const {
-    return "  lenscorrect formats                          makers\n"
-           "  lenscorrect formats ARRI                     models of a maker\n"
+    return "  lenscorrect formats                          manufacturers\n"
+           "  lenscorrect formats ARRI                     models of a manufacturer\n"
            "  lenscorrect formats ARRI \"ALEXA Mini\"        formats of a model";
 }
 
 void FormatsCommand::declareOptions(CLI::App& app) {
-    app.add_option("MAKER", m_maker, "Camera maker, in any letter case");
-    app.add_option("MODEL", m_model, "Camera model, in any letter case");
-    app.add_flag("--json", m_asJson,
-                 "Print JSON (Docs/schemas/formats.json); without MODEL everything below is included");
+    app.add_option("MAKER", m_maker, "Camera manufacturer, not case-sensitive");
+    app.add_option("MODEL", m_model, "Camera model, not case-sensitive");
+    app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/formats.json), always down to the formats");
 }
 
 ExitCode FormatsCommand::run() {

@@ -8,7 +8,7 @@ namespace Host {
 class FormatsCommand : public Command {
 public:
     std::string name() const override { return "formats"; }
-    std::string summary() const override { return "List the camera recording formats that are built in"; }
+    std::string summary() const override { return "List the built-in camera recording formats"; }
     std::string example() const override;
     void declareOptions(CLI::App& app) override;
     ExitCode run() override;

@@ -14,14 +14,14 @@ namespace Host {
 
 std::string HelpCommand::example() const {
     return "  lenscorrect help plot\n"
-           "The same as: lenscorrect plot --help";
+           "Same as: lenscorrect plot --help";
 }
 
 void HelpCommand::declareOptions(CLI::App& app) {
     m_program = app.get_parent();
-    app.add_option("COMMAND", m_command, "Command to tell about; without one, all are listed");
+    app.add_option("COMMAND", m_command, "Command to explain; by default, list all commands");
     app.add_flag("--man", m_asManPage, "Print the manual page")->group("");
-    app.add_flag("--completion", m_asCompletion, "Print what bash completes")->group("");
+    app.add_flag("--completion", m_asCompletion, "Print the completion script for bash")->group("");
 }
 
 ExitCode HelpCommand::run() {

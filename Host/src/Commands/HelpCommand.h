@@ -9,7 +9,7 @@ namespace Host {
 class HelpCommand : public Command {
 public:
     std::string name() const override { return "help"; }
-    std::string summary() const override { return "Tell what a command does and takes"; }
+    std::string summary() const override { return "Explain a command and its options"; }
     std::string example() const override;
     void declareOptions(CLI::App& app) override;
     ExitCode run() override;

@@ -51,8 +51,8 @@ void InfoCommand::declareOptions(CLI::App& app) {
     app.add_option("PATH", m_path, "Correction file (.olcf), or a clip: movie, file pattern, picture file, or folder")
         ->required();
     m_lensData.declareOptions(app);
-    app.add_option("--range", m_range, "Only these frames: a list such as 1001-1100x2,1200; without it all");
-    app.add_flag("--frames", m_withFrames, "Tell it for each frame");
+    app.add_option("--range", m_range, "Frame range such as 1001-1100x2,1200; default: all frames");
+    app.add_flag("--frames", m_withFrames, "Report each frame");
     app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/info.json)");
     m_decoding.declareOptions(app);
 }

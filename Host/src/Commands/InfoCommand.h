@@ -12,7 +12,7 @@ namespace Host {
 class InfoCommand : public Command {
 public:
     std::string name() const override { return "info"; }
-    std::string summary() const override { return "Tell how frames are corrected, or why they cannot be"; }
+    std::string summary() const override { return "Show how each frame will be corrected, or why it cannot be"; }
     std::string example() const override;
     void declareOptions(CLI::App& app) override;
 

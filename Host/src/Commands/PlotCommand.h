@@ -10,7 +10,7 @@ namespace Host {
 class PlotCommand : public Command {
 public:
     std::string name() const override { return "plot"; }
-    std::string summary() const override { return "Draw a correction file's curves as HTML or SVG"; }
+    std::string summary() const override { return "Plot a correction file's curves as HTML or SVG"; }
     std::string example() const override;
     void declareOptions(CLI::App& app) override;
     ExitCode run() override;

@@ -17,14 +17,14 @@ namespace Host {
 std::string SampleCommand::example() const {
     return "  lenscorrect sample clip\n"
            "  lenscorrect render clip/plate.%04d.exr --distortion undistort --shading remove -o out/f.%04d.exr\n"
-           "clip/README.md tells what the lens is and how far the result may be from clip/clean.%04d.exr.";
+           "clip/README.md describes the lens and how much the result may differ from clip/clean.%04d.exr.";
 }
 
 void SampleCommand::declareOptions(CLI::App& app) {
-    app.add_option("DIR", m_folder, "Folder to write into; made if missing")->required();
+    app.add_option("DIR", m_folder, "Folder to write to; created if missing")->required();
     app.add_option("--frames", m_frameCount, "Number of frames")->capture_default_str();
     app.add_option("--size", m_size, "Width and height in px")->capture_default_str();
-    app.add_option("--progress", m_progress, "On a terminal a bar, elsewhere lines (auto); json on the standard output")
+    app.add_option("--progress", m_progress, "auto: a bar on a terminal, lines elsewhere; json goes to standard output")
         ->capture_default_str()
         ->check(CLI::IsMember({"auto", "bar", "lines", "json", "none"}));
 }

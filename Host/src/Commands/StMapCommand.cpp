@@ -16,24 +16,24 @@ std::string StMapCommand::example() const {
 
 void StMapCommand::declareOptions(CLI::App& app) {
     m_lens.declareOptions(app);
-    app.add_option("-o,--output", m_output, "File pattern, or one file where the map is the same for all frames (.exr)")
+    app.add_option("-o,--output", m_output, "File pattern (.exr), or one file if all frames have the same map")
         ->required();
-    app.add_option("--direction", m_direction, "undistort removes the lens's distortion, redistort puts it back")
+    app.add_option("--direction", m_direction, "undistort removes the lens's distortion, redistort restores it")
         ->check(CLI::IsMember({"undistort", "redistort"}))
         ->required();
-    app.add_option("--frame", m_frame, "Only this frame's map; with one file it serves for all");
+    app.add_option("--frame", m_frame, "Write only this frame's map; one file then serves all frames");
     app.add_option("--geometry", m_geometry,
-                   "node: what the render samples; ideal: one scale in px per mm, whatever the frame's size")
+                   "node: as the node samples; ideal: one scale in px per mm, whatever the frame size")
         ->check(CLI::IsMember({"node", "ideal"}))
         ->capture_default_str();
-    app.add_option("--origin", m_origin, "Where the vertical value is 0")
+    app.add_option("--origin", m_origin, "Edge where the vertical coordinate is 0")
         ->check(CLI::IsMember({"bottom", "top"}))
         ->capture_default_str();
     app.add_option("--centre", m_centre, "half: (x + 0.5) / W; none: x / W; corner: x / (W - 1)")
         ->check(CLI::IsMember({"half", "none", "corner"}))
         ->capture_default_str();
     app.add_option("--channels", m_channels,
-                   "single: B = 0, A = 1; twice: R, G again in B, A; both: the opposite direction in B, A")
+                   "single: B = 0, A = 1; twice: B, A repeat R, G; both: B, A hold the opposite direction")
         ->check(CLI::IsMember({"single", "twice", "both"}))
         ->capture_default_str();
     app.add_flag("--overwrite", m_overwrite, "Replace existing files");

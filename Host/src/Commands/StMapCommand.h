@@ -14,7 +14,7 @@ namespace Host {
 class StMapCommand : public Command {
 public:
     std::string name() const override { return "stmap"; }
-    std::string summary() const override { return "Write displacement maps for other programs"; }
+    std::string summary() const override { return "Write displacement maps (STMaps) for other programs"; }
     std::string example() const override;
     void declareOptions(CLI::App& app) override;
 

@@ -88,20 +88,20 @@ void SubmitCommand::declareOptions(CLI::App& app) {
     m_app = &app;
     m_render.declareOptions(app);
     const auto inFarmGroup = [](CLI::Option* option) { return option->group(farmGroup); };
-    inFarmGroup(app.add_option("--engine", m_engine, "Farm to hand the job to; opencue: write its description"))
+    inFarmGroup(app.add_option("--engine", m_engine, "Farm that runs the job; opencue: write the job description"))
         ->capture_default_str()
         ->check(CLI::IsMember({"slurm", "opencue"}));
-    inFarmGroup(app.add_option("--chunk", m_framesPerChunk, "Frames of one task"))
+    inFarmGroup(app.add_option("--chunk", m_framesPerChunk, "Frames per task"))
         ->capture_default_str()
         ->check(CLI::Range(1, 1000000));
-    inFarmGroup(app.add_option("--cores", m_cores, "Cores of one task; without it as the farm decides"));
-    inFarmGroup(app.add_option("--limit", m_tasksAtOnce, "Tasks at once (slurm)"));
-    inFarmGroup(app.add_flag("--wait", m_wait, "Wait for the end, print the summary, end with its status (slurm)"));
-    inFarmGroup(app.add_option("--name", m_name, "Name of the job; without it that of the output"));
-    inFarmGroup(app.add_option("--folder", m_folder, "New folder for the job; without it lenscorrect-job-1, -2 ..."));
-    inFarmGroup(app.add_option("--program", m_program, "lenscorrect as the farm's machines find it"));
-    inFarmGroup(
-        app.add_option("--engine-option", m_engineOptions, "Passed to sbatch: --engine-option=--partition=cpu"));
+    inFarmGroup(app.add_option("--cores", m_cores, "Cores per task; default: the farm decides"));
+    inFarmGroup(app.add_option("--limit", m_tasksAtOnce, "Maximum number of tasks at once (slurm)"));
+    inFarmGroup(app.add_flag("--wait", m_wait, "Wait for the job, print its summary and exit with its status (slurm)"));
+    inFarmGroup(app.add_option("--name", m_name, "Job name; default: name of the output"));
+    inFarmGroup(app.add_option("--folder", m_folder, "New job folder; default: lenscorrect-job-1, -2 ..."));
+    inFarmGroup(app.add_option("--program", m_program, "Path of lenscorrect on the farm's machines"));
+    inFarmGroup(app.add_option("--engine-option", m_engineOptions,
+                               "Option for sbatch, such as --engine-option=--partition=cpu; can be repeated"));
     inFarmGroup(app.add_option("--show", m_show, "Show of the job (opencue)"));
     inFarmGroup(app.add_option("--shot", m_shot, "Shot of the job (opencue)"));
 }

@@ -14,7 +14,7 @@ namespace Host {
 class SubmitCommand : public Command {
 public:
     std::string name() const override { return "submit"; }
-    std::string summary() const override { return "Render on a farm: the options of render, and where to"; }
+    std::string summary() const override { return "Render a clip on a farm"; }
     std::string example() const override;
     void declareOptions(CLI::App& app) override;
     ExitCode run() override;

@@ -11,11 +11,12 @@ namespace Host {
 
 std::string SummaryCommand::example() const {
     return "  lenscorrect summary lenscorrect-job-1\n"
-           "Works at any time. Ends with 0 when every frame is done, else with the worst status of the job's steps.";
+           "Works at any time. Exits with 0 when every frame is done, otherwise with the worst status of the job's "
+           "steps.";
 }
 
 void SummaryCommand::declareOptions(CLI::App& app) {
-    app.add_option("FOLDER", m_folder, "The job's folder, as \"lenscorrect submit\" printed it")->required();
+    app.add_option("FOLDER", m_folder, "Job folder, as printed by \"lenscorrect submit\"")->required();
     app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/summary.json)");
 }
 

@@ -10,7 +10,7 @@ namespace Host {
 class SummaryCommand : public Command {
 public:
     std::string name() const override { return "summary"; }
-    std::string summary() const override { return "Sum up the frames of a farm job"; }
+    std::string summary() const override { return "Report the state of a farm job's frames"; }
     std::string example() const override;
     void declareOptions(CLI::App& app) override;
     ExitCode run() override;

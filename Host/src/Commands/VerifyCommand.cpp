@@ -21,9 +21,9 @@ std::string VerifyCommand::example() const {
 
 void VerifyCommand::declareOptions(CLI::App& app) {
     m_lens.declareOptions(app);
-    app.add_option("--tolerance", m_tolerance, "Exit with 1 if a round trip misses by more than this, in px");
-    app.add_flag("--render", m_isRendered, "Render a test picture through both corrections too");
-    app.add_flag("--list", m_withFrames, "Tell it for each frame");
+    app.add_option("--tolerance", m_tolerance, "Exit with 1 if a round-trip error exceeds this many px");
+    app.add_flag("--render", m_isRendered, "Also render a test picture through both corrections");
+    app.add_flag("--list", m_withFrames, "Report each frame");
     app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/verify.json)");
 }
 

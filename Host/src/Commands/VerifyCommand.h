@@ -12,7 +12,7 @@ namespace Host {
 class VerifyCommand : public Command {
 public:
     std::string name() const override { return "verify"; }
-    std::string summary() const override { return "Measure how exactly a correction can be undone"; }
+    std::string summary() const override { return "Measure how accurately a correction can be undone"; }
     std::string example() const override;
     void declareOptions(CLI::App& app) override;
 

@@ -11,12 +11,12 @@ namespace {
 
 constexpr const char* exitStatus =
     ".SH EXIT STATUS\n"
-    ".TP\n.B 0\nEvery frame was written or was already there.\n"
-    ".TP\n.B 1\nSome frames failed; the others are written, and the failed ones are listed.\n"
-    ".TP\n.B 2\nWrong use: options, ranges, patterns or input files are not usable.\n"
-    ".TP\n.B 3\nNo OpenCL device, or its kernel cache cannot be used.\n"
+    ".TP\n.B 0\nSuccess: every frame was written or was already finished.\n"
+    ".TP\n.B 1\nSome frames failed and are listed; the others are written.\n"
+    ".TP\n.B 2\nUsage error: unusable options, frame ranges, patterns or input files.\n"
+    ".TP\n.B 3\nNo OpenCL device, or unusable kernel cache.\n"
     ".TP\n.B 4\nOutput could not be written.\n"
-    ".TP\n.BR 130 \", \" 143\nStopped by SIGINT or SIGTERM; no partial file is left under a final name.\n";
+    ".TP\n.BR 130 \", \" 143\nStopped by SIGINT or SIGTERM; no partial file has a final name.\n";
 
 /// Plain text for roff: no escapes, no requests at the start of a line, and signs that can be copied into a shell.
 std::string escaped(const std::string& text) {

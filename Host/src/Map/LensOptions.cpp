@@ -30,12 +30,12 @@ LensOptionsReader::~LensOptionsReader() = default;
 
 void LensOptionsReader::declareOptions(CLI::App& app) {
     Texts& t = *m_texts;
-    app.add_option("CLIP", t.input, "Movie, file pattern, picture file or folder; with --size a correction file")
+    app.add_option("CLIP", t.input, "Movie, file pattern, picture file or folder; or, with --size, a correction file")
         ->required();
-    app.add_option("--size", t.size, "Frame size in px, WxH, where CLIP is a correction file (.olcf)");
-    app.add_option("--plate", t.plate, "Take the lens data from this clip; CLIP gives sizes only");
+    app.add_option("--size", t.size, "Frame size in px, WxH, if CLIP is a correction file (.olcf)");
+    app.add_option("--plate", t.plate, "Take lens data from this clip, and only sizes from CLIP");
     t.lensData.declareOptions(app);
-    app.add_option("--frames", t.frames, "Frames, as 1001-1100x2,1200 (without it: all)");
+    app.add_option("--frames", t.frames, "Frame range such as 1001-1100x2,1200; default: all frames");
     t.decoding.declareOptions(app);
 }
 

@@ -45,14 +45,14 @@ std::unique_ptr<HostImage::FrameReader> DecodingOptions::openReader(const std::s
 }
 
 void DecodingOptionsReader::declareOptions(CLI::App& app) {
-    CLI::Option_group& group = *app.add_option_group("Files from outside");
+    CLI::Option_group& group = *app.add_option_group("Untrusted files");
     group.add_option("--max-image", m_maxImage,
-                     "Refuse files that claim more pixels than WxH, or a side longer than the longer of both; without "
-                     "it 65536x8192");
-    CLI::Option* const sandbox = group.add_flag("--sandbox", m_isSandboxed,
-                                                "Decode each frame in a process of its own that may do nothing else");
-    group.add_option("--sandbox-memory", m_memory, "Memory of that process; without it 8G")->needs(sandbox);
-    group.add_option("--sandbox-time", m_seconds, "Seconds that it may take for a frame; without it 60")
+                     "Refuse files with more pixels than WxH, or with a side longer than the larger value; default: "
+                     "65536x8192");
+    CLI::Option* const sandbox =
+        group.add_flag("--sandbox", m_isSandboxed, "Decode each frame in a separate process confined to decoding");
+    group.add_option("--sandbox-memory", m_memory, "Memory limit of that process; default: 8G")->needs(sandbox);
+    group.add_option("--sandbox-time", m_seconds, "Time limit per frame in seconds; default: 60")
         ->needs(sandbox)
         ->check(CLI::Range(1, 86400));
 }

@@ -31,13 +31,15 @@ std::string LensDataOptions::pixelAspectObjection(const HostImage::Frame& frame)
 }
 
 void LensDataOptionsReader::declareOptions(CLI::App& app) {
-    app.add_option("--correction-file", m_correctionFile, "Use this file instead of the one found around the clip");
-    app.add_option("--image-area", m_imageArea, "Recording format: sensor area in mm, WxH; needs --clip-resolution");
-    app.add_option("--clip-resolution", m_clipResolution, "Recording format: clip in px, WxH; needs --image-area");
-    app.add_option("--overscan", m_overscan,
-                   "Overscan inside the format, in percent; without it the data window is the overscan");
+    app.add_option("--correction-file", m_correctionFile, "Use this file instead of searching near the clip");
+    app.add_option("--image-area", m_imageArea, "Recording format: sensor area in mm, WxH; requires --clip-resolution");
+    app.add_option("--clip-resolution", m_clipResolution,
+                   "Recording format: clip resolution in px, WxH; requires --image-area");
+    app.add_option(
+        "--overscan", m_overscan,
+        "Overscan included in the format, in percent; default: overscan is outside the format, in the data window");
     app.add_option("--pixel-aspect", m_pixelAspect,
-                   "ignore: correct pictures whose pixels are not square as if they were, instead of refusing them")
+                   "ignore: treat non-square pixels as square instead of refusing them")
         ->check(CLI::IsMember({"ignore"}));
 }
 

@@ -65,58 +65,60 @@ void RenderOptionsReader::declareOptions(CLI::App& app) {
     Texts& t = *m_texts;
     app.add_option("CLIP", t.clip, "Movie, file pattern (%04d, ####), picture file, or folder with one sequence")
         ->required();
-    app.add_option("-o,--output", t.output, "File pattern or file to write; missing folders are made")->required();
+    app.add_option("-o,--output", t.output, "File pattern or file to write; missing folders are created")->required();
 
-    CLI::Option_group& correction = *app.add_option_group("Correction", "At least one of --distortion and --shading");
+    CLI::Option_group& correction =
+        *app.add_option_group("Correction", "At least one of --distortion and --shading is required");
     correction.add_option("--distortion", t.distortion, "undistort removes the lens's distortion, distort applies it")
         ->check(CLI::IsMember({"undistort", "distort"}));
-    correction.add_option("--shading", t.shading, "remove divides the lens's shading out, add applies it")
+    correction.add_option("--shading", t.shading, "remove removes the lens's shading, add applies it")
         ->check(CLI::IsMember({"remove", "add"}));
     correction.add_flag("--map", t.renderMap, "Write the correction's map instead of the picture");
 
     CLI::Option_group& colour =
-        *app.add_option_group("Colour", "EXR files hold linear light unless they say otherwise");
+        *app.add_option_group("Colour", "EXR files are taken as linear unless they declare otherwise");
     CLI::Option* const inputSpace = colour.add_option(
         "--input-space", t.inputSpace,
-        "Colour space of CLIP: it is corrected in linear light and written as it was; raw: values are "
-        "corrected as they are");
-    colour.add_option("--ocio", t.colourConfig, "OpenColorIO configuration; without it $OCIO, else the built-in one")
+        "Colour space of CLIP; corrects in linear light and writes the same space; raw: correct the values as "
+        "they are");
+    colour.add_option("--ocio", t.colourConfig, "OpenColorIO configuration; default: $OCIO, else the built-in one")
         ->needs(inputSpace);
 
     CLI::Option_group& lens = *app.add_option_group("Lens data");
-    lens.add_option("--plate", t.plate, "CLIP is CG; the lens data come from this clip");
+    lens.add_option("--plate", t.plate, "CLIP is CG; take lens data from this plate");
     t.lensData.declareOptions(lens);
 
-    CLI::Option_group& range = *app.add_option_group("Frames", "Without any of them, all frames that exist");
-    range.add_option("--frames", t.frames, "List such as 1001-1100x2,1200");
-    range.add_option("--start", t.start, "First frame; with --end");
-    range.add_option("--end", t.end, "Last frame");
-    range.add_option("--step", t.step, "Every so many frames");
+    CLI::Option_group& range = *app.add_option_group("Frames", "Default: all existing frames");
+    range.add_option("--frames", t.frames, "Frame range such as 1001-1100x2,1200");
+    range.add_option("--start", t.start, "First frame; requires --end");
+    range.add_option("--end", t.end, "Last frame; requires --start");
+    range.add_option("--step", t.step, "Step between frames, with --start and --end");
 
     CLI::Option_group& files = *app.add_option_group("Files");
-    files.add_option("--type", t.pixelType, "Pixels; without it as in CLIP")->check(CLI::IsMember({"half", "float"}));
-    files.add_option("--compression", t.compression, "Of EXR files; without it as in CLIP")
+    files.add_option("--type", t.pixelType, "Pixel type; default: as in CLIP")->check(CLI::IsMember({"half", "float"}));
+    files.add_option("--compression", t.compression, "EXR compression; default: as in CLIP")
         ->check(CLI::IsMember({"none", "rle", "zips", "zip", "piz", "pxr24", "b44", "b44a", "dwaa", "dwab"}));
-    files.add_option("--window", t.window, "Data window: all that the correction fills (box), or the format")
+    files.add_option("--window", t.window, "Data window: the whole corrected picture (box), or the format")
         ->capture_default_str()
         ->check(CLI::IsMember({"box", "format"}));
-    files.add_option("--size", t.boxSize, "Box of each frame (frame), or of the largest one for all (constant)")
+    files.add_option("--size", t.boxSize, "Data window per frame (frame), or the largest for all frames (constant)")
         ->capture_default_str()
         ->check(CLI::IsMember({"frame", "constant"}));
-    files.add_flag("--skip-existing", t.skipExisting, "Leave frames that are finished and made from the same inputs");
+    files.add_flag("--skip-existing", t.skipExisting, "Keep finished frames made from the same inputs");
     files.add_flag("--overwrite", t.overwrite, "Replace existing files");
-    files.add_flag("--force", t.force, "Correct although CLIP carries the mark of a correction");
+    files.add_flag("--force", t.force, "Correct CLIP even if it is already marked as corrected");
 
     t.decoding.declareOptions(app);
 
     CLI::Option_group& job = *app.add_option_group("Job");
-    job.add_flag("--keep-going", t.keepGoing, "Go on with other frames when one fails (default)");
-    job.add_flag("--stop-on-error", t.stopOnError, "End at the first frame that fails");
-    job.add_option("--memory", t.memory, "Limit for frames on the way, such as 8G; without it half of the machine's");
-    job.add_option("--threads", t.threads, "Threads that decode and encode; 0: one per core")
+    job.add_flag("--keep-going", t.keepGoing, "Continue with other frames when one fails (default)");
+    job.add_flag("--stop-on-error", t.stopOnError, "Stop at the first frame that fails");
+    job.add_option("--memory", t.memory,
+                   "Memory limit for frames in flight, such as 8G; default: half of the machine's");
+    job.add_option("--threads", t.threads, "Threads for decoding and encoding; 0: one per core")
         ->capture_default_str()
         ->check(CLI::Range(0, 1024));
-    job.add_option("--progress", t.progress, "On a terminal a bar, elsewhere lines (auto); json on the standard output")
+    job.add_option("--progress", t.progress, "auto: a bar on a terminal, lines elsewhere; json goes to standard output")
         ->capture_default_str()
         ->check(CLI::IsMember({"auto", "bar", "lines", "json", "none"}));
 }
