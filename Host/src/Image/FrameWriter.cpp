@@ -4,19 +4,24 @@
 #include "Image/FileExtension.h"
 #include "Image/FrameReader.h"
 #include "Image/ImageModule.h"
+#include "Image/StillFormat.h"
 
 namespace HostImage {
 
 void checkOutputName(const std::string& path) {
-    if (fileExtension(path) == "exr") return;
     if (isMovie(path))
         throw ImageError(path,
                          "cannot be written: movies are only read; choose an image sequence such as name.%04d.exr");
-    reinterpret_cast<CheckModuleOutputName>(moduleFunction(path, "StillsModule", "orvexCheckOutputName"))(path);
+    if (fileExtension(path) != "exr") StillFormat::of(path);
+}
+
+void checkFrame(const std::string& path, const Frame& frame, const WriteOptions& options) {
+    checkOutputName(path);
+    if (fileExtension(path) != "exr") StillFormat::of(path).check(path, frame, options);
 }
 
 void writeFrame(const std::string& path, const Frame& frame, const WriteOptions& options) {
-    checkOutputName(path);
+    checkFrame(path, frame, options);
     if (fileExtension(path) == "exr") {
         writeExr(path, frame, options);
         return;

@@ -19,17 +19,20 @@ struct WriteOptions {
     std::optional<float> level = {};
     /// Threads that encode, the caller's included.
     unsigned threads = 1;
-    /// Whether the file is made where there is none; otherwise that is an error. Formats that OpenImageIO can write
-    /// only by name do not heed it.
+    /// Whether the file is made where there is none; otherwise that is an error.
     bool makesFile = true;
 };
 
 /// Writes the frame with all its parts and attributes; the format follows from the path's extension. The same frame and
 /// options give the same bytes. The file is written in place (a caller wants a temporary name and a rename) and removed
-/// if writing fails. Throws ImageError, also for what the format cannot hold (several parts in a DPX).
+/// if writing fails. Throws ImageError, also for what checkFrame refuses.
 void writeFrame(const std::string& path, const Frame& frame, const WriteOptions& options = {});
 
 /// Throws ImageError if writeFrame refuses the path for its extension, whatever the frame; touches no file.
 void checkOutputName(const std::string& path);
+
+/// Throws ImageError if the format of that path has no room for the frame, whose pixels may be missing: for several
+/// parts, channels beside the colours, integers of 32 bits, … Touches no file.
+void checkFrame(const std::string& path, const Frame& frame, const WriteOptions& options = {});
 
 } // namespace HostImage

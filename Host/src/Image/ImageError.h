@@ -11,4 +11,10 @@ public:
     ImageError(const std::string& path, const std::string& problem) : std::runtime_error(path + ": " + problem) {}
 };
 
+/// A picture that is in order, of a kind that is not read (deep pixels, volumes).
+class UnsupportedImage : public ImageError {
+public:
+    using ImageError::ImageError;
+};
+
 } // namespace HostImage

@@ -13,7 +13,6 @@
 #include "Device/RenderProbe.h"
 #include "Exception/Exception.h"
 #include "Image/FileExtension.h"
-#include "Image/FrameWriter.h"
 #include "Image/ImageError.h"
 #include "Output/AtomicFile.h"
 #include "Output/Interruption.h"
@@ -172,6 +171,45 @@ void RenderJob::validateHeader(CorrectionChain& chain, const FrameJob& job,
     }
 }
 
+/// Pixels that the output's format cannot hold would otherwise fail every frame once it is corrected.
+void RenderJob::checkOutputFormat(const FrameJob& job) const {
+    if (HostImage::fileExtension(job.output) == "exr") return;
+    HostImage::Frame output;
+    try {
+        const HostImage::Frame input = m_clip.readHeader(job.frame);
+        output.parts.resize(m_options.renderMap ? 1 : input.parts.size());
+        for (std::size_t part = 0; part < output.parts.size(); ++part) {
+            layOut(input.parts[part], {}, part, output.parts[part]);
+            // The box is not known yet, and such a format has it as its only window.
+            output.parts[part].dataWindow = output.parts[part].displayWindow;
+        }
+    } catch (const HostImage::ImageError&) {
+        return; // this frame's own trouble, told when its turn comes
+    }
+    try {
+        HostImage::checkFrame(job.output, output, writeOptions());
+    } catch (const HostImage::ImageError& error) {
+        throw Failure(ExitCode::WrongUse,
+                      m_options.output.string() + std::string(error.what()).substr(job.output.size()));
+    }
+}
+
+/// A clip of nothing but pictures that are never read is input that is not usable, and no frame's own trouble.
+void RenderJob::refuseUnsupportedPictures(const std::vector<FrameJob>& jobs) const {
+    std::string text;
+    for (const FrameJob& job : jobs) {
+        try {
+            m_clip.readHeader(job.frame);
+            return;
+        } catch (const HostImage::UnsupportedImage& error) {
+            if (text.empty()) text = error.what();
+        } catch (const HostImage::ImageError&) {
+            return;
+        }
+    }
+    throw Failure(ExitCode::WrongUse, text);
+}
+
 /// Lens data that serve no frame are one message, not one for each of a thousand frames.
 void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs) {
     std::map<std::size_t, DD::Image::Box> boxes;
@@ -306,13 +344,18 @@ void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads)
     CorrectionMark::write(m_options, m_correctionFile, slot.output);
 }
 
-void RenderJob::encode(Slot& slot, unsigned int threads, Progress& progress) {
+HostImage::WriteOptions RenderJob::writeOptions() const {
     HostImage::WriteOptions writing;
     writing.compression = m_options.compression;
     if (m_options.renderMap && !writing.compression) writing.compression = "zip"; // a map must not lose anything
     if (m_options.pixelType)
         writing.pixelType = *m_options.pixelType == RenderOptions::PixelType::Half ? HostImage::PixelType::Half
                                                                                    : HostImage::PixelType::Float;
+    return writing;
+}
+
+void RenderJob::encode(Slot& slot, unsigned int threads, Progress& progress) {
+    HostImage::WriteOptions writing = writeOptions();
     writing.threads = threads;
     writing.makesFile = false;
     // Formats without a data window keep the whole picture as their only window.
@@ -373,6 +416,8 @@ ExitCode RenderJob::run() {
     if (m_options.boxSize == RenderOptions::BoxSize::Constant) findConstantBoxes();
     const std::vector<FrameJob> jobs = remainingJobs(progress);
     if (jobs.empty()) return finish(progress, m_jobs.size());
+    refuseUnsupportedPictures(jobs);
+    checkOutputFormat(jobs.front());
 
     const std::size_t decoders = std::min<std::size_t>(std::max(1u, m_threads / 2), jobs.size());
     const std::size_t encoders = std::min<std::size_t>(m_threads, jobs.size());

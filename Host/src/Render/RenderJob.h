@@ -11,6 +11,7 @@
 
 #include "Console/ExitCode.h"
 #include "Console/Progress.h"
+#include "Image/FrameWriter.h"
 #include "Output/FinishedFrames.h"
 #include "Pipeline/Queue.h"
 #include "Render/Clip.h"
@@ -43,6 +44,9 @@ private:
 
     std::string outputKey(const FrameJob& job) const;
     std::vector<FrameJob> remainingJobs(Progress& progress);
+    void checkOutputFormat(const FrameJob& job) const;
+    void refuseUnsupportedPictures(const std::vector<FrameJob>& jobs) const;
+    HostImage::WriteOptions writeOptions() const;
     void checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs);
     void validateHeader(CorrectionChain& chain, const FrameJob& job, std::map<std::size_t, DD::Image::Box>& boxes);
     void findConstantBoxes();

@@ -46,8 +46,8 @@ No correction file was found around the clip: lay the one that names this clip b
     def test_names_an_output_that_no_picture_can_be_before_the_first_frame(self):
         self.sample("--size", "128x96", "--frames", "2")
         for output, problem in (
-                ("f.%04d.xyz", '".xyz" is not a known image format; choose .exr, .dpx, .tif or .png'),
-                ("folder", "its name has no extension; choose .exr, .dpx, .tif or .png"),
+                ("f.%04d.xyz", '".xyz" is no format that is written; choose .exr, .dpx, .tif, .png or .jpg'),
+                ("folder", "its name has no extension; choose .exr, .dpx, .tif, .png or .jpg"),
                 ("f.mov", "movies are only read; choose an image sequence such as name.%04d.exr")):
             with self.subTest(output):
                 self.expect(self.render("--distortion", "undistort", "-o", output), 2, "",

@@ -442,6 +442,34 @@ class Storage(render_test.RenderTest):
         got = exr.read(self.path("out/f.1001.EXR"))[0]
         self.assertEqual(got.display, (0, 0, WIDTH - 1, HEIGHT - 1))
 
+    def test_says_before_the_first_frame_what_the_format_cannot_hold(self):
+        self.write_lens()
+        for name, channels, kind, arguments, problem in (
+                ("dpx", ("R", "G", "B", "beauty.R", "beauty.G", "beauty.B"), exr.HALF, (),
+                 "the frame has the channels R, G, B, beauty.B, beauty.G, beauty.R, and DPX holds only R, G, B; R, G, B, "
+                 "A; choose .exr"),
+                ("dpx", ("R", "G"), exr.HALF, (),
+                 "the frame has the channels R, G, and DPX holds only R, G, B; R, G, B, A; choose .exr"),
+                ("jpg", "RGBA", exr.HALF, (),
+                 "the frame has the channels R, G, B, A, and JPEG holds only R, G, B; Y; choose .png, .tif or .exr"),
+                ("png", "RGB", exr.HALF, ("--type", "float"),
+                 "PNG has no pixels of type half or float; leave --type out, or choose .tif or .exr")):
+            with self.subTest(name=name, channels=channels):
+                self.write_plate(self.part(channels, kind), frames=(1001, 1002))
+                self.expect(self.render(*UNDISTORT, *arguments, out="out/f.%04d." + name), 2, "",
+                            f"lenscorrect: out/f.%04d.{name}: cannot be written: {problem}\n")
+                self.assertFalse(os.path.exists(self.path("out")) and os.listdir(self.path("out")))
+
+    def test_a_clip_of_deep_pictures_alone_is_not_usable(self):
+        for number in (1001, 1002, 1003):
+            with open(self.path(f"plate.{number}.exr"), "r+b") as file:
+                file.seek(5)
+                file.write(b"\x08") # the mark of deep pictures
+            if number == 1001:
+                self.expect(self.render(*UNDISTORT), 1)
+        self.expect(self.render(*UNDISTORT, out="none/f.%04d.exr"), 2, "", "lenscorrect: " +
+                    self.path("plate.1001.exr") + ": deep images are not supported; flatten it first\n")
+
 
 class LensData(render_test.RenderTest):
     RECORD = """{"recordingFormat": {"camera": {"manufacturer": "", "model": ""},

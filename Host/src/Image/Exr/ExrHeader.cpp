@@ -186,7 +186,7 @@ void checkSize(const InputFile& file, const Window& window, const char* name, co
 void interpret(const InputFile& file, Part& part, std::uint32_t flags, const Limits& limits) {
     const Attribute* type = part.findAttribute("type");
     if (type != nullptr && (type->value == "deepscanline" || type->value == "deeptile"))
-        throw ImageError(file.path(), "deep images are not supported; flatten it first");
+        throw UnsupportedImage(file.path(), "deep images are not supported; flatten it first");
     part.name = part.text("name");
     part.dataWindow = windowFrom(required(file, part, "dataWindow", "box2i", 16));
     part.displayWindow = windowFrom(required(file, part, "displayWindow", "box2i", 16));
@@ -249,7 +249,7 @@ ExrHeader readExrHeader(const InputFile& file, const Limits& limits) {
     if ((version & 0xff) > 2)
         throw ImageError(file.path(), "OpenEXR version " + std::to_string(version & 0xff) + " is not supported");
     if ((version & deepFlag) != 0 && (version & multiPartFlag) == 0)
-        throw ImageError(file.path(), "deep images are not supported; flatten it first");
+        throw UnsupportedImage(file.path(), "deep images are not supported; flatten it first");
     ExrHeader header;
     header.multiPart = (version & multiPartFlag) != 0;
     for (;;) {

@@ -1,8 +1,7 @@
 // The module for stills other than OpenEXR: DPX, TIFF, PNG and whatever else OpenImageIO knows.
 
-#include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
-#include <unistd.h>
+#include <OpenImageIO/tiffutils.h>
 
 #include <algorithm>
 #include <array>
@@ -16,7 +15,9 @@
 #include "Image/FrameWriter.h"
 #include "Image/ImageModule.h"
 #include "Image/InputFile.h"
+#include "Image/MemoryFile.h"
 #include "Image/OutputFile.h"
+#include "Image/StillFormat.h"
 
 namespace HostImage {
 
@@ -101,9 +102,9 @@ void checkDpx(const InputFile& file) {
     const std::string text(magic.data(), magic.size());
     if (text != "SDPX" && text != "XPDS") throw ImageError(file.path(), "is not a DPX file");
     if (descriptor == 52)
-        throw ImageError(file.path(), "DPX files with pixels stored as ABGR are not supported; convert to RGBA");
+        throw UnsupportedImage(file.path(), "DPX files with pixels stored as ABGR are not supported; convert to RGBA");
     if (descriptor >= 100 && descriptor <= 103)
-        throw ImageError(file.path(), "DPX files with pixels stored as CbYCr are not supported; convert to RGB");
+        throw UnsupportedImage(file.path(), "DPX files with pixels stored as CbYCr are not supported; convert to RGB");
 }
 
 Attribute attributeFrom(const OIIO::ParamValue& value) {
@@ -127,13 +128,39 @@ Attribute attributeFrom(const OIIO::ParamValue& value) {
     return attribute;
 }
 
+/// Whether writers that know the name expect such a value: TIFF's takes a number for the address of a text, or of
+/// several numbers, without asking.
+bool suitsItsTag(const std::string& name, const OIIO::TypeDesc& type) {
+    for (const char* const domain : {"TIFF", "Exif", "GPS"}) {
+        const OIIO::TagInfo* const tag = OIIO::tag_lookup(domain, name);
+        if (tag == nullptr) continue;
+        if ((tag->tifftype == TIFF_ASCII) != (type == OIIO::TypeString)) return false;
+        if (tag->tiffcount > 1 && type != OIIO::TypeString &&
+            type.basevalues() != static_cast<std::size_t>(tag->tiffcount))
+            return false;
+    }
+    return true;
+}
+
+/// Whether it may be a colour profile by its size and its mark: PNG's writer fails with what is none.
+bool isColourProfile(const Attribute& attribute) {
+    constexpr std::size_t headerSize = 128, markOffset = 36;
+    const std::string& bytes = attribute.value;
+    if (bytes.size() < headerSize || bytes.compare(markOffset, 4, "acsp") != 0) return false;
+    std::size_t size = 0;
+    for (std::size_t i = 0; i < 4; ++i) size = size << 8 | static_cast<std::uint8_t>(bytes[i]);
+    return size == bytes.size();
+}
+
 /// Gives the image to be written the attribute, unless its type has no counterpart in the library.
 void setAttribute(OIIO::ImageSpec& spec, const Attribute& attribute) {
     std::string name = attribute.name;
     for (const Alias& alias : aliases)
         if (name == alias.exr) name = alias.oiio;
+    if (name == "ICCProfile" && !isColourProfile(attribute)) return;
     if (attribute.type == "string") {
-        spec.attribute(name, attribute.value);
+        // A text without letters says nothing, and ends the process in JPEG's writer.
+        if (!attribute.value.empty() && suitsItsTag(name, OIIO::TypeString)) spec.attribute(name, attribute.value);
         return;
     }
     OIIO::TypeDesc type = OIIO::TypeUnknown;
@@ -142,7 +169,7 @@ void setAttribute(OIIO::ImageSpec& spec, const Attribute& attribute) {
         if (attribute.type == known.exr) type = known.oiio;
     // Strings of other shapes hold pointers.
     if (type == OIIO::TypeUnknown || type.basetype == OIIO::TypeDesc::STRING || type.basetype == OIIO::TypeDesc::PTR ||
-        type.size() != attribute.value.size())
+        type.size() != attribute.value.size() || !suitsItsTag(name, type))
         return;
     spec.attribute(name, type, attribute.value.data());
 }
@@ -171,8 +198,8 @@ PixelType nativeType(const OIIO::TypeDesc& type) {
 
 void checkSize(const std::string& path, const OIIO::ImageSpec& spec, const Limits& limits) {
     if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1) throw ImageError(path, "has no pixels");
-    if (spec.depth > 1) throw ImageError(path, "volumes are not supported");
-    if (spec.deep) throw ImageError(path, "deep images are not supported; flatten it first");
+    if (spec.depth > 1) throw UnsupportedImage(path, "volumes are not supported");
+    if (spec.deep) throw UnsupportedImage(path, "deep images are not supported; flatten it first");
     const std::string size = std::to_string(spec.width) + " x " + std::to_string(spec.height) + " pixels";
     if (limits.maxSide != 0 && (spec.width > limits.maxSide || spec.height > limits.maxSide))
         throw ImageError(path, "the picture of " + size + " exceeds the limit of " + std::to_string(limits.maxSide) +
@@ -279,23 +306,17 @@ bool isStructural(const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-OIIO::TypeDesc storedType(const std::string& format, PixelType type, const WriteOptions& options) {
-    if (options.pixelType) return oiioType(*options.pixelType);
-    if (format == "tif" || format == "tiff") return type == PixelType::Half ? OIIO::TypeDesc::FLOAT : oiioType(type);
-    if (type == PixelType::UInt8 || type == PixelType::UInt16) return oiioType(type);
-    if (format == "dpx" || format == "png" || format == "sgi" || format == "psd") return OIIO::TypeDesc::UINT16;
-    return oiioType(type);
-}
-
-/// By the path's extension; the library writes more formats than a message can name.
-std::unique_ptr<OIIO::ImageOutput> outputFor(const std::string& path) {
-    std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(path);
-    if (output) return output;
-    const std::string extension = fileExtension(path);
-    throw ImageError(path, "cannot be written: " +
-                               (extension.empty() ? "its name has no extension"
-                                                  : "\"." + extension + "\" is not a known image format") +
-                               "; choose .exr, .dpx, .tif or .png");
+/// Whether an attribute tells something about the picture, and not a writer how to write: the writer would heed it
+/// wherever it came from, and turn R, G, B into C, M, Y, K, or lines into padded ones.
+bool isMetadata(const std::string& name) {
+    constexpr std::array<const char*, 3> descriptions{"oiio:BitsPerSample", "oiio:ColorSpace", "oiio:Gamma"};
+    if (name.starts_with("oiio:"))
+        return std::find(descriptions.begin(), descriptions.end(), name) != descriptions.end();
+    constexpr std::array<const char*, 6> hints{"CompressionQuality",    "planarconfig",   "dpx:EndOfLinePadding",
+                                               "dpx:EndOfImagePadding", "dpx:EncryptKey", "dpx:ImageDescriptor"};
+    if (std::find(hints.begin(), hints.end(), name) != hints.end()) return false;
+    return !name.starts_with('_') && !name.starts_with("tiff:") && !name.starts_with("png:") &&
+           !name.starts_with("jpeg:");
 }
 
 } // namespace
@@ -304,7 +325,6 @@ extern "C" {
 __attribute__((visibility("default"))) FrameReader* orvexOpenReader(const std::string& path, const Limits& limits);
 __attribute__((visibility("default"))) void orvexWriteFrame(const std::string& path, const Frame& frame,
                                                             const WriteOptions& options);
-__attribute__((visibility("default"))) void orvexCheckOutputName(const std::string& path);
 }
 
 FrameReader* orvexOpenReader(const std::string& path, const Limits& limits) {
@@ -312,28 +332,14 @@ FrameReader* orvexOpenReader(const std::string& path, const Limits& limits) {
     return new StillsReader(path, limits);
 }
 
-void orvexCheckOutputName(const std::string& path) {
-    setUpLibrary();
-    outputFor(path);
-}
-
 void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOptions& options) {
     setUpLibrary();
-    const std::string extension = fileExtension(path);
-    if (frame.parts.size() != 1)
-        throw ImageError(path, "cannot be written: the frame has several parts, which only OpenEXR holds; choose .exr");
+    const StillFormat& format = StillFormat::of(path);
+    format.check(path, frame, options);
     const Part& part = frame.parts.front();
-    const TiffLock lock(extension);
-    const std::unique_ptr<OIIO::ImageOutput> output = outputFor(path);
-    const Window& data = part.dataWindow;
-    const Window& display = part.displayWindow;
-    // Offsets are stored without a sign, so there is no room around the picture even where there is one inside.
-    const bool inside = data.minX >= display.minX && data.minY >= display.minY && data.maxX <= display.maxX &&
-                        data.maxY <= display.maxY;
-    if (data != display && !(inside && output->supports("displaywindow")))
-        throw ImageError(path,
-                         "cannot be written: this format has no room for pixels around or apart from the picture; "
-                         "choose .exr, or have the frame cut to its format");
+    const TiffLock lock(format.extension);
+    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(format.extension);
+    if (!output) throw ImageError(path, "cannot be written: " + oneLine(OIIO::geterror()));
 
     // R, G, B, A and the rest in the planes' order.
     std::vector<const Channel*> channels;
@@ -346,16 +352,13 @@ void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOpt
     bool oneType = true;
     for (const Plane& plane : part.planes) {
         oneType = oneType && plane.type == part.planes.front().type;
-        if (plane.width != width || plane.height != height)
-            throw ImageError(path, "cannot be written: sub-sampled channels are only held by OpenEXR; choose .exr");
         if (plane.pixels.size() < plane.rowBytes() * plane.height)
             throw ImageError(path, "cannot be written: a part's pixels do not fill its data window");
     }
-    if (channels.empty()) throw ImageError(path, "cannot be written: the frame has no channels");
 
     const PixelType type = oneType ? part.planes.front().type : PixelType::Float;
     OIIO::ImageSpec spec(static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels.size()),
-                         storedType(extension, type, options));
+                         oiioType(format.stored(type, options)));
     spec.x = part.dataWindow.minX;
     spec.y = part.dataWindow.minY;
     spec.full_x = part.displayWindow.minX;
@@ -366,12 +369,16 @@ void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOpt
     spec.alpha_channel = -1;
     for (std::size_t i = 0; i < channels.size(); ++i) {
         spec.channelnames.push_back(channels[i]->name);
-        if (channels[i]->name == "A") spec.alpha_channel = static_cast<int>(i);
+        if (channels[i]->colourPlace() == 3) spec.alpha_channel = static_cast<int>(i);
     }
-    for (const Attribute& attribute : part.attributes)
-        if (!isStructural(attribute.name)) setAttribute(spec, attribute);
+    std::size_t room = format.maxMetadataBytes;
+    for (const Attribute& attribute : part.attributes) {
+        if (isStructural(attribute.name) || !isMetadata(attribute.name) || attribute.value.size() > room) continue;
+        room -= attribute.value.size();
+        setAttribute(spec, attribute);
+    }
     // Bits a sample mean what they did only where the samples are stored as they were.
-    if (options.pixelType || extension != fileExtension("." + frame.format)) spec.erase_attribute("oiio:BitsPerSample");
+    if (options.pixelType || frame.format != output->format_name()) spec.erase_attribute("oiio:BitsPerSample");
     spec.attribute("PixelAspectRatio", part.pixelAspectRatio);
     if (options.compression)
         spec.attribute("compression", *options.compression);
@@ -409,26 +416,21 @@ void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOpt
         }
         samples = pixels.data();
     }
-    // Into memory where the writer can: TIFF's does not tell when a write fails as the file is closed.
-    std::vector<unsigned char> bytes;
-    OIIO::Filesystem::IOVecOutput memory(bytes);
-    const bool isInMemory = output->supports("ioproxy") && output->set_ioproxy(&memory);
-    if (!output->open(path, spec)) throw ImageError(path, "cannot be written: " + oneLine(output->geterror()));
-    // Some writers report a full disk only when they close.
-    const bool written = output->write_image(oiioType(type), samples);
-    std::string problem = written ? "" : output->geterror();
-    const bool closed = output->close();
-    if (!closed && problem.empty()) problem = output->geterror();
-    if (!written || !closed) {
-        if (!isInMemory) ::unlink(path.c_str());
-        throw ImageError(path, "cannot be written: " + oneLine(problem));
-    }
-    if (!isInMemory) return;
+    // By name and into memory: TIFF's writer reads back what it has written, and does not tell when a write fails as
+    // the file is closed.
+    MemoryFile memory;
+    if (!output->open(memory.path(), spec)) throw ImageError(path, "cannot be written: " + oneLine(output->geterror()));
+    const bool isWritten = output->write_image(oiioType(type), samples);
+    std::string problem = isWritten ? "" : output->geterror();
+    const bool isClosed = output->close();
+    if (!isClosed && problem.empty()) problem = output->geterror();
+    if (!isWritten || !isClosed) throw ImageError(path, "cannot be written: " + oneLine(problem));
+    std::uint8_t* const bytes = memory.bytes();
     // The name that the file has while it is written says nothing to its readers, and makes two renders differ.
-    if (output->format_name() == std::string("dpx") && bytes.size() > dpxNameOffset + dpxNameSize)
-        std::memset(bytes.data() + dpxNameOffset, 0, dpxNameSize);
+    if (output->format_name() == std::string("dpx") && memory.size() > dpxNameOffset + dpxNameSize)
+        std::memset(bytes + dpxNameOffset, 0, dpxNameSize);
     OutputFile file(path, options.makesFile);
-    file.write(bytes.data(), bytes.size(), 0);
+    file.write(bytes, memory.size(), 0);
     file.close();
 }
 

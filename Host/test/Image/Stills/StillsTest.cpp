@@ -2,10 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <limits>
+#include <sstream>
 
 #include "Image/FrameReader.h"
 #include "Image/FrameWriter.h"
 #include "Image/HostMetadata.h"
+#include "Image/Support/KnownAttributes.h"
 #include "Image/Support/NoiseFrame.h"
 #include "Image/Support/RawExr.h"
 #include "Image/Support/TemporaryFolder.h"
@@ -56,7 +59,7 @@ TEST_F(Stills, OfEightSixteenAndThirtyTwoBitsComeBackAsTheyWere) {
                                           {"dpx", PixelType::UInt8},
                                           {"dpx", PixelType::UInt16}}) {
         const std::string path = folder / ("frame." + std::string(extension));
-        const Frame frame = noiseFrame({0, 0, 30, 20}, rgb(type));
+        const Frame frame = noiseFrame({0, 0, 31, 20}, rgb(type));
         writeFrame(path, frame);
         const Frame back = readFrame(path);
         ASSERT_EQ(back.parts[0].planes.size(), 1u) << path;
@@ -172,9 +175,9 @@ TEST_F(Stills, OfAnUnknownKindAreRefused) {
     writeBytes(folder / "a.txt", "text");
     EXPECT_THAT(complaintOfReading(folder / "a.txt"), testing::StartsWith("cannot be read as an image ("));
     EXPECT_EQ(complaintOfWriting(folder / "b.txt", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
-              "cannot be written: \".txt\" is not a known image format; choose .exr, .dpx, .tif or .png");
+              "cannot be written: \".txt\" is no format that is written; choose .exr, .dpx, .tif, .png or .jpg");
     EXPECT_EQ(complaintOfWriting(folder / "b", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
-              "cannot be written: its name has no extension; choose .exr, .dpx, .tif or .png");
+              "cannot be written: its name has no extension; choose .exr, .dpx, .tif, .png or .jpg");
 }
 
 TEST_F(Stills, WithoutRoomForTheDataWindowAreRefused) {
@@ -197,5 +200,132 @@ TEST_F(Stills, IntoAMissingFolderAreAnError) {
     EXPECT_THAT(complaintOfWriting(folder / "none/a.dpx", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
                 testing::StartsWith("cannot be written: "));
 }
+
+std::string bytesOf(std::initializer_list<float> values) {
+    std::string bytes;
+    for (const float value : values) bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+    return bytes;
+}
+
+/// A value of every type that a reader can give, whether it suits the attribute or not: an OpenEXR file may call
+/// anything anything.
+const std::vector<std::pair<std::string, std::string>>& valuesOfEveryType() {
+    static const std::vector<std::pair<std::string, std::string>> values{
+        {"string", "2019:07:06 05:04:03"},
+        {"string", ""},
+        {"string", std::string(3000, 'x')},
+        {"int", RawExr::words({7})},
+        {"int", RawExr::words({-1})},
+        {"float", bytesOf({2.8f})},
+        {"float", bytesOf({std::numeric_limits<float>::quiet_NaN()})},
+        {"double", std::string(6, '\0') + "\xf0\x3f"},
+        {"rational", RawExr::words({24000, 1001})},
+        {"rational", RawExr::words({1, 0})},
+        {"timecode", RawExr::words({0x10000147, 0})},
+        {"keycode", RawExr::words({1, 2, 3, 4, 5, 4, 64})},
+        {"v2f", bytesOf({1, 2})},
+        {"v3f", bytesOf({1, 2, 3})},
+        {"m33f", bytesOf({1, 0, 0, 0, 1, 0, 0, 0, 1})},
+        {"m44f", bytesOf({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1})},
+        {"box2i", RawExr::words({0, 0, 7, 7})},
+        {"chromaticities", bytesOf({1, 0, 0, 1, 0, 0, 0.3f, 0.3f})},
+        {"oiio/uint8[20]", std::string(20, 'y')},
+        {"oiio/int16", std::string(2, '\1')},
+        {"oiio/uint16", std::string(2, '\1')},
+        {"oiio/uint", RawExr::words({3})},
+        {"oiio/float[4]", bytesOf({24, 70, 2.8f, 4})},
+        {"oiio/rational[3]", RawExr::words({48, 1, 12, 1, 30, 1})},
+        {"oiio/int[16]", RawExr::words(std::vector<int>(16, 1))}};
+    return values;
+}
+
+std::string words(const std::vector<std::string>& texts) {
+    std::string line;
+    for (const std::string& text : texts) line += " " + text;
+    return line;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+struct Stored {
+    const char* extension;
+    PixelType type;
+    /// What the pixels may be off: nothing, or what the format's loss or the other reader's 16 bits make of noise.
+    float tolerance;
+};
+
+class StillsOf : public Stills, public testing::WithParamInterface<Stored> {};
+
+TEST_P(StillsOf, EveryDepthAndAttributeAreTheSameForOtherReaders) {
+    const auto [extension, type, tolerance] = GetParam();
+    // Of an even width: the other reader wants whole words in the lines of a DPX.
+    const Frame plain = noiseFrame({0, 0, 31, 20}, rgb(type));
+    std::vector<std::string> paths{folder / "plain." + extension};
+    writeFrame(paths[0], plain);
+    const std::string pixels = pixelBytes(readFrame(paths[0]).parts[0]);
+    for (const auto& [kind, value] : valuesOfEveryType()) {
+        Frame frame = plain;
+        for (const std::string& name : knownAttributes()) frame.parts[0].attributes.push_back({name, kind, value});
+        paths.push_back(folder / std::to_string(paths.size()) + "." + extension);
+        ASSERT_NO_THROW(writeFrame(paths.back(), frame)) << kind << " " << value.substr(0, 20);
+        EXPECT_TRUE(pixelBytes(readFrame(paths.back()).parts[0]) == pixels) << kind << " " << value.substr(0, 20);
+    }
+    // The others give each file's pixels as a sum over them.
+    std::vector<std::string> sums;
+    for (const std::string& line : linesOf(outputOf("oiiotool --info --hash" + words(paths) + " 2>&1")))
+        if (const std::size_t at = line.find("SHA-1: "); at != std::string::npos) sums.push_back(line.substr(at));
+    EXPECT_THAT(sums, testing::AllOf(testing::SizeIs(paths.size()), testing::Each(sums.at(0))));
+    // Its remarks about attributes that it does not know are its own business.
+    const std::vector<std::string> signatures =
+        linesOf(outputOf("identify -format '%#\\n'" + words(paths) + " 2>/dev/null || true"));
+    EXPECT_THAT(signatures, testing::AllOf(testing::SizeIs(paths.size()), testing::Each(signatures.at(0))));
+    // And the pixels are those that were to be written.
+    Frame reference = plain;
+    Part& part = reference.parts[0];
+    for (Channel& channel : part.channels) channel.type = PixelType::Float;
+    part.layOutPlanes();
+    part.allocatePixels();
+    std::vector<float> row(32 * 3);
+    for (std::size_t y = 0; y < 21; ++y) {
+        plain.parts[0].planes[0].rowToFloat(y, row.data());
+        part.planes[0].rowFromFloat(y, row.data());
+    }
+    writeFrame(folder / "plain.exr", reference);
+    const std::string limit = " -fail " + std::to_string(tolerance) + " -failpercent 0 ";
+    EXPECT_THAT(outputOf("idiff" + limit + paths[0] + " " + folder / "plain.exr"), HasSubstr("PASS"));
+    const std::string other = folder / "other.rgb";
+    // convert takes every DPX for film density.
+    const bool isDpx = std::string(extension) == "dpx";
+    const bool isInBytes = isDpx && type == PixelType::UInt8;
+    ASSERT_EQ(outputOf(isDpx ? "ffmpeg -v error -i " + paths[0] + " -f rawvideo -pix_fmt " +
+                                   (isInBytes ? "rgb24 " : "rgb48le ") + other
+                             : "convert " + paths[0] + " -depth 16 -endian LSB rgb:" + other),
+              "");
+    const std::string bytes = readBytes(other);
+    ASSERT_EQ(bytes.size(), 32u * 21 * 3 * (isInBytes ? 1 : 2));
+    for (std::size_t y = 0; y < 21; ++y) {
+        plain.parts[0].planes[0].rowToFloat(y, row.data());
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const std::size_t at = y * row.size() + i;
+            std::uint16_t sample = static_cast<std::uint8_t>(bytes[isInBytes ? at : 0]) * 257;
+            if (!isInBytes) std::memcpy(&sample, bytes.data() + at * 2, 2);
+            ASSERT_NEAR(static_cast<float>(sample) / 65535.0f, row[i], tolerance + 1.0f / 65535.0f) << y << " " << i;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, StillsOf,
+                         testing::Values(Stored{"tif", PixelType::UInt8, 0}, Stored{"tif", PixelType::UInt16, 0},
+                                         Stored{"tif", PixelType::Float, 0}, Stored{"png", PixelType::UInt8, 0},
+                                         Stored{"png", PixelType::UInt16, 0}, Stored{"dpx", PixelType::UInt8, 0},
+                                         Stored{"dpx", PixelType::UInt16, 0}, Stored{"jpg", PixelType::UInt8, 0.08f}),
+                         [](const auto& given) {
+                             return given.param.extension + std::to_string(bytesPerSample(given.param.type) * 8);
+                         });
 
 } // namespace

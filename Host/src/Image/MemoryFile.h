@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace HostImage {
+
+/// A file that lies in memory and on no disk, for libraries that read or write files only by name. It goes with the
+/// object. One thread at a time.
+class MemoryFile {
+public:
+    /// Empty. Throws std::bad_alloc if the system grants none.
+    MemoryFile();
+    ~MemoryFile();
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+
+    /// A name under which this process can open it; another process cannot.
+    std::string path() const;
+    /// Its bytes as they are now, without a copy: valid until the next call or the object's end, and only as long as
+    /// nobody makes the file shorter. Throws std::bad_alloc.
+    std::uint8_t* bytes();
+    std::size_t size() const;
+
+private:
+    void unmap();
+
+    int m_descriptor = -1;
+    std::uint8_t* m_mapped = nullptr;
+    std::size_t m_mappedSize = 0;
+};
+
+} // namespace HostImage
