@@ -381,8 +381,6 @@ DD::Image::PlanarI::PackedPreference LensCorrection::packedPreference() const { 
 
 bool LensCorrection::renderFullPlanes() const { return true; }
 
-bool LensCorrection::shouldLayerBeCorrected(const DD::Image::ChannelSet&) const { return true; }
-
 void LensCorrection::getRequests(const Box& box, const DD::Image::ChannelSet& channels, int count,
                                  DD::Image::RequestOutput& requests) const {
     // The host's error() is not const.
@@ -401,7 +399,7 @@ void LensCorrection::renderPlane(DD::Image::ImagePlane& plane) {
         return;
     }
     imageInput()->fetchPlane(plane);
-    if (aborted() || plane.usage() == 0 || !shouldLayerBeCorrected(plane.channels())) return;
+    if (aborted() || plane.usage() == 0) return;
 
     // The core renders frames of the output box's size in packed RGBA, whatever the layer is.
     const Box box = getOutputBox();
@@ -418,8 +416,9 @@ void LensCorrection::renderPlane(DD::Image::ImagePlane& plane) {
         std::memcpy(plane.writable(), output.get(), floatCount * sizeof(float));
         return;
     }
-    for (int component = 0; component < plane.nComps(); component += 4) {
+    for (int component = 0; component < plane.nComps();) {
         const PackedPlane packedPlane(plane, box, component);
+        component += packedPlane.componentCount();
         if (!renderWithCore(packedPlane.pixels(), output.get(), floatCount * sizeof(float))) return;
         plane.makeUnique();
         plane.makeWritable();

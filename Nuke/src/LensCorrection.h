@@ -86,8 +86,6 @@ protected:
     virtual bool shouldOutputTypeKnobBeHidden() const = 0;
     /// Tooltips by knob name; holds at least "correctionMode" and "outputType".
     virtual std::map<std::string, std::string> tooltipsForKnobIds() const = 0;
-    /// Whether the layer with these channels is corrected; one that is not passes through unchanged.
-    virtual bool shouldLayerBeCorrected(const DD::Image::ChannelSet& channels) const;
 
     void _validate(bool forReal) override;
 

@@ -1,6 +1,5 @@
 #include "LensShadingCorrection.h"
 
-#include "LayerContent.h"
 #include "LensShadingDataSource.h"
 
 namespace {
@@ -38,8 +37,4 @@ std::map<std::string, std::string> LensShadingCorrection::tooltipsForKnobIds() c
         {"correctionMode", "Select the correction mode to either add or remove shading from the footage."},
         {"outputType", "Select the output type to render either the corrected image or a multiply map."},
     };
-}
-
-bool LensShadingCorrection::shouldLayerBeCorrected(const DD::Image::ChannelSet& channels) const {
-    return LayerContent::isColor(channels);
 }

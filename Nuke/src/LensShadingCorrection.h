@@ -2,8 +2,8 @@
 
 #include "LensCorrection.h"
 
-/// The node that removes (or adds) a lens's shading. Changes colour layers only: alpha, depth, identifiers and other
-/// data layers pass through unchanged.
+/// The node that removes (or adds) a lens's shading, of every layer that it is asked for; alpha passes through
+/// unchanged.
 class LensShadingCorrection : public LensCorrection {
 public:
     /// Registers the node with the host while the library is being loaded.
@@ -21,7 +21,6 @@ protected:
     const char* const* outputTypeEntries() const override;
     bool shouldOutputTypeKnobBeHidden() const override;
     std::map<std::string, std::string> tooltipsForKnobIds() const override;
-    bool shouldLayerBeCorrected(const DD::Image::ChannelSet& channels) const override;
 };
 
 /// Makes the node for the host, which owns it.

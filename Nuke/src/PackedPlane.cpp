@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
+#include <string>
 
-#include "LayerContent.h"
+#include "DDImage/Channel.h"
 
 using DD::Image::Box;
 using DD::Image::Channel;
@@ -11,27 +13,36 @@ using DD::Image::ImagePlane;
 
 namespace {
 
-/// Fills the lane of each of the plane's components from `firstComponent` on, and returns how many there are (up to 4).
-int findLanes(const ImagePlane& plane, int firstComponent, int (&lanes)[4]) {
-    const int count = std::min(plane.nComps() - firstComponent, 4);
-    int colorLanes[4] = {-1, -1, -1, -1};
+const char* const c_colorNames[] = {"red", "green", "blue", "alpha"};
+constexpr int c_alphaLane = 3;
+constexpr int c_laneCount = 4;
+
+/// 0 to 3 for a channel that is a layer's red, green, blue or alpha; −1 for any other.
+int colorLane(Channel channel) {
+    const std::string name = DD::Image::getName(channel);
+    const std::string channelName = name.substr(name.rfind('.') + 1);
+    const auto* const place = std::find(std::begin(c_colorNames), std::end(c_colorNames), channelName);
+    return place == std::end(c_colorNames) ? -1 : static_cast<int>(place - c_colorNames);
+}
+
+/// Fills the lane of each of the plane's components from `firstComponent` on, and returns how many found one.
+int findLanes(const ImagePlane& plane, int firstComponent, int (&lanes)[c_laneCount]) {
+    const int limit = std::min(plane.nComps() - firstComponent, c_laneCount);
+    int colorLanes[c_laneCount] = {-1, -1, -1, -1};
     const DD::Image::ChannelSet channels = plane.channels();
     for (Channel channel = channels.first(); channel; channel = channels.next(channel)) {
         const int component = plane.chanNo(channel) - firstComponent;
-        if (component >= 0 && component < count) colorLanes[component] = LayerContent::colorLane(channel);
+        if (component >= 0 && component < limit) colorLanes[component] = colorLane(channel);
     }
-    bool isTaken[4] = {};
-    bool isColor = true;
-    for (int component = 0; component < count; ++component) {
-        const int lane = colorLanes[component];
-        if (lane < 0 || isTaken[lane]) {
-            isColor = false;
-            break;
-        }
+    bool isTaken[c_laneCount] = {};
+    int count = 0;
+    for (; count < limit; ++count) {
+        int lane = colorLanes[count];
+        if (lane < 0) lane = static_cast<int>(std::find(isTaken, isTaken + c_alphaLane, false) - isTaken);
+        const bool isFree = !isTaken[lane] && (lane != c_alphaLane || colorLanes[count] == c_alphaLane);
+        if (!isFree) break;
         isTaken[lane] = true;
-    }
-    for (int component = 0; component < count; ++component) {
-        lanes[component] = isColor ? colorLanes[component] : component;
+        lanes[count] = lane;
     }
     return count;
 }
@@ -90,6 +101,5 @@ bool PackedPlane::isPacked(const ImagePlane& plane, const Box& box) {
         return false;
     }
     int lanes[c_laneCount];
-    findLanes(plane, 0, lanes);
-    return lanes[0] == 0 && lanes[1] == 1 && lanes[2] == 2 && lanes[3] == 3;
+    return findLanes(plane, 0, lanes) == c_laneCount && lanes[0] == 0 && lanes[1] == 1 && lanes[2] == 2;
 }

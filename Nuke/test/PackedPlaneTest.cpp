@@ -66,6 +66,30 @@ TEST(PackedPlane, PutsColorsIntoTheirLanesWhateverTheirOrder) {
     EXPECT_THAT(pixels(PackedPlane(plane, Box(0, 0, 2, 1), 0), 2), ElementsAre(4, 3, 2, 1, 14, 13, 12, 11));
 }
 
+TEST(PackedPlane, LeavesTheLaneOfAlphaToAlpha) {
+    ChannelSet channels(channel("motion.u"));
+    for (const char* const name : {"motion.v", "motion.x", "motion.y"}) channels += channel(name);
+    const ImagePlane plane = makePlane(channels, true);
+    const PackedPlane first(plane, plane.bounds(), 0);
+    EXPECT_EQ(first.componentCount(), 3);
+    EXPECT_THAT(pixels(first, 2), ElementsAre(1, 2, 3, 0, 11, 12, 13, 0));
+    const PackedPlane second(plane, plane.bounds(), 3);
+    EXPECT_EQ(second.componentCount(), 1);
+    EXPECT_THAT(pixels(second, 2), ElementsAre(4, 0, 0, 0, 14, 0, 0, 0));
+}
+
+TEST(PackedPlane, EndsBeforeAChannelWhoseLaneIsTaken) {
+    ChannelSet channels(channel("mixed.id"));
+    for (const char* const name : {"mixed.red", "mixed.alpha"}) channels += channel(name);
+    const ImagePlane plane = makePlane(channels, true);
+    const PackedPlane first(plane, plane.bounds(), 0);
+    EXPECT_EQ(first.componentCount(), 1);
+    EXPECT_THAT(pixels(first, 2), ElementsAre(1, 0, 0, 0, 11, 0, 0, 0));
+    const PackedPlane second(plane, plane.bounds(), 1);
+    EXPECT_EQ(second.componentCount(), 2);
+    EXPECT_THAT(pixels(second, 2), ElementsAre(2, 0, 0, 3, 12, 0, 0, 13));
+}
+
 TEST(PackedPlane, IsBlackOutsideThePlane) {
     const PackedPlane packed(makePlane(Chan_Z, true), Box(-1, 0, 2, 2), 0);
     EXPECT_THAT(pixels(packed, 6),

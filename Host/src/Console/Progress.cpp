@@ -1,6 +1,7 @@
 #include "Console/Progress.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -22,6 +23,11 @@ constexpr double secondsBetweenLines = 10.0;
 constexpr const char* red = "\x1b[31m";
 constexpr const char* plain = "\x1b[0m";
 constexpr const char* clearLine = "\r\x1b[K";
+
+/// Names of files and channels need not be valid UTF-8.
+std::string lineOf(const nlohmann::ordered_json& event) {
+    return event.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + '\n';
+}
 
 } // namespace
 
@@ -78,15 +84,19 @@ void Progress::failed(std::int32_t frame, const std::string& file, const std::st
     report(frame, file, "failed", message);
 }
 
-void Progress::end() {
+void Progress::end(const std::vector<std::string>& unshaded) {
     const std::lock_guard lock(m_mutex);
     if (m_mode == Mode::Json) {
-        const nlohmann::ordered_json event{{"event", "end"},       {"done", m_done},
-                                           {"skipped", m_skipped}, {"failed", m_failed},
-                                           {"total", m_total},     {"seconds", m_output.now() - m_start}};
-        m_output.write(event.dump() + '\n');
-    } else if (m_mode != Mode::None) {
-        show(true);
+        nlohmann::ordered_json event{{"event", "end"},     {"done", m_done},   {"skipped", m_skipped},
+                                     {"failed", m_failed}, {"total", m_total}, {"seconds", m_output.now() - m_start}};
+        if (!unshaded.empty()) event["unshaded"] = unshaded;
+        m_output.write(lineOf(event));
+        return;
+    }
+    if (m_mode != Mode::None) show(true);
+    if (!unshaded.empty()) {
+        m_output.write(printableText(
+            fmt::format("Left unshaded: {} (--shading-layers decides otherwise)\n", fmt::join(unshaded, ", "))));
     }
 }
 
@@ -110,8 +120,7 @@ void Progress::report(std::int32_t frame, const std::string& file, const char* s
         nlohmann::ordered_json event{{"event", "frame"}, {"frame", frame}, {"state", state}, {"file", file}};
         if (!message.empty()) event["message"] = message;
         event.update({{"done", m_done}, {"skipped", m_skipped}, {"failed", m_failed}, {"total", m_total}});
-        // File names need not be valid UTF-8.
-        m_output.write(event.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + '\n');
+        m_output.write(lineOf(event));
         return;
     }
     if (!message.empty()) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace Host {
 
@@ -42,8 +43,8 @@ public:
     void skipped(std::int32_t frame, const std::string& file);
     /// `message` tells file, frame and reason.
     void failed(std::int32_t frame, const std::string& file, const std::string& message);
-    /// The last line or event; once.
-    void end();
+    /// The last line or event; once. `unshaded`: layers and channels that a shading correction left as they are.
+    void end(const std::vector<std::string>& unshaded = {});
 
     std::size_t doneCount() const;
     std::size_t skippedCount() const;

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
 
 #include "LensCorrection.h"
 #include "Output/Interruption.h"
 #include "Render/InputSpace.h"
+#include "Render/ShadedChannels.h"
 
 namespace Host {
 namespace {
@@ -27,7 +29,8 @@ CorrectionChain::CorrectionChain(const RenderOptions& options, unsigned int thre
       m_threads(threads),
       m_space(space),
       m_imageRead(m_graph.createRead()),
-      m_plateRead(options.plate ? m_graph.createRead() : m_imageRead) {
+      m_plateRead(options.plate ? m_graph.createRead() : m_imageRead),
+      m_end(m_imageRead) {
     const bool isDistortionInverse = options.distortion == RenderOptions::Distortion::Distort;
     const bool isShadingInverse = options.shading == RenderOptions::Shading::Add;
     // The lens shades the distorted picture: its shading goes before its distortion and comes back after it.
@@ -40,13 +43,19 @@ CorrectionChain::~CorrectionChain() = default;
 
 void CorrectionChain::addNode(const char* className, bool isInverse) {
     Op* const node = m_graph.create(className);
-    Op* const image = m_nodes.empty() ? static_cast<Op*>(m_imageRead) : m_nodes.back();
+    Op* const image = m_end;
     m_graph.connect(node, LensCorrection::imageInputIndex(), image);
     m_graph.connect(node, LensCorrection::metadataInputIndex(), m_plateRead);
     m_graph.userChange(node, "correctionMode", isInverse ? 1.0 : 0.0);
     m_graph.userChange(node, "outputType", m_options.renderMap ? 1.0 : 0.0);
     if (m_options.correctionFile) m_graph.userChange(node, "correctionFile::path", *m_options.correctionFile);
     m_nodes.push_back(dynamic_cast<LensCorrection*>(node));
+    m_end = m_nodes.back();
+    if (std::string(className) != shadingClass || m_options.renderMap) return;
+    m_shadedChannels = dynamic_cast<ShadedChannels*>(m_graph.create(ShadedChannels::description.name));
+    m_graph.connect(m_shadedChannels, 0, node);
+    m_graph.connect(m_shadedChannels, 1, image);
+    m_end = m_shadedChannels;
 }
 
 /// The controls that the node computes with need its inputs: they are set once the first frame is there.
@@ -74,6 +83,15 @@ void CorrectionChain::setImage(int border) {
     m_channels = source->channels();
     m_imageRead->setSource(source);
     m_imageRead->setFilename(m_image.path);
+    if (!m_shadedChannels) return;
+    const std::vector<bool> isShaded = m_options.shadingLayers.shadedChannels(*m_image.frame, m_part);
+    DD::Image::ChannelSet shaded, unshaded;
+    for (std::size_t i = 0; i < m_channels.size(); ++i) {
+        // The node leaves alpha as it is: fetching it apart would cost a copy of every picture.
+        const bool isAlpha = std::string_view(DD::Image::getName(m_channels[i])).ends_with(".alpha");
+        if (isShaded[i] || !isAlpha) (isShaded[i] ? shaded : unshaded) += m_channels[i];
+    }
+    m_shadedChannels->setChannels(shaded, unshaded);
 }
 
 void CorrectionChain::setFrame(std::int32_t frame, const ClipFrame& image, std::size_t part, const ClipFrame& plate) {
@@ -100,7 +118,7 @@ bool CorrectionChain::isBoxAccepted() const {
 DD::Image::Box CorrectionChain::validate() {
     constexpr int widestBorder = 16;
     for (int border = 0;; ++border) {
-        if (!m_graph.validate(m_nodes.back())) fail();
+        if (!m_graph.validate(m_end)) fail();
         if (border == widestBorder || isBoxAccepted()) return m_nodes.back()->info().box();
         setImage(border + 1);
     }
@@ -113,7 +131,7 @@ void CorrectionChain::render(const Store& store) {
         store(map, {DD::Image::Chan_Alpha, DD::Image::Chan_Blue, DD::Image::Chan_Green, DD::Image::Chan_Red});
         return;
     }
-    std::vector<DD::Image::ImagePlane> planes = m_graph.planes(m_nodes.back());
+    std::vector<DD::Image::ImagePlane> planes = m_graph.planes(m_end);
     for (DD::Image::ImagePlane& plane : planes) {
         fetch(plane);
         if (m_space && m_space->isConverting()) {
@@ -126,13 +144,13 @@ void CorrectionChain::render(const Store& store) {
 }
 
 void CorrectionChain::fetch(DD::Image::ImagePlane& plane) {
-    const bool isRendered = m_graph.fetch(m_nodes.back(), plane);
+    const bool isRendered = m_graph.fetch(m_end, plane);
     Interruption::takeBack();
     if (!isRendered) fail();
 }
 
 void CorrectionChain::fail() const {
-    const std::string brief = m_graph.errorText(m_nodes.back());
+    const std::string brief = m_graph.errorText(m_end);
     std::string details;
     for (const LensCorrection* const node : m_nodes) {
         details = node->lastErrorDetails();

@@ -17,6 +17,7 @@ class LensCorrection;
 namespace Host {
 
 class InputSpace;
+class ShadedChannels;
 
 /// Why the nodes could not correct a frame: the error that the node shows, and the text that names all values involved.
 class CorrectionError : public std::runtime_error {
@@ -38,7 +39,7 @@ struct ClipFrame {
 };
 
 /// The two nodes behind a reader node, set up as the options say: Read → Shading → Distortion when the lens is taken
-/// out, Read → Distortion → Shading when it is put back.
+/// out, Read → Distortion → Shading when it is put back. Channels that the shading must leave as they are go round it.
 ///
 /// One thread at a time.
 class CorrectionChain {
@@ -86,6 +87,8 @@ private:
     DD::Image::Read* m_imageRead;
     DD::Image::Read* m_plateRead;
     std::vector<LensCorrection*> m_nodes; ///< in the order of the chain
+    DD::Image::Iop* m_end;                ///< of the chain
+    ShadedChannels* m_shadedChannels = nullptr;
     std::vector<DD::Image::Channel> m_channels;
     ClipFrame m_image;
     std::size_t m_part = 0;

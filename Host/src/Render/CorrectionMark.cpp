@@ -1,5 +1,8 @@
 #include "Render/CorrectionMark.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 namespace Host {
 namespace {
 
@@ -32,7 +35,9 @@ std::string shadingText(const RenderOptions& options) {
 } // namespace
 
 void CorrectionMark::write(const RenderOptions& options, const std::string& correctionFile, HostImage::Frame& frame) {
-    for (HostImage::Part& part : frame.parts) {
+    const bool isShaded = options.shading != RenderOptions::Shading::None;
+    for (std::size_t i = 0; i < frame.parts.size(); ++i) {
+        HostImage::Part& part = frame.parts[i];
         const auto set = [&part](const std::string& name, const std::string& value) {
             if (!value.empty()) part.setAttribute({std::string(prefix) + name, "string", value});
         };
@@ -41,6 +46,9 @@ void CorrectionMark::write(const RenderOptions& options, const std::string& corr
         for (const char* const name : {"inputSpace", "correctionFile"})
             part.removeAttribute(std::string(prefix) + name);
         set("inputSpace", options.inputSpace.value_or(""));
+        if (isShaded) part.removeAttribute(std::string(prefix) + "unshaded");
+        if (isShaded && !options.renderMap)
+            set("unshaded", fmt::format("{}", fmt::join(options.shadingLayers.unshaded(frame, i), ", ")));
         set("correctionFile", correctionFile);
         set("version", ORVEX_VERSION);
     }

@@ -13,6 +13,8 @@ namespace Host {
 ///     com.orvex.lenscorrect.distortion       "undistort" or "distort"
 ///     com.orvex.lenscorrect.shading          "remove" or "add"
 ///     com.orvex.lenscorrect.inputSpace       "LogC3", "raw"; absent when the pixels were taken as linear light
+///     com.orvex.lenscorrect.unshaded         the part's layers and channels that the shading correction left as they
+///                                            are, such as "N, crypto00, Z"; absent when there are none
 ///     com.orvex.lenscorrect.correctionFile   path; absent when the lens data came with the frame
 ///     com.orvex.lenscorrect.version          "0.18.1"
 class CorrectionMark {

@@ -1,25 +1,24 @@
 #include "Render/HostChannels.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <numeric>
 
 namespace Host {
 namespace {
 
-std::string longName(const std::string& baseName) {
-    if (baseName == "R") return "red";
-    if (baseName == "G") return "green";
-    if (baseName == "B") return "blue";
-    if (baseName == "A") return "alpha";
-    return baseName;
+std::string longName(const HostImage::Channel& channel) {
+    constexpr std::array<const char*, 4> names = {"red", "green", "blue", "alpha"};
+    const std::size_t place = channel.colourPlace();
+    return place < names.size() ? names[place] : std::string(channel.baseName());
 }
 
 std::string hostName(const HostImage::Part& part, const HostImage::Channel& channel) {
     const std::string layer(channel.layer());
     const std::string base(channel.baseName());
-    if (!layer.empty()) return layer + "." + longName(base);
-    if (longName(base) != base) return "rgba." + longName(base);
+    if (!layer.empty()) return layer + "." + longName(channel);
+    if (longName(channel) != base) return "rgba." + longName(channel);
     if (base == "Y" && !part.findChannel("R")) return "rgba.red";
     if (base == "Z") return "depth.Z";
     return "other." + base;

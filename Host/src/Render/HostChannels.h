@@ -16,7 +16,7 @@ namespace Host {
 /// | R, G, B, A               | rgba.red, rgba.green, …                  |
 /// | Y, where there is no R   | rgba.red: a grey picture is colour       |
 /// | Z                        | depth.Z                                  |
-/// | L.R, L.G, L.B, L.A       | L.red, L.green, …                        |
+/// | L.R, L.G, L.B, L.A       | L.red, L.green, …; small letters as well |
 /// | L.X                      | L.X                                      |
 /// | X                        | other.X                                  |
 std::vector<DD::Image::Channel> hostChannels(const HostImage::Part& part);

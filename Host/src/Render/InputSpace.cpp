@@ -3,25 +3,33 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <string_view>
 #include <vector>
 
 #include "Image/ParallelFor.h"
-#include "LayerContent.h"
+#include "Render/ShadingLayers.h"
 
 namespace Host {
 namespace {
 
 constexpr std::size_t colours = 3;
 
+/// 0, 1, 2 for a layer's red, green, blue, unless the layer holds data; -1 for any other channel.
+int colourOf(DD::Image::Channel channel) {
+    constexpr std::array<std::string_view, colours> names = {"red", "green", "blue"};
+    const std::string_view name = DD::Image::getName(channel);
+    const auto* const colour = std::find(names.begin(), names.end(), name.substr(name.rfind('.') + 1));
+    if (colour == names.end() || ShadingLayers::isDataLayer(DD::Image::getLayerName(channel))) return -1;
+    return static_cast<int>(colour - names.begin());
+}
+
 /// Where a plane has red, green and blue; -1: it does not. All -1: it does not hold colour.
 std::array<int, colours> coloursOf(const DD::Image::ImagePlane& plane) {
     std::array<int, colours> components{-1, -1, -1};
     const DD::Image::ChannelSet channels = plane.channels();
-    if (!LayerContent::isColor(channels)) return components;
     for (DD::Image::Channel channel = channels.first(); channel; channel = channels.next(channel)) {
-        const int lane = LayerContent::colorLane(channel);
-        if (lane >= 0 && lane < static_cast<int>(colours))
-            components[static_cast<std::size_t>(lane)] = plane.chanNo(channel);
+        const int colour = colourOf(channel);
+        if (colour >= 0) components[static_cast<std::size_t>(colour)] = plane.chanNo(channel);
     }
     return components;
 }
@@ -118,10 +126,9 @@ void InputSpace::fromSceneLinear(DD::Image::ImagePlane& plane, unsigned int thre
                 [this](float* pixels, std::size_t count) { m_space->fromSceneLinear(pixels, count); });
 }
 
-float InputSpace::black(DD::Image::Channel channel, const DD::Image::ImagePlane& plane) const {
-    const int lane = LayerContent::colorLane(channel);
-    if (lane < 0 || lane >= static_cast<int>(colours) || !LayerContent::isColor(plane.channels())) return 0.0f;
-    return m_black[static_cast<std::size_t>(lane)];
+float InputSpace::black(DD::Image::Channel channel) const {
+    const int colour = colourOf(channel);
+    return colour < 0 ? 0.0f : m_black[static_cast<std::size_t>(colour)];
 }
 
 std::string InputSpace::objection(const RenderOptions& options, const HostImage::Frame& frame) {

@@ -33,13 +33,12 @@ void PictureMemory::provideFor(const DD::Image::ImagePlane& plane, const std::ve
         HostImage::Plane& target = m_output.planes[i];
         if (shares[i] == PlaneShare::Whole && i < m_input.planes.size()) moveMemory(m_input.planes[i], target);
         target.allocatePixels();
-        if (m_isBlack) blacken(i, plane, channels);
+        if (m_isBlack) blacken(i, channels);
         m_hasMemory[i] = true;
     }
 }
 
-void PictureMemory::blacken(std::size_t index, const DD::Image::ImagePlane& plane,
-                            const std::vector<DD::Image::Channel>& channels) {
+void PictureMemory::blacken(std::size_t index, const std::vector<DD::Image::Channel>& channels) {
     HostImage::Plane& target = m_output.planes[index];
     if (!m_space.isConverting()) {
         std::memset(target.pixels.data(), 0, target.pixels.size());
@@ -48,7 +47,7 @@ void PictureMemory::blacken(std::size_t index, const DD::Image::ImagePlane& plan
     std::vector<float> row(target.width * target.components);
     for (std::size_t channel = 0; channel < channels.size(); ++channel) {
         if (m_output.channels[channel].plane != index) continue;
-        const float black = m_space.black(channels[channel], plane);
+        const float black = m_space.black(channels[channel]);
         for (std::size_t i = m_output.channels[channel].component; i < row.size(); i += target.components)
             row[i] = black;
     }

@@ -26,8 +26,7 @@ public:
     void provideFor(const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels);
 
 private:
-    void blacken(std::size_t index, const DD::Image::ImagePlane& plane,
-                 const std::vector<DD::Image::Channel>& channels);
+    void blacken(std::size_t index, const std::vector<DD::Image::Channel>& channels);
 
     HostImage::Part& m_input;
     HostImage::Part& m_output;

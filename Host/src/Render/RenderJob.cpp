@@ -123,7 +123,7 @@ std::string RenderJob::outputKey(const FrameJob& job) const {
         boxes += fmt::format("{}: {} {} {} {} ", part, box.x(), box.y(), box.r(), box.t());
     const auto sidecar = [&](const std::string& clip) { return identity(HostImage::MetadataSidecar::pathFor(clip)); };
     return FinishedFrames::fingerprint(fmt::format(
-        "{}|{}|{}|{}|{}|{}|{}|{}x{}|{}x{}|{}|{}|{}|{}|{}|{}|{}|{}|{}|{}|{}|{}", ORVEX_VERSION, job.frame,
+        "{}|{}|{}|{}|{}|{}|{}|{}|{}x{}|{}x{}|{}|{}|{}|{}|{}|{}|{}|{}|{}|{}|{}|{}", ORVEX_VERSION, job.frame,
         identity(job.input), plate, identity(m_correctionFile), sidecar(m_options.clip),
         m_options.plate ? sidecar(*m_options.plate) : "-", m_options.imageArea ? m_options.imageArea->width : 0,
         m_options.imageArea ? m_options.imageArea->height : 0,
@@ -133,7 +133,7 @@ std::string RenderJob::outputKey(const FrameJob& job) const {
         m_options.pixelType ? static_cast<int>(*m_options.pixelType) : -1, m_options.compression.value_or("-"),
         static_cast<int>(m_options.window), static_cast<int>(m_options.boxSize), boxes,
         m_options.inputSpace.value_or("-"), m_inputSpace.isConverting() ? identity(m_inputSpace.configFile()) : "-",
-        m_options.ignoresPixelAspect));
+        m_options.ignoresPixelAspect, m_options.shadingLayers.string()));
 }
 
 std::vector<FrameJob> RenderJob::remainingJobs(Progress& progress) {
@@ -342,6 +342,14 @@ void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads)
         });
     }
     CorrectionMark::write(m_options, m_correctionFile, slot.output);
+    noteUnshaded(slot.input);
+}
+
+void RenderJob::noteUnshaded(const HostImage::Frame& frame) {
+    if (m_options.shading == RenderOptions::Shading::None || m_options.renderMap) return;
+    for (std::size_t part = 0; part < frame.parts.size(); ++part)
+        for (const std::string& name : m_options.shadingLayers.unshaded(frame, part))
+            if (std::find(m_unshaded.begin(), m_unshaded.end(), name) == m_unshaded.end()) m_unshaded.push_back(name);
 }
 
 HostImage::WriteOptions RenderJob::writeOptions() const {
@@ -495,7 +503,7 @@ ExitCode RenderJob::run() {
 }
 
 ExitCode RenderJob::finish(Progress& progress, std::size_t frames) const {
-    progress.end();
+    progress.end(m_unshaded);
     if (!m_failedFrames.empty()) {
         std::vector<std::int32_t> failed = m_failedFrames;
         std::sort(failed.begin(), failed.end());

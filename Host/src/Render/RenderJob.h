@@ -56,6 +56,7 @@ private:
 
     void decode(Slot& slot, unsigned int threads);
     void render(CorrectionChain& chain, Slot& slot, unsigned int threads);
+    void noteUnshaded(const HostImage::Frame& frame);
     void layOut(const HostImage::Part& input, const DD::Image::Box& box, std::size_t part,
                 HostImage::Part& output) const;
     void encode(Slot& slot, unsigned int threads, Progress& progress);
@@ -79,6 +80,7 @@ private:
     std::atomic<bool> m_hasOutputFailed{false};
     std::mutex m_failedFramesAccess;
     std::vector<std::int32_t> m_failedFrames;
+    std::vector<std::string> m_unshaded; ///< of all frames; belongs to the thread of the nodes
 };
 
 } // namespace Host

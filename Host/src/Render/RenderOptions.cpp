@@ -12,8 +12,8 @@
 namespace Host {
 
 struct RenderOptionsReader::Texts {
-    std::string clip, output, distortion, shading, plate, frames, pixelType, compression, memory, inputSpace,
-        colourConfig;
+    std::string clip, output, distortion, shading, shadingLayers, plate, frames, pixelType, compression, memory,
+        inputSpace, colourConfig;
     std::string window = "box";
     std::string boxSize = "frame";
     std::string progress = "auto";
@@ -73,6 +73,9 @@ void RenderOptionsReader::declareOptions(CLI::App& app) {
         ->check(CLI::IsMember({"undistort", "distort"}));
     correction.add_option("--shading", t.shading, "remove removes the lens's shading, add applies it")
         ->check(CLI::IsMember({"remove", "add"}));
+    correction.add_option("--shading-layers", t.shadingLayers,
+                          "Shade the layers that fit these patterns, such as \"rgba,light_*\" or \"*,!N\"; without it "
+                          "those that hold colour by their names");
     correction.add_flag("--map", t.renderMap, "Write the correction's map instead of the picture");
 
     CLI::Option_group& colour =
@@ -151,6 +154,11 @@ RenderOptions RenderOptionsReader::read() const {
     options.inputSpace = given(t.inputSpace);
     options.colourConfig = t.colourConfig;
     if (options.renderMap && options.inputSpace) refuse("--map shows no pixels of the clip: leave --input-space out.");
+    if (!t.shadingLayers.empty()) {
+        if (options.shading == Shading::None || t.renderMap)
+            refuse("--shading-layers goes with --shading, and not with --map.");
+        options.shadingLayers = ShadingLayers::parse(t.shadingLayers);
+    }
 
     options.plate = given(t.plate);
     static_cast<LensDataOptions&>(options) = t.lensData.read();

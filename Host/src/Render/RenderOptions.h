@@ -9,6 +9,7 @@
 #include "Frames/FrameRange.h"
 #include "Render/DecodingOptions.h"
 #include "Render/LensDataOptions.h"
+#include "Render/ShadingLayers.h"
 
 namespace CLI {
 class App;
@@ -35,7 +36,8 @@ struct RenderOptions : LensDataOptions {
 
     Distortion distortion = Distortion::None;
     Shading shading = Shading::None;
-    bool renderMap = false; ///< only one correction is wanted then
+    ShadingLayers shadingLayers; ///< which channels the shading correction changes
+    bool renderMap = false;      ///< only one correction is wanted then
 
     /// Colour space of the clip's pixels, which are linear light without it; rawInputSpace: taken as they are.
     std::optional<std::string> inputSpace;

@@ -73,6 +73,25 @@ TEST(Progress, TellsTheLastFrameOnce) {
     EXPECT_EQ(recorder.takeText(), "1 of 1 frames (100 %), 0.2 frames/s, 0 errors\n");
 }
 
+TEST(Progress, TellsLastWhatStayedUnshadedInEveryModeForPeople) {
+    const std::string told = "Left unshaded: N, depth\\x1B.Z (--shading-layers decides otherwise)\n";
+    Recorder lines(Progress::Mode::Lines, 0);
+    lines.progress.end({"N", "depth\x1b.Z"});
+    EXPECT_EQ(lines.takeText(), "0 of 0 frames (100 %), 0 errors\n" + told);
+    Recorder silent(Progress::Mode::None, 0);
+    silent.progress.end({"N", "depth\x1b.Z"});
+    EXPECT_EQ(silent.takeText(), told);
+}
+
+TEST(Progress, TellsProgramsWhatStayedUnshaded) {
+    Recorder recorder(Progress::Mode::Json, 0);
+    recorder.takeText();
+    recorder.progress.end({"N", "Z"});
+    EXPECT_EQ(recorder.takeText(),
+              "{\"event\":\"end\",\"done\":0,\"skipped\":0,\"failed\":0,\"total\":0,\"seconds\":0.0,"
+              "\"unshaded\":[\"N\",\"Z\"]}\n");
+}
+
 TEST(Progress, TellsAFailedFrameAtOnceAboveTheBar) {
     Recorder recorder(Progress::Mode::Bar, 2);
     recorder.time += 1.0;

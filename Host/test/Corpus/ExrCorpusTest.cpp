@@ -237,6 +237,17 @@ struct Feature {
     std::string arguments; ///< of the program
 };
 
+/// What the program has to say of a picture that it renders; mostly nothing.
+std::string wordsFor(const std::string& feature, const std::string&) {
+    const auto unshaded = [](const std::string& list) {
+        return "Left unshaded: " + list + " (--shading-layers decides otherwise)\n";
+    };
+    const std::map<std::string, std::string> words = {
+        {"Identifiers", unshaded("id")}, {"ManyLayers", unshaded("N, Z")}, {"Parts", unshaded("two")}};
+    const auto found = words.find(feature);
+    return found == words.end() ? std::string() : found->second;
+}
+
 void PrintTo(const Feature& feature, std::ostream* stream) { *stream << feature.name; }
 
 Feature lines(const std::string& name, const Imf::Header& header, const std::string& refusal = "",
@@ -447,7 +458,7 @@ TEST_P(ExrCorpus, ComesOutAsItWentInOrOneLineSaysWhyNot) {
         return;
     }
     ASSERT_EQ(status, 0) << printed;
-    EXPECT_EQ(printed, "");
+    EXPECT_EQ(printed, wordsFor(GetParam().name, plate));
     Imf::MultiPartInputFile before(plate.c_str());
     Imf::MultiPartInputFile after(output.c_str());
     ASSERT_EQ(before.parts(), after.parts());

@@ -36,6 +36,19 @@ TEST(CorrectionMark, StandsInEveryPart) {
     }
 }
 
+TEST(CorrectionMark, TellsWhatTheShadingCorrectionLeftAsItIsInEachPart) {
+    RenderOptions options;
+    options.shading = RenderOptions::Shading::Remove;
+    HostImage::Frame frame;
+    frame.parts.resize(2);
+    for (const char* const name : {"R", "N.X", "Z"}) frame.parts[0].channels.emplace_back().name = name;
+    frame.parts[1].channels.emplace_back().name = "R";
+    frame.parts[1].setAttribute({"com.orvex.lenscorrect.unshaded", "string", "of an earlier job"});
+    CorrectionMark::write(options, "", frame);
+    EXPECT_EQ(frame.parts[0].text("com.orvex.lenscorrect.unshaded"), "N, Z");
+    EXPECT_EQ(frame.parts[1].findAttribute("com.orvex.lenscorrect.unshaded"), nullptr);
+}
+
 TEST(CorrectionMark, SpeaksAgainstTheSameCorrectionASecondTime) {
     EXPECT_EQ(
         CorrectionMark::objection(undistort(), frameMarkedBy(undistort())),

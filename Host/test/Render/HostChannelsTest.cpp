@@ -30,6 +30,11 @@ TEST(HostChannels, SpellsTheColoursOfALayerOut) {
               (Names{"beauty.blue", "beauty.green", "beauty.red", "N.X"}));
 }
 
+TEST(HostChannels, SpellsColoursInSmallLettersOutAsWell) {
+    EXPECT_EQ(hostNames({"b", "r", "beauty.a", "beauty.g"}),
+              (Names{"rgba.blue", "rgba.red", "beauty.alpha", "beauty.green"}));
+}
+
 TEST(HostChannels, TakesLuminanceAloneForColour) { EXPECT_EQ(hostNames({"Y"}), Names{"rgba.red"}); }
 
 TEST(HostChannels, LeavesLuminanceBesideColourInALayerOfItsOwn) {

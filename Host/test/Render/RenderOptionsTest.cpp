@@ -102,6 +102,10 @@ INSTANTIATE_TEST_SUITE_P(
     All, RenderOptionsDefect,
     testing::Values(
         Defect{"", "Nothing is to be corrected: give --distortion undistort|distort, --shading remove|add, or both."},
+        Defect{"--distortion undistort --shading-layers rgba",
+               "--shading-layers goes with --shading, and not with --map."},
+        Defect{"--shading remove --map --shading-layers rgba",
+               "--shading-layers goes with --shading, and not with --map."},
         Defect{"--distortion undistort --shading remove --map",
                "--map shows one correction: leave --distortion or --shading out."},
         Defect{"--shading remove --map --input-space sRGB",

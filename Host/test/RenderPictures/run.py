@@ -195,13 +195,61 @@ class Channels(render_test.RenderTest):
         part = self.part(["R", "G", "B", "A", "Z", "beauty.R", "beauty.G", "beauty.B"])
         part.fill("id", exr.UINT, lambda x, y: 1000 + x)
         self.write_plate(part)
-        got = self.rendered("--shading", "remove")[0]
-        corner = self.plain.display[:2]
-        for name in ["R", "G", "B", "beauty.R", "beauty.G", "beauty.B"]:
-            self.assertGreater(got.at(name, *corner), part.at(name, *corner) * 1.2, name)
-        plate = exr.read(self.path("plate.1001.exr"))[0]
-        for name in ["A", "Z", "id"]:
+        self.expect(self.render("--shading", "remove"), 0, "",
+                    "Left unshaded: Z, id (--shading-layers decides otherwise)\n")
+        self.expect_shaded(["R", "G", "B", "beauty.R", "beauty.G", "beauty.B"], ["A", "Z", "id"])
+
+    def expect_shaded(self, shaded, unshaded):
+        """Compares a rendered frame with the plate; in a corner, the lens took a fifth of the light at least."""
+        x, y = self.plain.display[:2]
+        plate, got = (exr.read(self.path(name))[0] for name in ("plate.1001.exr", "out/f.1001.exr"))
+        for name in shaded:
+            self.assertGreater(got.at(name, x, y), plate.at(name, x, y) * 1.2, name)
+        for name in unshaded:
             self.expect_same(got.channels[name], plate.channels[name])
+
+    def test_shades_the_colours_of_a_layer_beside_its_other_channels(self):
+        colours = [layer + "." + colour for layer in ("GRID.RGB", "SOLID", "light_p.RGB", "beauty") for colour in "BGR"]
+        rest = ["beauty.Z", "beauty.A", "beauty.id", "beauty.x", "beauty.y", "objectID.R", "N.X", "N.Y", "N.Z"]
+        self.write_plate(self.part(colours + rest))
+        for direction in ("remove", "add"):
+            result = self.render("--shading", direction, "--overwrite", clip="plate.%04d.exr")
+            self.expect(result, 0, "", "Left unshaded: N, beauty.Z, beauty.id, beauty.x, beauty.y, objectID "
+                                       "(--shading-layers decides otherwise)\n")
+            self.expect_shaded(colours if direction == "remove" else [], rest)
+            self.assertEqual(exr.read(self.path("out/f.1001.exr"))[0].text("com.orvex.lenscorrect.unshaded"),
+                             "N, beauty.Z, beauty.id, beauty.x, beauty.y, objectID")
+
+    def test_moves_channels_that_stay_unshaded_with_those_that_are_shaded(self):
+        part = self.part(["R", "G", "B", "Z", "beauty.R", "beauty.Z"])
+        self.write_plate(part)
+        for arguments in (BOTH, ("--distortion", "distort", "--shading", "add")):
+            alone = self.rendered(*arguments[:2], "--overwrite", out="alone/f.%04d.exr")[0]
+            self.expect(self.render(*arguments, "--overwrite"), 0, "",
+                        "Left unshaded: Z, beauty.Z (--shading-layers decides otherwise)\n")
+            got = exr.read(self.path("out/f.1001.exr"))[0]
+            self.expect_close(got, alone, 0.0, channels=["Z", "beauty.Z"])
+            self.assertNotEqual(got.channels["beauty.R"], alone.channels["beauty.R"])
+
+    def test_shades_the_layers_that_patterns_name(self):
+        self.write_plate(self.part(["R", "G", "B", "Z", "N.X", "N.Y", "N.Z", "crypto.R", "crypto.A"]))
+        self.expect(self.render("--shading", "remove", "--shading-layers", "rgba,cry*,N.X"), 0, "",
+                    "Left unshaded: N.Y, N.Z, Z (--shading-layers decides otherwise)\n")
+        self.expect_shaded(["R", "G", "B", "crypto.R", "N.X"], ["N.Y", "N.Z", "Z", "crypto.A"])
+
+    def test_makes_a_frame_again_when_other_layers_are_to_be_shaded(self):
+        self.write_plate(self.part(["R", "G", "B", "Z"]))
+        for patterns, last in (("rgba", "1 frames"), ("rgba", "1 skipped"), ("*", "1 frames")):
+            events = program.progress_events(self.run_program(
+                "render", "plate.%04d.exr", "--progress", "json", "-o", "out/f.%04d.exr", "--skip-existing", "--shading",
+                "remove", "--shading-layers", patterns).stdout)
+            self.assertEqual(events[-1]["skipped"], 1 if "skipped" in last else 0)
+
+    def test_tells_programs_what_stayed_unshaded(self):
+        self.write_plate(self.part(["R", "G", "B", "Z"]))
+        events = program.progress_events(self.run_program(
+            "render", "plate.%04d.exr", "--progress", "json", "-o", "out/f.%04d.exr", "--shading", "remove").stdout)
+        self.assertEqual(events[-1]["unshaded"], ["Z"])
 
     def test_shades_luminance(self):
         self.write_plate(self.part("Y"))
