@@ -84,6 +84,13 @@ void Progress::failed(std::int32_t frame, const std::string& file, const std::st
     report(frame, file, "failed", message);
 }
 
+void Progress::note(const std::string& message) {
+    const std::lock_guard lock(m_mutex);
+    if (m_mode == Mode::Json) return m_output.write(lineOf({{"event", "note"}, {"message", message}}));
+    const std::string bar = m_mode == Mode::Bar && m_hasShown ? clearLine : "";
+    m_output.write(bar + "lenscorrect: " + printableText(message) + '\n');
+}
+
 void Progress::end(const std::vector<std::string>& unshaded) {
     const std::lock_guard lock(m_mutex);
     if (m_mode == Mode::Json) {

@@ -14,7 +14,7 @@ namespace Host {
 /// - Bar: one line on a terminal, rewritten at most ten times a second: frames done, rate, time left, error count.
 /// - Lines: a line of the same content at the first frame and then at most every ten seconds, for logs.
 /// - Json: one JSON object per line and event, for programs: Docs/schemas/progress.json.
-/// - None: nothing but the messages of failed frames.
+/// - None: nothing but notes and the messages of failed frames.
 ///
 /// Failed frames are told at once in every mode (in Json as their event), above the bar. Any thread may report.
 class Progress {
@@ -43,6 +43,8 @@ public:
     void skipped(std::int32_t frame, const std::string& file);
     /// `message` tells file, frame and reason.
     void failed(std::int32_t frame, const std::string& file, const std::string& message);
+    /// Something that the job's user should know; a line, or an event, of its own, in every mode.
+    void note(const std::string& message);
     /// The last line or event; once. `unshaded`: layers and channels that a shading correction left as they are.
     void end(const std::vector<std::string>& unshaded = {});
 

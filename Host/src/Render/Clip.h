@@ -28,6 +28,7 @@ public:
     /// Every frame and its file.
     const std::map<std::int32_t, std::string>& frames() const { return m_frames; }
     ClipSource::Range range() const;
+    bool isMovie() const { return m_isMovie; }
     /// The clip's path for the finder of correction files.
     const std::string& searchPath() const { return m_searchPath; }
     /// The path under which a reader shows the frame to the nodes: shownClipPath, unless the sidecar's "input/filename"

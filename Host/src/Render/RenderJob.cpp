@@ -1,6 +1,7 @@
 #include "Render/RenderJob.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,10 +13,12 @@
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "Device/RenderProbe.h"
 #include "Exception/Exception.h"
+#include "Image/DroppedPictures.h"
 #include "Image/FileExtension.h"
 #include "Image/ImageError.h"
 #include "Output/AtomicFile.h"
 #include "Output/Interruption.h"
+#include "Render/ClipSurvey.h"
 #include "Render/CorrectionMark.h"
 #include "Render/PictureMemory.h"
 #include "Render/PlaneTransfer.h"
@@ -71,11 +74,18 @@ void copyHeader(const HostImage::Part& from, HostImage::Part& to) {
     to.tileHeight = from.tileHeight;
     to.channels = from.channels;
     to.attributes = from.attributes;
+    to.removeAttribute(HostImage::droppedPicturesAttribute);
 }
 
 DD::Image::Box unionOf(DD::Image::Box a, const DD::Image::Box& b) {
     a.set(std::min(a.x(), b.x()), std::min(a.y(), b.y()), std::max(a.r(), b.r()), std::max(a.t(), b.t()));
     return a;
+}
+
+std::vector<std::int32_t> framesOf(const std::vector<FrameJob>& jobs) {
+    std::vector<std::int32_t> frames;
+    for (const FrameJob& job : jobs) frames.push_back(job.frame);
+    return frames;
 }
 
 /// The writer names the file that it was given; a user knows the final name only.
@@ -239,6 +249,22 @@ void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vect
             "beside it, or give its path with --correction-file. \"lenscorrect find\" tells where it is searched.";
     throw Failure(ExitCode::WrongUse,
                   fmt::format("The lens data do not fit the clip \"{}\": {}{}", m_options.clip, firstText, advice));
+}
+
+/// A mistake in the sequence, perhaps; nothing for an empty text.
+void RenderJob::tellIrregularity(Progress& progress, const std::string& text) const {
+    if (text.empty()) return;
+    if (!m_options.strict) return progress.note(text);
+    throw Failure(ExitCode::WrongUse,
+                  fmt::format("{}\nRepair the clip, name the frames with --frames, or leave --strict out.", text));
+}
+
+/// Of all frames, also those that an earlier run has finished: whether a sequence is as it should be does not depend on
+/// how often the job was started.
+void RenderJob::surveyHeaders(Progress& progress, unsigned int threads) const {
+    const ClipSurvey survey = ClipSurvey::of(m_clip, framesOf(m_jobs), threads, [this] { return mustStop(); });
+    tellIrregularity(progress, survey.change);
+    for (const std::string& text : survey.droppings) progress.note(text);
 }
 
 /// Of all frames, also those that an earlier run has finished.
@@ -421,6 +447,7 @@ ExitCode RenderJob::run() {
     const Progress::Mode mode = Progress::parseMode(m_options.progress, isatty(STDERR_FILENO) == 1);
     Progress progress(mode, m_jobs.size(), Progress::standardOutput(mode));
     AtomicFile::removeAbandoned(m_options.output.folder());
+    tellIrregularity(progress, missingFrames(m_clip, framesOf(m_jobs), m_options.frames.has_value()));
     if (m_options.boxSize == RenderOptions::BoxSize::Constant) findConstantBoxes();
     const std::vector<FrameJob> jobs = remainingJobs(progress);
     if (jobs.empty()) return finish(progress, m_jobs.size());
@@ -483,6 +510,7 @@ ExitCode RenderJob::run() {
     try {
         // The first frames are decoded meanwhile: making the kernels takes longer than that.
         const unsigned int share = threadsEach(jobs.size());
+        surveyHeaders(progress, share);
         CorrectionChain chain(m_options, share, &m_inputSpace);
         checkBeforeTheFirstFrame(chain, jobs);
         while (std::optional<std::unique_ptr<Slot>> slot = decoded.pop()) {

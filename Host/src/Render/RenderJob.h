@@ -53,6 +53,8 @@ private:
     std::optional<HostImage::Frame> headerOf(const FrameJob& job) const;
     std::string objection(const HostImage::Frame& frame) const;
     std::size_t slotCount(const std::optional<HostImage::Frame>& first, std::size_t most) const;
+    void tellIrregularity(Progress& progress, const std::string& text) const;
+    void surveyHeaders(Progress& progress, unsigned int threads) const;
 
     void decode(Slot& slot, unsigned int threads);
     void render(CorrectionChain& chain, Slot& slot, unsigned int threads);

@@ -18,7 +18,7 @@ struct RenderOptionsReader::Texts {
     std::string boxSize = "frame";
     std::string progress = "auto";
     bool renderMap = false, skipExisting = false, overwrite = false, keepGoing = false, stopOnError = false,
-         force = false;
+         strict = false, force = false;
     std::optional<std::int32_t> start, end, step;
     unsigned int threads = 0;
     LensDataOptionsReader lensData;
@@ -115,6 +115,7 @@ void RenderOptionsReader::declareOptions(CLI::App& app) {
 
     CLI::Option_group& job = *app.add_option_group("Job");
     job.add_flag("--keep-going", t.keepGoing, "Continue with other frames when one fails (default)");
+    job.add_flag("--strict", t.strict, "Stop before the first frame if frames are missing, or size or channels change");
     job.add_flag("--stop-on-error", t.stopOnError, "Stop at the first frame that fails");
     job.add_option("--memory", t.memory,
                    "Memory limit for frames in flight, such as 8G; default: half of the machine's");
@@ -176,6 +177,7 @@ RenderOptions RenderOptionsReader::read() const {
     options.skipExisting = t.skipExisting;
     options.overwrite = t.overwrite;
     options.stopOnError = t.stopOnError;
+    options.strict = t.strict;
     options.force = t.force;
     if (!t.memory.empty()) options.memory = parseMemorySize(t.memory);
     options.decoding = t.decoding.read();

@@ -55,6 +55,7 @@ struct RenderOptions : LensDataOptions {
     bool skipExisting = false; ///< leave frames that are finished and made from the same inputs
     bool overwrite = false;    ///< replace existing files; with neither of the two, existing files end the job
     bool stopOnError = false;  ///< end at the first failed frame; else go on with the others
+    bool strict = false;       ///< gaps, and changes of size or channels, in a sequence end the job before it begins
     bool force = false;        ///< correct although the clip carries the mark of a correction
 
     DecodingOptions decoding;

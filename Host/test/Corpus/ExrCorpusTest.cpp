@@ -238,12 +238,17 @@ struct Feature {
 };
 
 /// What the program has to say of a picture that it renders; mostly nothing.
-std::string wordsFor(const std::string& feature, const std::string&) {
+std::string wordsFor(const std::string& feature, const std::string& plate) {
     const auto unshaded = [](const std::string& list) {
         return "Left unshaded: " + list + " (--shading-layers decides otherwise)\n";
     };
-    const std::map<std::string, std::string> words = {
-        {"Identifiers", unshaded("id")}, {"ManyLayers", unshaded("N, Z")}, {"Parts", unshaded("two")}};
+    const std::string levels = "lenscorrect: Only the first picture of each file of the clip \"" + plate +
+                               "\" is read; dropped are mip levels (frames 1).\n";
+    const std::map<std::string, std::string> words = {{"MipMap", levels},
+                                                      {"RipMap", levels},
+                                                      {"Identifiers", unshaded("id")},
+                                                      {"ManyLayers", unshaded("N, Z")},
+                                                      {"Parts", unshaded("two")}};
     const auto found = words.find(feature);
     return found == words.end() ? std::string() : found->second;
 }

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <new>
 
+#include "Image/DroppedPictures.h"
 #include "Image/FileExtension.h"
 #include "Image/FrameReader.h"
 #include "Image/FrameWriter.h"
@@ -212,6 +213,19 @@ void checkSize(const std::string& path, const OIIO::ImageSpec& spec, const Limit
                                    std::to_string(limits.maxChannels));
 }
 
+/// What the file holds beside its first picture at full size, in the words of DroppedPictures.h; empty if nothing. The
+/// input stands at that picture before and after.
+std::string droppedPicturesOf(OIIO::ImageInput& input) {
+    const bool hasLevels = input.seek_subimage(0, 1);
+    const bool hasPictures = !hasLevels && input.seek_subimage(1, 0);
+    input.seek_subimage(0, 0);
+    static_cast<void>(input.geterror()); // of the search
+    if (hasLevels) return "mip levels";
+    if (!hasPictures) return {};
+    const std::string_view format = input.format_name();
+    return format == "tiff" ? "further pages" : format == "dpx" ? "a second picture" : "further pictures";
+}
+
 class StillsReader : public FrameReader {
 public:
     StillsReader(const std::string& path, const Limits& limits) : m_path(path) {
@@ -238,6 +252,8 @@ public:
             part.channels.push_back(channel);
         }
         for (const OIIO::ParamValue& value : spec.extra_attribs) part.attributes.push_back(attributeFrom(value));
+        const std::string dropped = droppedPicturesOf(*m_input); // changes the library's description
+        if (!dropped.empty()) part.attributes.push_back({droppedPicturesAttribute, "string", dropped});
         part.layOutPlanes();
     }
     ~StillsReader() override {

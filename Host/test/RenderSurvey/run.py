@@ -1,0 +1,114 @@
+"""lenscorrect render: what it says about the clip before the first frame."""
+import os
+import subprocess
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import exr
+import program
+import render_test
+
+UNDISTORT = ("--distortion", "undistort")
+REPAIR = "Repair the clip, name the frames with --frames, or leave --strict out.\n"
+
+
+class Sequence(render_test.RenderTest):
+    def setUp(self):
+        super().setUp()
+        self.write_lens(count=10)
+
+    def expect_told(self, text, *arguments, clip="plate.%04d.exr", status=0):
+        """The job says the text and goes on; with --strict it ends there, with nothing written."""
+        strict = self.render(*UNDISTORT, "--strict", *arguments, clip=clip, out="strict/f.%04d.exr")
+        self.expect(strict, 2, "", f"lenscorrect: {text}\n{REPAIR}")
+        self.assertFalse(os.path.exists(self.path("strict", "f.1001.exr")))
+        result = self.render(*UNDISTORT, *arguments, clip=clip)
+        self.expect(result, status, "")
+        self.assertEqual(result.stderr.splitlines()[0], "lenscorrect: " + text)
+
+    def test_of_frames_that_follow_each_other_in_one_size_is_not_spoken_of(self):
+        self.write_plate(self.part("RGB"), frames=(1001, 1002, 1003))
+        self.rendered(*UNDISTORT, "--strict")
+
+    def test_with_gaps_is_told(self):
+        self.write_plate(self.part("RGB"), frames=(1001, 1003, 1006))
+        self.expect_told('Frames are missing in the clip "plate.%04d.exr": 1002, 1004-1005.')
+
+    def test_lacks_only_frames_that_were_asked_for(self):
+        self.write_plate(self.part("RGB"), frames=(1001, 1003, 1006))
+        self.rendered(*UNDISTORT, "--strict", "--frames", "1001,1003", out="asked/f.%04d.exr")
+        self.expect_told('Frames are missing in the clip "plate.%04d.exr": 1002,1007.', "--frames", "1001-1003,1007",
+                         status=1)
+
+    def test_whose_size_changes_is_told(self):
+        self.write_plate(self.part("RGB"), frames=(1001, 1002))
+        self.write_plate(self.part("RGB", display=(0, 0, 31, 17)), frames=(1003,))
+        self.expect_told('Size or channels change within the clip "plate.%04d.exr": 1001-1002: 64 x 36 px; '
+                         '1003: 32 x 18 px.')
+
+    def test_whose_channels_change_is_told(self):
+        self.write_plate(self.part("RGB"), frames=(1001,))
+        self.write_plate(self.part("RGBA"), frames=(1002, 1003))
+        self.expect_told('Size or channels change within the clip "plate.%04d.exr": 1001: B G R; 1002-1003: A B G R.')
+
+    def test_whose_data_window_moves_is_not_spoken_of(self):
+        self.write_plate(self.part("RGB"), frames=(1001,))
+        self.write_plate(self.part("RGB", data=(-16, -9, 79, 44)), frames=(1002,))
+        self.rendered(*UNDISTORT, "--strict")
+
+    def test_with_a_frame_that_cannot_be_read_is_told_of_that_frame_only(self):
+        self.write_plate(self.part("RGB"), frames=(1001, 1002))
+        with open(self.path("plate.1002.exr"), "wb") as file:
+            file.write(b"broken")
+        result = self.render(*UNDISTORT, "--strict")
+        self.expect(result, 1, "")
+        self.assertEqual(len(result.stderr.splitlines()), 2, result.stderr)
+
+    def test_is_told_of_to_programs(self):
+        self.write_plate(self.part("RGB"), frames=(1001, 1003))
+        result = self.run_program("render", "plate.%04d.exr", *UNDISTORT, "--progress", "json", "-o", "out/f.%04d.exr")
+        self.expect(result, 0, errors="")
+        self.assertEqual([event["message"] for event in program.progress_events(result.stdout) if event["event"] == "note"],
+                         ['Frames are missing in the clip "plate.%04d.exr": 1002.'])
+
+
+class DroppedPictures(render_test.RenderTest):
+    """What else a file holds is told once, and is no reason for --strict to end a job."""
+
+    def setUp(self):
+        super().setUp()
+        self.write_lens(count=2)
+
+    def write(self, ending, *arguments):
+        exr.write(self.path("one.exr"), self.part("RGB"))
+        for frame in (1001, 1002):
+            subprocess.run(["oiiotool", "one.exr", *arguments, self.path(f"plate.{frame}.{ending}")], cwd=self.folder,
+                           check=True, capture_output=True)
+
+    def expect_told(self, ending, what):
+        clip = "plate.%04d." + ending
+        self.expect(self.render(*UNDISTORT, "--strict", clip=clip), 0, "",
+                    f'lenscorrect: Only the first picture of each file of the clip "{clip}" is read; dropped are {what} '
+                    "(frames 1001-1002).\n")
+        reader = exr.Reader(self.path("out/f.1001.exr"))
+        reader.take("II")
+        self.assertEqual([name for name in reader.header() if "dropped" in name.lower()], [])
+
+    def test_mip_levels_of_exr(self):
+        self.write("exr", "-otex")
+        self.expect_told("exr", "mip levels")
+
+    def test_mip_levels_of_tiff(self):
+        self.write("tif", "-otex")
+        self.expect_told("tif", "mip levels")
+
+    def test_further_pages_of_tiff(self):
+        self.write("tif", "--dup", "--siappend", "-o")
+        self.expect_told("tif", "further pages")
+
+    def test_the_second_picture_of_a_stereo_dpx(self):
+        self.write("dpx", "--dup", "--siappend", "-d", "uint16", "-o")
+        self.expect_told("dpx", "a second picture")
+
+
+program.main()
