@@ -81,6 +81,16 @@ class OtherFormats(render_test.RenderTest):
     def test_a_round_trip_through_tiff(self):
         self.round_trip("tif", 0.015)
 
+    def test_a_movie_whose_correction_file_names_it_with_its_extension(self):
+        for name, codec in (("plate.mxf", ("mpeg2video", "-q:v", "1")), ("plate.mov", ("prores_ks",))):
+            subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"testsrc=size={WIDTH}x{HEIGHT}:rate=25", "-frames:v",
+                            "3", "-c:v", *codec, self.path(name)], check=True)
+            self.write_lens(count=3, videoFileName=name, clipName=name)
+            self.expect(self.render(*UNDISTORT, clip=name, out="out." + name + "/f.%04d.exr"), 0, "", "")
+            self.assertEqual(self.names("out." + name), ["f.0001.exr", "f.0002.exr", "f.0003.exr"])
+            self.write_lens(count=3, videoFileName="plate", clipName="plate")
+            self.expect(self.render(*UNDISTORT, clip=name, out="none/f.%04d.exr"), 2)
+
 
 class PictureSequences(render_test.RenderTest):
     """Sequences of every format are one clip, as EXR sequences are: the correction file names it without number."""

@@ -53,6 +53,29 @@ TEST_F(Movie, GivesTheFrameThatIsAskedForInAnyOrder) {
     for (const int index : {0, 1, 2, 17, 3, 19, 0, 10, 11, 9}) EXPECT_EQ(risingFrame(middle(*reader, index)), index);
 }
 
+TEST_F(Movie, OfEveryUsualKindGivesItsFrames) {
+    for (const auto& [name, codec] : {std::pair{"a.mxf", "mpeg2video -q:v 1"},
+                                      {"b.mxf", "dnxhd -profile:v dnxhr_hq -pix_fmt yuv422p -s 256x120"},
+                                      {"a.mov", "prores_ks -profile:v 3"},
+                                      {"b.mov", "prores_ks -profile:v 4444 -pix_fmt yuv444p10le"},
+                                      {"a.mp4", "libx264 -qp 1 -pix_fmt yuv420p"},
+                                      {"a.m4v", "libx264 -qp 1 -pix_fmt yuv420p"},
+                                      {"a.mkv", "ffv1"},
+                                      {"a.avi", "mjpeg -q:v 1 -pix_fmt yuvj422p"}}) {
+        SCOPED_TRACE(name);
+        const std::string movie = folder / name;
+        // 24 frames a second would be a matter of rounding in some of the containers.
+        ASSERT_EQ(
+            outputOf("ffmpeg -v error -f lavfi -i \"color=black:s=64x48:r=25:d=1,geq=lum='16+N*8':cb=128:cr=128\" "
+                     "-frames:v 20 -c:v " +
+                     std::string(codec) + " " + movie),
+            "");
+        const std::unique_ptr<FrameReader> reader = openReader(movie);
+        EXPECT_EQ(reader->frameCount(), 20);
+        for (const int index : {0, 7, 3, 19}) EXPECT_EQ(risingFrame(middle(*reader, index)), index);
+    }
+}
+
 TEST_F(Movie, ThatStartsLateCountsFromItsFirstFrame) {
     makeRising("-output_ts_offset 2");
     const std::unique_ptr<FrameReader> reader = openReader(path);
