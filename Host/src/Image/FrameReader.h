@@ -40,6 +40,10 @@ public:
 /// Throws ImageError: missing or unreadable file, not an image, beyond the limits, or of a kind that is not supported.
 std::unique_ptr<FrameReader> openReader(const std::string& path, const Limits& limits = {});
 
+/// Loads what decodes files of the path's extension, if that is a module, and opens nothing. A module that is missing
+/// is told when a file is opened.
+void loadReaderModule(const std::string& path);
+
 /// Whether the path's extension is that of a movie (frames inside one file), e.g. "mov".
 bool isMovie(const std::string& path);
 

@@ -20,20 +20,25 @@ PixelBuffer::PixelBuffer(const PixelBuffer& other) {
 PixelBuffer::PixelBuffer(PixelBuffer&& other) noexcept
     : m_data(std::exchange(other.m_data, nullptr)),
       m_size(std::exchange(other.m_size, 0)),
-      m_capacity(std::exchange(other.m_capacity, 0)) {}
+      m_capacity(std::exchange(other.m_capacity, 0)),
+      m_isOwn(std::exchange(other.m_isOwn, true)) {}
 
 PixelBuffer& PixelBuffer::operator=(PixelBuffer other) noexcept {
     std::swap(m_data, other.m_data);
     std::swap(m_size, other.m_size);
     std::swap(m_capacity, other.m_capacity);
+    std::swap(m_isOwn, other.m_isOwn);
     return *this;
 }
 
-PixelBuffer::~PixelBuffer() { std::free(m_data); }
+PixelBuffer::~PixelBuffer() {
+    if (m_isOwn) std::free(m_data);
+}
 
 void PixelBuffer::resize(std::size_t bytes) {
     if (bytes > m_capacity) {
-        std::free(m_data);
+        if (m_isOwn) std::free(m_data);
+        m_isOwn = true;
         m_data = nullptr;
         m_size = m_capacity = 0;
         if (bytes > std::numeric_limits<std::size_t>::max() - alignment) throw std::bad_alloc();

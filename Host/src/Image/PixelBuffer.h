@@ -10,6 +10,9 @@ namespace HostImage {
 class PixelBuffer {
 public:
     PixelBuffer() = default;
+    /// Memory of another's, which outlives it; beyond `bytes` it takes its own.
+    PixelBuffer(std::uint8_t* memory, std::size_t bytes)
+        : m_data(memory), m_size(bytes), m_capacity(bytes), m_isOwn(false) {}
     PixelBuffer(const PixelBuffer& other);
     PixelBuffer(PixelBuffer&& other) noexcept;
     PixelBuffer& operator=(PixelBuffer other) noexcept;
@@ -27,6 +30,7 @@ private:
     std::uint8_t* m_data = nullptr;
     std::size_t m_size = 0;
     std::size_t m_capacity = 0;
+    bool m_isOwn = true;
 };
 
 } // namespace HostImage

@@ -6,6 +6,7 @@
 
 #include "Console/Failure.h"
 #include "Console/MemorySize.h"
+#include "Image/FileExtension.h"
 #include "Image/Sandbox/SandboxedReader.h"
 
 namespace Host {
@@ -40,7 +41,11 @@ HostImage::Limits limitsOf(const std::string& text) {
 } // namespace
 
 std::unique_ptr<HostImage::FrameReader> DecodingOptions::openReader(const std::string& path) const {
-    if (sandbox) return std::make_unique<HostImage::SandboxedReader>(path, limits, *sandbox);
+    if (sandbox == Sandbox::On || (sandbox == Sandbox::Auto && HostImage::fileExtension(path) != "exr")) {
+        HostImage::SandboxLimits granted = sandboxLimits;
+        granted.isRequired = sandbox == Sandbox::On;
+        return std::make_unique<HostImage::SandboxedReader>(path, limits, granted);
+    }
     return HostImage::openReader(path, limits);
 }
 
@@ -49,22 +54,26 @@ void DecodingOptionsReader::declareOptions(CLI::App& app) {
     group.add_option("--max-image", m_maxImage,
                      "Refuse files with more pixels than WxH, or with a side longer than the larger value; default: "
                      "65536x8192");
-    CLI::Option* const sandbox =
-        group.add_flag("--sandbox", m_isSandboxed, "Decode each frame in a separate process confined to decoding");
-    group.add_option("--sandbox-memory", m_memory, "Memory limit of that process; default: 8G")->needs(sandbox);
+    group
+        .add_flag("--sandbox{on}", m_sandbox,
+                  "Decode each frame in a separate process confined to decoding: on; --sandbox=auto does so for all "
+                  "files but EXR (default), --sandbox=off for none")
+        ->check(CLI::IsMember({"auto", "on", "off"}));
+    group.add_option("--sandbox-memory", m_memory, "Memory limit of that process; default: 8G");
     group.add_option("--sandbox-time", m_seconds, "Time limit per frame in seconds; default: 60")
-        ->needs(sandbox)
         ->check(CLI::Range(1, 86400));
 }
 
 DecodingOptions DecodingOptionsReader::read() const {
     DecodingOptions options;
     if (!m_maxImage.empty()) options.limits = limitsOf(m_maxImage);
-    if (!m_isSandboxed) return options;
-    options.sandbox.emplace();
-    if (!m_memory.empty()) options.sandbox->memory = parseMemorySize(m_memory);
-    if (options.sandbox->memory < leastMemory) refuse("--sandbox-memory " + m_memory + " is less than 256M.");
-    if (m_seconds) options.sandbox->seconds = *m_seconds;
+    using Sandbox = DecodingOptions::Sandbox;
+    options.sandbox = m_sandbox == "on" ? Sandbox::On : m_sandbox == "off" ? Sandbox::Off : Sandbox::Auto;
+    if (options.sandbox == Sandbox::Off && (!m_memory.empty() || m_seconds))
+        refuse("--sandbox-memory and --sandbox-time limit the sandbox, which --sandbox=off leaves out.");
+    if (!m_memory.empty()) options.sandboxLimits.memory = parseMemorySize(m_memory);
+    if (options.sandboxLimits.memory < leastMemory) refuse("--sandbox-memory " + m_memory + " is less than 256M.");
+    if (m_seconds) options.sandboxLimits.seconds = *m_seconds;
     return options;
 }
 

@@ -16,7 +16,14 @@ namespace Host {
 /// How the files of a clip are opened: what they may claim to be, and whether they are trusted.
 struct DecodingOptions {
     HostImage::Limits limits;
-    std::optional<HostImage::SandboxLimits> sandbox; ///< without it, this process decodes
+    /// Which files a process of its own decodes.
+    enum class Sandbox {
+        Auto, ///< those that are not decoded by OpenEXR, whose decoders may crash
+        On,   ///< all, and none where the system cannot forbid what decoding does not need
+        Off
+    };
+    Sandbox sandbox = Sandbox::Auto;
+    HostImage::SandboxLimits sandboxLimits;
 
     /// A reader of the file. Throws HostImage::ImageError; with a sandbox, only its calls do.
     std::unique_ptr<HostImage::FrameReader> openReader(const std::string& path) const;
@@ -32,9 +39,8 @@ public:
     DecodingOptions read() const;
 
 private:
-    std::string m_maxImage, m_memory; ///< as written
+    std::string m_maxImage, m_sandbox = "auto", m_memory; ///< as written
     std::optional<unsigned int> m_seconds;
-    bool m_isSandboxed = false;
 };
 
 } // namespace Host

@@ -27,7 +27,6 @@ std::string failure(const std::string& text) {
 
 TEST(DecodingOptions, TrustFilesOfUpToTheReadersOwnLimitsByDefault) {
     const DecodingOptions read = options("");
-    EXPECT_FALSE(read.sandbox);
     EXPECT_EQ(read.limits.maxSide, 65536);
     EXPECT_EQ(read.limits.maxPixels, std::int64_t{65536} * 8192);
     EXPECT_EQ(read.limits.maxBytes, HostImage::Limits().maxBytes);
@@ -51,12 +50,41 @@ TEST(DecodingOptions, RefuseALargestImageThatIsNoSize) {
 
 TEST(DecodingOptions, GiveTheSandboxItsLimits) {
     const DecodingOptions usual = options("--sandbox");
-    ASSERT_TRUE(usual.sandbox);
-    EXPECT_EQ(usual.sandbox->memory, std::uint64_t{8} << 30);
-    EXPECT_EQ(usual.sandbox->seconds, 60u);
-    const DecodingOptions given = options("--sandbox --sandbox-memory 512M --sandbox-time 5");
-    EXPECT_EQ(given.sandbox->memory, std::uint64_t{512} << 20);
-    EXPECT_EQ(given.sandbox->seconds, 5u);
+    EXPECT_EQ(usual.sandboxLimits.memory, std::uint64_t{8} << 30);
+    EXPECT_EQ(usual.sandboxLimits.seconds, 60u);
+    for (const std::string which : {"", "--sandbox"}) {
+        const DecodingOptions given = options(which + " --sandbox-memory 512M --sandbox-time 5");
+        EXPECT_EQ(given.sandboxLimits.memory, std::uint64_t{512} << 20);
+        EXPECT_EQ(given.sandboxLimits.seconds, 5u);
+    }
+}
+
+TEST(DecodingOptions, SayWhichFilesAreDecodedInTheSandbox) {
+    using Sandbox = DecodingOptions::Sandbox;
+    EXPECT_EQ(options("").sandbox, Sandbox::Auto);
+    EXPECT_EQ(options("--sandbox=auto").sandbox, Sandbox::Auto);
+    EXPECT_EQ(options("--sandbox").sandbox, Sandbox::On);
+    EXPECT_EQ(options("--sandbox=on").sandbox, Sandbox::On);
+    EXPECT_EQ(options("--sandbox=off").sandbox, Sandbox::Off);
+    EXPECT_THROW(options("--sandbox=no"), CLI::ParseError);
+}
+
+TEST(DecodingOptions, PutAllButExrFilesIntoTheSandboxByDefault) {
+    const auto isSandboxed = [](const std::string& arguments, const std::string& path) {
+        // Only a sandboxed reader opens nothing before it is asked.
+        try {
+            options(arguments).openReader(path);
+            return true;
+        } catch (const HostImage::ImageError&) {
+            return false;
+        }
+    };
+    for (const char* const path : {"none/a.dpx", "none/a.TIF", "none/a.mov", "none/a"}) {
+        EXPECT_TRUE(isSandboxed("", path)) << path;
+        EXPECT_FALSE(isSandboxed("--sandbox=off", path)) << path;
+    }
+    EXPECT_FALSE(isSandboxed("", "none/a.exr"));
+    EXPECT_TRUE(isSandboxed("--sandbox", "none/a.exr"));
 }
 
 TEST(DecodingOptions, RefuseASandboxInWhichNothingStarts) {
@@ -64,6 +92,8 @@ TEST(DecodingOptions, RefuseASandboxInWhichNothingStarts) {
 }
 
 TEST(DecodingOptions, RefuseTheSandboxesLimitsWithoutIt) {
-    EXPECT_THROW(options("--sandbox-memory 512M"), CLI::ParseError);
-    EXPECT_THROW(options("--sandbox-time 5"), CLI::ParseError);
+    const std::string text =
+        "2: --sandbox-memory and --sandbox-time limit the sandbox, which --sandbox=off leaves out.";
+    EXPECT_EQ(failure("--sandbox=off --sandbox-memory 512M"), text);
+    EXPECT_EQ(failure("--sandbox=off --sandbox-time 5"), text);
 }

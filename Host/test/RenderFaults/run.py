@@ -17,7 +17,7 @@ import program
 import render_test
 import unittest
 
-FAULTS = os.environ.get("ORVEX_OUTPUT_FAULTS")
+FAULTS = os.environ.get("ORVEX_FAULTS")
 UNDISTORT = ("--distortion", "undistort")
 FRAMES = (1001, 1002)
 

@@ -5,10 +5,13 @@ import signal
 import subprocess
 import sys
 import threading
+import time
+import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
 import program
 
+FAULTS = os.environ.get("ORVEX_FAULTS")
 KILLED = ("its decoder was ended in the sandbox by signal 9 (Killed); the file is damaged or hostile, copy or render it "
           "again")
 
@@ -55,7 +58,11 @@ class Sandbox(program.ProgramTest):
                     try:
                         with open(f"/proc/{process}/cmdline", "rb") as file:
                             line = file.read()
-                        if b"--decode-one-frame" in line and os.fsencode(self.folder) in line and name in line:
+                        if b"--start-decoders" not in line:
+                            continue
+                        # A decoder is a copy of its server, which opens no file.
+                        files = [os.readlink(f"/proc/{process}/fd/{number}") for number in os.listdir(f"/proc/{process}/fd")]
+                        if any(file.startswith(os.path.realpath(self.folder)) and name in file for file in files):
                             os.kill(int(process), signal.SIGKILL)
                             killed.append(process)
                     except OSError:
@@ -74,25 +81,66 @@ class Sandbox(program.ProgramTest):
         # A picture that takes long enough to be found.
         subprocess.run(["oiiotool", "--pattern", "noise", "4096x3072", "4", "-d", "half", "--compression", "piz", "-o",
                         self.path("clip", "plate.1002.exr")], check=True, capture_output=True)
-        with self.decoders_killed(b"plate.1002."):
+        with self.decoders_killed("plate.1002."):
             result = self.render("out", "--sandbox")
         self.expect(result, 1, "")
         self.assertIn(f"plate.1002.exr: {KILLED}\n", result.stderr)
         self.assertIn("lenscorrect: 1 of 3 frames failed: 1002\n", result.stderr)
 
-    def test_every_command_that_opens_pictures_decodes_in_the_sandbox_alone(self):
-        # The library that reads these takes long enough to be loaded that its process is found.
-        subprocess.run(["oiiotool", "clip/plate.1001.exr", "-o", "still.1001.dpx"], cwd=self.folder, check=True,
-                       capture_output=True)
-        for command in (("info",), ("render", "--shading", "remove", "-o", "f.%04d.dpx", "--progress", "none"),
-                        ("stmap", "--direction", "undistort", "-o", "m.%04d.exr", "--progress", "none"),
-                        ("verify",)):
-            with self.subTest(command=command[0]), self.decoders_killed(b"still.1001.dpx"):
-                result = self.run_program(command[0], "still.1001.dpx", *command[1:], "--correction-file",
-                                          "clip/plate.olcf", "--sandbox")
-                self.assertIn(KILLED, result.stdout + result.stderr)
-                # A map of no frame at all is wrong use.
-                self.assertEqual(result.returncode, 2 if command[0] == "stmap" else 1)
+    @unittest.skipUnless(FAULTS, "faults cannot be injected here")
+    def test_every_command_outlives_a_decoder_that_crashes(self):
+        for name, arguments in (("still.1001.dpx", ()), ("still.1001.exr", ("--sandbox",))):
+            subprocess.run(["oiiotool", "clip/plate.1001.exr", "-o", name], cwd=self.folder, check=True, capture_output=True)
+            for command in (("info",), ("render", "--shading", "remove", "-o", "f.%04d.exr", "--progress", "none"),
+                            ("stmap", "--direction", "undistort", "-o", "m.%04d.exr", "--progress", "none"),
+                            ("verify",)):
+                with self.subTest(command=command[0], name=name):
+                    result = self.run_program(command[0], name, *command[1:], *arguments, "--correction-file",
+                                              "clip/plate.olcf", environment={"LD_PRELOAD": FAULTS, "CRASH_ON_OPEN": name})
+                    self.assertIn(KILLED, result.stdout + result.stderr)
+                    # A map of no frame at all is wrong use.
+                    self.assertEqual(result.returncode, 2 if command[0] == "stmap" else 1)
+
+    @unittest.skipUnless(FAULTS, "faults cannot be injected here")
+    def test_a_decoder_that_crashes_fails_its_own_frame_without_an_option(self):
+        for frame in (1001, 1002, 1003):
+            subprocess.run(["oiiotool", f"clip/plate.{frame}.exr", "-d", "float", "-o", f"clip/plate.{frame}.tif"],
+                           cwd=self.folder, check=True, capture_output=True)
+        arguments = ("render", "clip/plate.%04d.tif", "--distortion", "undistort", "--progress", "none")
+        faults = {"LD_PRELOAD": FAULTS, "CRASH_ON_OPEN": "plate.1002.tif"}
+        result = self.run_program(*arguments, "-o", "out/f.%04d.exr", environment=faults)
+        self.expect(result, 1, "", f"Frame 1002: {self.path('clip', 'plate.1002.tif')}: {KILLED}\n"
+                    "lenscorrect: 1 of 3 frames failed: 1002\n")
+        self.assertEqual(sorted(name for name in os.listdir(self.path("out")) if not name.startswith(".")),
+                         ["f.1001.exr", "f.1003.exr"])
+        unguarded = self.run_program(*arguments, "-o", "none/f.%04d.exr", "--sandbox=off", environment=faults)
+        self.assertEqual(unguarded.returncode, -signal.SIGKILL)
+
+    @unittest.skipUnless(FAULTS, "faults cannot be injected here")
+    def test_leaves_no_process_behind(self):
+        subprocess.run(["oiiotool", "clip/plate.1001.exr", "-d", "float", "-o", "clip/plate.1001.tif"], cwd=self.folder,
+                       check=True, capture_output=True)
+        before = self.decoders()
+        self.run_program("info", "clip/plate.1001.tif")
+        self.run_program("info", "clip/plate.1001.tif", "--sandbox=off", environment={"LD_PRELOAD": FAULTS,
+                                                                                        "CRASH_ON_OPEN": "plate.1001"})
+        for _ in range(200):
+            if self.decoders() <= before:
+                return
+            time.sleep(0.05)
+        self.fail(f"decoders are left: {self.decoders() - before}")
+
+    @staticmethod
+    def decoders():
+        found = set()
+        for process in filter(str.isdigit, os.listdir("/proc")):
+            try:
+                with open(f"/proc/{process}/cmdline", "rb") as file:
+                    if b"--start-decoders" in file.read():
+                        found.add(process)
+            except OSError:
+                continue
+        return found
 
     def test_refuses_pictures_larger_than_wanted(self):
         result = self.render("out", "--max-image", "100x100")
@@ -120,9 +168,9 @@ class Sandbox(program.ProgramTest):
         self.assertEqual(result.stdout, self.run_program("verify", "clip/plate.%04d.exr", "--list").stdout)
 
     def test_refuses_limits_of_a_sandbox_that_is_not_wanted(self):
-        self.expect(self.render("out", "--sandbox-time", "5"), 2, "",
-                    "lenscorrect: --sandbox-time requires --sandbox\n"
-                    'Run "lenscorrect render --help" for the options and an example.\n')
+        self.expect(self.render("out", "--sandbox=off", "--sandbox-time", "5"), 2, "",
+                    "lenscorrect: --sandbox-memory and --sandbox-time limit the sandbox, which --sandbox=off leaves "
+                    "out.\n")
 
 
 program.main()

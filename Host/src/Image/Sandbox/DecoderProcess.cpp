@@ -1,5 +1,6 @@
 #include "Image/Sandbox/DecoderProcess.h"
 
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -28,18 +29,19 @@ namespace HostImage {
 namespace {
 
 constexpr const char* marker = "--decode-one-frame-in-a-sandbox";
-constexpr int argumentCountMeant = 12;
+constexpr int argumentCountMeant = 13;
 
 bool limit(__rlimit_resource_t resource, std::uint64_t value) {
     const rlimit both{static_cast<rlim_t>(value), static_cast<rlim_t>(value)};
     return ::setrlimit(resource, &both) == 0;
 }
 
-bool giveUpRights(const DecoderProcess& order) {
-    // The one who asks decides when to stop; if it is gone, nobody wants the frame.
+bool giveUpRights(const DecoderProcess& order, DecoderProcess::Start start) {
+    // The one who asks decides when to stop; if it is gone, nobody wants the frame. A copy's parent is the thread that
+    // has started the server: that thread may end long before the others, and the server ends its copies itself.
     ::signal(SIGINT, SIG_IGN);
     ::signal(SIGTERM, SIG_IGN);
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (start == DecoderProcess::Start::Own) ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     bool done = limit(RLIMIT_CPU, std::uint64_t{order.sandbox.seconds} * order.threads) && limit(RLIMIT_FSIZE, 0) &&
                 limit(RLIMIT_CORE, 0);
 #ifndef ORVEX_HAS_SANITIZER
@@ -65,18 +67,43 @@ void reply(DecoderProcess::Reply kind, const std::string& bytes) {
     send(bytes.data(), bytes.size());
 }
 
+/// Decodes straight into the shared memory: its planes lie there.
+void readSharedPixels(FrameReader& reader, const DecoderProcess& order, Frame& frame) {
+    frame = reader.readHeader(order.index);
+    const std::vector<std::uint64_t> offsets = sharedOffsets(frame);
+    void* const memory = ::mmap(nullptr, offsets.back(), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE,
+                                DecoderProcess::pixelsDescriptor, 0);
+    if (memory == MAP_FAILED) throw ImageError(order.path, "its pixels do not fit into the free memory");
+    const auto place = [memory, &offsets](std::size_t plane) {
+        return static_cast<std::uint8_t*>(memory) + offsets[plane];
+    };
+    std::size_t index = 0;
+    for (Part& part : frame.parts)
+        for (Plane& plane : part.planes) {
+            plane.pixels = PixelBuffer(place(index), plane.rowBytes() * plane.height);
+            ++index;
+        }
+    reader.readPixels(frame, order.threads, order.index);
+    if (sharedOffsets(frame) != offsets) throw ImageError(order.path, "changed while it was read");
+    // A reader may have planes with memory of their own.
+    index = 0;
+    for (const Part& part : frame.parts)
+        for (const Plane& plane : part.planes) {
+            if (plane.pixels.data() != place(index))
+                std::memcpy(place(index), plane.pixels.data(), plane.pixels.size());
+            ++index;
+        }
+}
+
 void decode(const DecoderProcess& order) {
     const std::unique_ptr<FrameReader> reader = openReader(order.path, order.limits);
     FrameMessage message;
     message.frameCount = reader->frameCount();
     if (order.withPixels)
-        reader->readPixels(message.frame, order.threads, order.index);
+        readSharedPixels(*reader, order, message.frame);
     else
         message.frame = reader->readHeader(order.index);
     reply(DecoderProcess::Reply::Frame, message.bytes());
-    if (!order.withPixels) return;
-    for (const Part& part : message.frame.parts)
-        for (const Plane& plane : part.planes) send(plane.pixels.data(), plane.rowBytes() * plane.height);
 }
 
 template <typename Number>
@@ -96,6 +123,7 @@ std::vector<std::string> DecoderProcess::arguments() const {
             std::to_string(threads),
             std::to_string(sandbox.memory),
             std::to_string(sandbox.seconds),
+            sandbox.isRequired ? "1" : "0",
             std::to_string(limits.maxSide),
             std::to_string(limits.maxPixels),
             std::to_string(limits.maxChannels),
@@ -107,28 +135,32 @@ bool DecoderProcess::isMeant(int argumentCount, const char* const* arguments) {
     return argumentCount == argumentCountMeant && std::strcmp(arguments[1], marker) == 0;
 }
 
-void DecoderProcess::run(int, const char* const* arguments) {
+void DecoderProcess::run(int argumentCount, const char* const* arguments, Start start) {
     DecoderProcess order;
-    unsigned withPixels = 0;
-    if (!parse(arguments[2], withPixels) || !parse(arguments[3], order.index) || !parse(arguments[4], order.threads) ||
-        !parse(arguments[5], order.sandbox.memory) || !parse(arguments[6], order.sandbox.seconds) ||
-        !parse(arguments[7], order.limits.maxSide) || !parse(arguments[8], order.limits.maxPixels) ||
-        !parse(arguments[9], order.limits.maxChannels) || !parse(arguments[10], order.limits.maxBytes))
+    unsigned withPixels = 0, isRequired = 0;
+    if (!isMeant(argumentCount, arguments) || !parse(arguments[2], withPixels) || !parse(arguments[3], order.index) ||
+        !parse(arguments[4], order.threads) || !parse(arguments[5], order.sandbox.memory) ||
+        !parse(arguments[6], order.sandbox.seconds) || !parse(arguments[7], isRequired) ||
+        !parse(arguments[8], order.limits.maxSide) || !parse(arguments[9], order.limits.maxPixels) ||
+        !parse(arguments[10], order.limits.maxChannels) || !parse(arguments[11], order.limits.maxBytes))
         ::_exit(2);
     order.withPixels = withPixels != 0;
-    order.path = arguments[11];
-    if (!giveUpRights(order)) {
+    order.sandbox.isRequired = isRequired != 0;
+    order.path = arguments[12];
+    if (!giveUpRights(order, start) && order.sandbox.isRequired) {
         reply(Reply::Problem,
-              "this system does not support the sandbox; without --sandbox the file would be decoded "
+              "this system does not support the sandbox; with --sandbox=off the file would be decoded "
               "unguarded");
         ::_exit(1);
     }
+    Reply kind = Reply::Problem;
     std::string problem;
     try {
         decode(order);
         // Exit handlers of image libraries are no more to be trusted than they.
         ::_exit(0);
     } catch (const ImageError& error) {
+        if (dynamic_cast<const UnsupportedImage*>(&error) != nullptr) kind = Reply::Unsupported;
         problem = error.what();
         const std::string prefix = order.path + ": ";
         if (problem.starts_with(prefix)) problem.erase(0, prefix.size());
@@ -137,8 +169,18 @@ void DecoderProcess::run(int, const char* const* arguments) {
     } catch (const std::exception& error) {
         problem = error.what();
     }
-    reply(Reply::Problem, problem);
+    reply(kind, problem);
     ::_exit(1);
+}
+
+std::vector<std::uint64_t> sharedOffsets(const Frame& frame) {
+    constexpr std::uint64_t alignment = 64;
+    std::vector<std::uint64_t> offsets{0};
+    for (const Part& part : frame.parts)
+        for (const Plane& plane : part.planes)
+            offsets.push_back(offsets.back() +
+                              (plane.rowBytes() * plane.height + alignment - 1) / alignment * alignment);
+    return offsets;
 }
 
 } // namespace HostImage

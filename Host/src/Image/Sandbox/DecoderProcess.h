@@ -18,11 +18,15 @@ namespace HostImage {
 ///     8 bytes  kind: a Reply
 ///     8 bytes  how many bytes follow
 ///     bytes    a FrameMessage; or the problem as text
-///     bytes    after a frame whose pixels were asked for: every plane's pixels
 ///
-/// Numbers are in the machine's own order.
+/// Numbers are in the machine's own order. Pixels are in the memory that both processes share, a file behind the
+/// descriptor `pixelsDescriptor`: plane after plane, each at the next multiple of 64 bytes, complete before the answer
+/// begins.
 struct DecoderProcess {
-    enum class Reply : std::uint64_t { Frame = 1, Problem = 2 };
+    enum class Reply : std::uint64_t { Frame = 1, Problem = 2, Unsupported = 3 };
+    /// Started on its own, or as a copy by the DecoderServer.
+    enum class Start { Own, Copied };
+    static constexpr int pixelsDescriptor = 3;
 
     std::string path;
     Limits limits;
@@ -37,7 +41,11 @@ struct DecoderProcess {
     /// Whether a command line is such a one.
     static bool isMeant(int argumentCount, const char* const* arguments);
     /// What the process does. Call it before anything else in main: returns never.
-    [[noreturn]] static void run(int argumentCount, const char* const* arguments);
+    [[noreturn]] static void run(int argumentCount, const char* const* arguments, Start start = Start::Own);
 };
+
+/// Where each plane of all parts begins in the shared memory, in the order of parts and planes, and at last how many
+/// bytes there are in all.
+std::vector<std::uint64_t> sharedOffsets(const Frame& frame);
 
 } // namespace HostImage

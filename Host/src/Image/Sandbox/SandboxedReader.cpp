@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +17,7 @@
 
 #include "Image/ImageError.h"
 #include "Image/Sandbox/DecoderProcess.h"
+#include "Image/Sandbox/DecoderServer.h"
 #include "Image/Sandbox/FrameMessage.h"
 
 namespace HostImage {
@@ -26,23 +28,67 @@ using Clock = std::chrono::steady_clock;
 using Reply = DecoderProcess::Reply;
 
 constexpr std::size_t maxProblemBytes = 4096;
-constexpr int pipeBytes = 1 << 20;
+constexpr const char* thisProgram = "/proc/self/exe";
+/// The shared memory's size: more than any frame has, and taken only where something is written.
+constexpr off_t sharedBytes = off_t{1} << 45;
+
+/// Memory that the other process writes to. Its size is sealed, so that nobody makes it shorter while it is read.
+class SharedPixels {
+public:
+    SharedPixels() : m_descriptor(::memfd_create("lenscorrect", MFD_CLOEXEC | MFD_ALLOW_SEALING)) {
+        if (m_descriptor < 0) throw std::bad_alloc();
+        if (::ftruncate(m_descriptor, sharedBytes) == 0 &&
+            ::fcntl(m_descriptor, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) == 0)
+            return;
+        ::close(m_descriptor);
+        throw std::bad_alloc();
+    }
+    ~SharedPixels() { ::close(m_descriptor); }
+    SharedPixels(const SharedPixels&) = delete;
+    SharedPixels& operator=(const SharedPixels&) = delete;
+
+    int descriptor() const { return m_descriptor; }
+
+    /// Copies the planes' pixels out. Throws std::bad_alloc.
+    void copyTo(Frame& frame) const {
+        const std::vector<std::uint64_t> offsets = sharedOffsets(frame);
+        if (offsets.back() == 0) return;
+        void* const memory = ::mmap(nullptr, offsets.back(), PROT_READ, MAP_SHARED | MAP_POPULATE, m_descriptor, 0);
+        if (memory == MAP_FAILED) throw std::bad_alloc();
+        std::size_t index = 0;
+        for (Part& part : frame.parts)
+            for (Plane& plane : part.planes)
+                std::memcpy(plane.pixels.data(), static_cast<const std::uint8_t*>(memory) + offsets[index++],
+                            plane.pixels.size());
+        ::munmap(memory, offsets.back());
+    }
+
+private:
+    int m_descriptor;
+};
 
 /// The other process and the pipe out of it. Ends it when it goes.
 class Child {
 public:
-    Child(const DecoderProcess& order, const std::string& program)
+    Child(const DecoderProcess& order, const std::string& program, int pixels)
         : m_order(order), m_deadline(Clock::now() + std::chrono::seconds(order.sandbox.seconds)) {
         int ends[2];
         if (::pipe2(ends, O_CLOEXEC) != 0) failToStart(errno);
         m_output = ends[0];
-        ::fcntl(m_output, F_SETPIPE_SZ, pipeBytes); // fewer turns; the usual size does as well
+        if (program == thisProgram) {
+            m_process = DecoderServer::instance().start(order, ends[1], pixels);
+            if (m_process > 0) {
+                ::close(ends[1]);
+                return;
+            }
+        }
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+        posix_spawn_file_actions_adddup2(&actions, pixels, DecoderProcess::pixelsDescriptor);
+        posix_spawn_file_actions_addclosefrom_np(&actions, DecoderProcess::pixelsDescriptor + 1);
         std::vector<std::string> arguments = order.arguments();
         std::vector<char*> pointers;
         for (std::string& argument : arguments) pointers.push_back(argument.data());
@@ -61,23 +107,28 @@ public:
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
+    /// Waits for the answer's end. A process that dies only now may have left pixels half done.
+    void finish() {
+        char more = 0;
+        if (readSome(&more, 1) != 0) failForAnswer();
+        const int status = exitStatus();
+        if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) failForStatus(status);
+    }
+
     /// Exactly n bytes.
     void read(void* bytes, std::size_t n) {
         std::uint8_t* to = static_cast<std::uint8_t*>(bytes);
         while (n > 0) {
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(m_deadline - Clock::now()).count();
-            if (left <= 0) failForTime();
-            pollfd waiting{m_output, POLLIN, 0};
-            const int ready = ::poll(&waiting, 1, static_cast<int>(std::min<std::int64_t>(left, 1 << 20)));
-            if (ready <= 0) continue;
-            const ssize_t count = ::read(m_output, to, n);
-            if (count < 0 && errno == EINTR) continue;
-            if (count <= 0) failForEnd();
+            const std::size_t count = readSome(to, n);
+            if (count == 0) failForStatus(exitStatus());
             to += count;
-            n -= static_cast<std::size_t>(count);
+            n -= count;
         }
     }
 
+    [[noreturn]] void failForAnswer() const {
+        fail("the sandbox's decoder answered something that is no frame; the file is damaged or hostile");
+    }
     [[noreturn]] void fail(const std::string& problem) const { throw ImageError(m_order.path, problem); }
 
 private:
@@ -88,8 +139,21 @@ private:
         fail("decoding it took longer than the " + std::to_string(m_order.sandbox.seconds) +
              " s that the sandbox grants; the file is damaged or hostile, or needs a larger --sandbox-time");
     }
-    /// The pipe has ended before the answer did.
-    [[noreturn]] void failForEnd() {
+    /// Some of the next n bytes; 0 at the end.
+    std::size_t readSome(void* bytes, std::size_t n) {
+        for (;;) {
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(m_deadline - Clock::now()).count();
+            if (left <= 0) failForTime();
+            pollfd waiting{m_output, POLLIN, 0};
+            const int ready = ::poll(&waiting, 1, static_cast<int>(std::min<std::int64_t>(left, 1 << 20)));
+            if (ready <= 0) continue;
+            const ssize_t count = ::read(m_output, bytes, n);
+            if (count < 0 && errno == EINTR) continue;
+            return count < 0 ? 0 : static_cast<std::size_t>(count);
+        }
+    }
+    /// Of the process, whose answer has ended.
+    int exitStatus() {
         int status = 0;
         while (::waitpid(m_process, &status, WNOHANG) == 0) {
             // It closed its output and lives on.
@@ -97,6 +161,9 @@ private:
             ::poll(nullptr, 0, 1);
         }
         m_process = -1;
+        return status;
+    }
+    [[noreturn]] void failForStatus(int status) const {
         if (!WIFSIGNALED(status))
             fail("the sandbox's decoder gave up without an answer (status " + std::to_string(WEXITSTATUS(status)) +
                  "); the file is damaged or hostile, or needs a larger --sandbox-memory");
@@ -130,11 +197,13 @@ FrameMessage readMessage(Child& child, const DecoderProcess& order) {
     std::uint64_t head[2] = {0, 0};
     child.read(head, sizeof head);
     const bool isFrame = head[0] == static_cast<std::uint64_t>(Reply::Frame);
-    const bool isProblem = head[0] == static_cast<std::uint64_t>(Reply::Problem);
+    const bool isUnsupported = head[0] == static_cast<std::uint64_t>(Reply::Unsupported);
+    const bool isProblem = head[0] == static_cast<std::uint64_t>(Reply::Problem) || isUnsupported;
     if (!(isFrame && head[1] <= FrameMessage::maxBytes) && !(isProblem && head[1] <= maxProblemBytes))
-        child.fail("the sandbox's decoder answered something that is no frame; the file is damaged or hostile");
+        child.failForAnswer();
     std::string bytes(static_cast<std::size_t>(head[1]), '\0');
     child.read(bytes.data(), bytes.size());
+    if (isUnsupported) throw UnsupportedImage(order.path, shownProblem(bytes, order.sandbox));
     if (isProblem) child.fail(shownProblem(bytes, order.sandbox));
     try {
         return FrameMessage::parse(bytes, order.limits);
@@ -150,29 +219,27 @@ SandboxedReader::SandboxedReader(const std::string& path, const Limits& limits, 
                                  const std::string& program)
     : m_path(path), m_limits(limits), m_sandbox(sandbox), m_program(program) {}
 
-std::int64_t SandboxedReader::frameCount() const {
-    const DecoderProcess order{m_path, m_limits, m_sandbox, false, 1, 0};
-    Child child(order, m_program);
-    return readMessage(child, order).frameCount;
+FrameMessage SandboxedReader::headerMessage(std::int64_t index) const {
+    const DecoderProcess order{m_path, m_limits, m_sandbox, false, 1, index};
+    Child child(order, m_program, STDERR_FILENO);
+    return readMessage(child, order);
 }
 
-Frame SandboxedReader::readHeader(std::int64_t index) {
-    const DecoderProcess order{m_path, m_limits, m_sandbox, false, 1, index};
-    Child child(order, m_program);
-    return readMessage(child, order).frame;
-}
+std::int64_t SandboxedReader::frameCount() const { return headerMessage(0).frameCount; }
+
+Frame SandboxedReader::readHeader(std::int64_t index) { return headerMessage(index).frame; }
 
 void SandboxedReader::readPixels(Frame& frame, unsigned threads, std::int64_t index) {
     const DecoderProcess order{m_path, m_limits, m_sandbox, true, std::max(threads, 1u), index};
-    Child child(order, m_program);
-    frame.assignHeader(readMessage(child, order).frame);
-    for (Part& part : frame.parts) {
-        try {
-            part.allocatePixels();
-        } catch (const std::bad_alloc&) {
-            child.fail("its pixels do not fit into the free memory");
-        }
-        for (Plane& plane : part.planes) child.read(plane.pixels.data(), plane.pixels.size());
+    try {
+        const SharedPixels pixels;
+        Child child(order, m_program, pixels.descriptor());
+        frame.assignHeader(readMessage(child, order).frame);
+        child.finish();
+        for (Part& part : frame.parts) part.allocatePixels();
+        pixels.copyTo(frame);
+    } catch (const std::bad_alloc&) {
+        throw ImageError(m_path, "its pixels do not fit into the free memory");
     }
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "Image/FrameReader.h"
+#include "Image/Sandbox/FrameMessage.h"
 #include "Image/Sandbox/SandboxLimits.h"
 
 namespace HostImage {
@@ -11,8 +12,8 @@ namespace HostImage {
 /// may use no more than the limits, write no file, start no program and open no connection; whatever happens to that
 /// process, this one goes on. What comes back is checked as if the other process were hostile.
 ///
-/// Starting a process takes some milliseconds, and a module for other formats than EXR some tenths of a second; pixels
-/// are copied once more than without it.
+/// Processes are copies of a DecoderServer; where that fails, and with another program, each starts from nothing.
+/// Pixels come through shared memory and are copied once.
 class SandboxedReader : public FrameReader {
 public:
     /// Opens nothing yet. `program`: the program whose main function begins with DecoderProcess; else this very one.
@@ -27,6 +28,8 @@ public:
     void readPixels(Frame& frame, unsigned threads = 1, std::int64_t index = 0) override;
 
 private:
+    FrameMessage headerMessage(std::int64_t index) const;
+
     std::string m_path;
     Limits m_limits;
     SandboxLimits m_sandbox;

@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -150,20 +152,28 @@ TEST_F(Sandbox, TakesItsProcessTheRightsThatDecodingDoesNotNeed) {
     arguments.push_back(nullptr);
     int ends[2];
     ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    // Full, so that the process waits with its answer and can be looked at.
+    ASSERT_EQ(::fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
+    while (::write(ends[1], texts.data(), 1) == 1) continue;
+    ASSERT_EQ(::fcntl(ends[1], F_SETFL, 0), 0);
+    const int pixels = ::memfd_create("test", MFD_CLOEXEC);
+    ASSERT_EQ(::ftruncate(pixels, 1 << 24), 0);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, pixels, DecoderProcess::pixelsDescriptor);
     pid_t process = 0;
     ASSERT_EQ(::posix_spawn(&process, ORVEX_PROGRAM, &actions, nullptr, arguments.data(), environ), 0);
     posix_spawn_file_actions_destroy(&actions);
     ::close(ends[1]);
+    ::close(pixels);
 
-    // It is at work, and stays so: the rest of its answer does not fit into the pipe.
-    char first = 0;
-    EXPECT_EQ(::read(ends[0], &first, 1), 1);
     std::string filter;
-    std::ifstream status("/proc/" + std::to_string(process) + "/status");
-    while (std::getline(status, filter) && !filter.starts_with("Seccomp:")) continue;
+    for (int attempt = 0; attempt < 3000 && filter != "Seccomp:\t2"; ++attempt) {
+        ::poll(nullptr, 0, 10);
+        std::ifstream status("/proc/" + std::to_string(process) + "/status");
+        while (std::getline(status, filter) && !filter.starts_with("Seccomp:")) continue;
+    }
     EXPECT_EQ(filter, "Seccomp:\t2");
     const auto limitOf = [process](decltype(RLIMIT_CPU) resource) {
         rlimit limit{};
@@ -255,12 +265,23 @@ TEST_F(Sandbox, RefusesAFrameBeyondTheLimitsBeforeTakingMemory) {
               "window exceeds the limits); the file is damaged or hostile");
 }
 
-TEST_F(Sandbox, RefusesAFrameWithTooFewPixels) {
+TEST_F(Sandbox, RefusesAFrameWhoseProcessDoesNotEndInOrder) {
     const FrameMessage message{1, noiseFrame({0, 0, 63, 63}, rgba())};
-    writeBytes(folder / "answer", answer(message.bytes()) + "pixels");
-    EXPECT_EQ(complaint("cat " + (folder / "answer")),
-              "the sandbox's decoder gave up without an answer (status 0); the file is damaged or hostile, or needs a "
-              "larger --sandbox-memory");
+    writeBytes(folder / "answer", answer(message.bytes()));
+    EXPECT_EQ(complaint("cat " + (folder / "answer")), "(none)");
+    EXPECT_EQ(complaint("cat " + (folder / "answer") + "; kill -SEGV $$"),
+              "its decoder was ended in the sandbox by signal 11 (Segmentation fault); the file is damaged or hostile, "
+              "copy or render it again");
+    EXPECT_EQ(complaint("cat " + (folder / "answer") + "; echo more"),
+              "the sandbox's decoder answered something that is no frame; the file is damaged or hostile");
+}
+
+TEST_F(Sandbox, CannotMakeTheSharedMemoryShorterWhileItIsRead) {
+    const FrameMessage message{1, noiseFrame({0, 0, 63, 63}, rgba())};
+    writeBytes(folder / "answer", answer(message.bytes()));
+    EXPECT_EQ(complaint("python3 -c 'import os; os.ftruncate(3, 0)' 2>/dev/null && kill -SEGV $$; cat " +
+                        (folder / "answer")),
+              "(none)");
 }
 
 TEST_F(Sandbox, ShowsAProblemWithoutItsControlCharacters) {

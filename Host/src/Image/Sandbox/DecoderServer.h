@@ -1,0 +1,41 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <mutex>
+
+#include "Image/Sandbox/DecoderProcess.h"
+
+namespace HostImage {
+
+/// Starts decoder processes quickly. It is this program once more, which loads the libraries that decode and opens no
+/// file: each decoder is a copy of it at that point (some milliseconds) instead of a program that starts from nothing
+/// (some tenths of a second). A decoder serves one frame, as one that is started on its own does.
+///
+/// The server is started with the first decoder, again if something ends it, and goes when this process goes, with
+/// every decoder that is left. Any thread.
+class DecoderServer {
+public:
+    /// Made on first use and never destroyed.
+    static DecoderServer& instance();
+
+    /// Starts a process that decodes as ordered, and writes its answer to `answer` and its pixels to `pixels`. It is a
+    /// child of this process, to be waited for. -1 if that fails.
+    pid_t start(const DecoderProcess& order, int answer, int pixels);
+
+    /// Whether a command line is the server's.
+    static bool isMeant(int argumentCount, const char* const* arguments);
+    /// What the server does. Call it before anything else in main: returns never.
+    [[noreturn]] static void run();
+
+private:
+    DecoderServer() = default;
+    bool launch();
+    void drop();
+
+    std::mutex m_access;
+    int m_socket = -1;
+    pid_t m_process = -1;
+};
+
+} // namespace HostImage
