@@ -1,14 +1,13 @@
 #include "DataSource.h"
 
-#include <cmath>
 #include <cstring>
 
 #include <boost/filesystem/path.hpp>
 
 #include "DataSourceHelper.h"
 #include "Exception/Assert.h"
+#include "FrameSizing.h"
 #include "LensCorrection.h"
-#include "Rounding.h"
 
 namespace {
 
@@ -18,13 +17,6 @@ bool copyText(char* buffer, unsigned long capacity, Companion companion) {
     if (!companion(text) || text.length() + 1 > capacity) return false;
     std::memcpy(buffer, text.c_str(), text.length() + 1);
     return true;
-}
-
-/// Distance in px from the image centre to the centre of a corner pixel.
-float halfDiagonal(float width, float height) {
-    const float x = width * 0.5f - 0.5f;
-    const float y = height * 0.5f - 0.5f;
-    return std::sqrt(x * x + y * y);
 }
 
 } // namespace
@@ -87,27 +79,19 @@ bool DataSource::frameData(Core::FrameData& frameData) const {
 }
 
 float DataSource::overscan() const {
-    float recorded = 0.0f;
+    FrameSizing::Size recorded;
     switch (m_op->overscanLocation()) {
-        case LensCorrection::BoundingBox: {
-            const DD::Image::Format& format = m_op->format();
-            recorded = halfDiagonal(static_cast<float>(format.w()), static_cast<float>(format.h()));
+        case LensCorrection::BoundingBox:
+            recorded = FrameSizing::sizeOf(m_op->format());
             break;
-        }
-        case LensCorrection::Format: {
-            const DD::Image::Format& format = m_op->imageInput()->format();
-            const float factor = 1.0f / (m_op->overscanAmount() / 100.0f + 1.0f);
-            const int width = roundToInteger(static_cast<float>(format.w()) * factor);
-            const int height = roundToInteger(static_cast<float>(format.h()) * factor);
-            recorded = halfDiagonal(static_cast<float>(width), static_cast<float>(height));
+        case LensCorrection::Format:
+            recorded =
+                FrameSizing::withoutOverscan(FrameSizing::sizeOf(m_op->imageInput()->format()), m_op->overscanAmount());
             break;
-        }
         default:
             ORVEX_ASSERT(false);
     }
-    const float rendered =
-        halfDiagonal(static_cast<float>(m_op->frameWidth()), static_cast<float>(m_op->frameHeight()));
-    return (rendered - recorded) / recorded * 100.0f;
+    return FrameSizing::overscan({m_op->frameWidth(), m_op->frameHeight()}, recorded);
 }
 
 bool DataSource::recordingFormat(RecordingFormatDatabase::RecordingFormat& recordingFormat) const {

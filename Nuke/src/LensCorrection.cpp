@@ -15,6 +15,7 @@
 #include "DDImage/Knob.h"
 #include "DDImage/OutputContext.h"
 #include "DDImage/RequestOutput.h"
+#include "FrameSizing.h"
 #include "PackedPlane.h"
 #include "Rounding.h"
 
@@ -338,41 +339,14 @@ void LensCorrection::validateFrame(bool forReal) {
 }
 
 void LensCorrection::calculateFrameSizeWithOriginalAspectRatio(unsigned int& width, unsigned int& height) const {
-    const DD::Image::Format& frame = format();
-    const Box box = getOutputBox();
-    // In 64 bits, since a box may reach far outside its format.
-    const auto distance = [](int from, int to) { return static_cast<std::int64_t>(to) - from; };
-    const std::int64_t marginX = std::max(distance(box.x(), frame.x()), distance(frame.r(), box.r()));
-    const std::int64_t marginY = std::max(distance(box.y(), frame.y()), distance(frame.t(), box.t()));
-    if (marginX == 0 && marginY == 0) {
-        width = static_cast<unsigned int>(frame.w());
-        height = static_cast<unsigned int>(frame.h());
-        return;
-    }
-    const float aspect = static_cast<float>(frame.w()) / static_cast<float>(frame.h());
-    const std::int64_t widthForHeight = roundToInteger(static_cast<float>(frame.h() + 2 * marginY) * aspect);
-    const std::int64_t grownWidth = std::max(frame.w() + 2 * marginX, widthForHeight);
-    const int grownHeight = roundToInteger(static_cast<float>(grownWidth) / aspect);
-    width = static_cast<unsigned int>(grownWidth);
-    height = static_cast<unsigned int>(grownHeight);
+    const FrameSizing::Size frame = FrameSizing::frameAround(getOutputBox(), format());
+    width = static_cast<unsigned int>(frame.width);
+    height = static_cast<unsigned int>(frame.height);
 }
 
 void LensCorrection::setBoxCenteredOnFormat(unsigned int width, unsigned int height) {
-    const int formatWidth = format().w();
-    const int formatHeight = format().h();
-    const int dx = roundToInteger((static_cast<float>(width) - static_cast<float>(formatWidth)) * 0.5f);
-    const int dy = roundToInteger((static_cast<float>(height) - static_cast<float>(formatHeight)) * 0.5f);
-    info_.set(-dx, -dy, formatWidth + dx, formatHeight + dy);
-}
-
-bool LensCorrection::isOutputBoxAccepted() {
-    unsigned int width = 0;
-    unsigned int height = 0;
-    try {
-        return m_core.frameSize(width, height);
-    } catch (const std::exception&) {
-        return false;
-    }
+    const Box box = FrameSizing::boxCenteredOn(FrameSizing::sizeOf(format()), {width, height});
+    info_.set(box.x(), box.y(), box.r(), box.t());
 }
 
 // --- Rendering ---

@@ -53,10 +53,6 @@ public:
     unsigned int frameWidth() const { return m_frameWidth; }
     unsigned int frameHeight() const { return m_frameHeight; }
 
-    /// Whether the core takes the current output box, in whole pixels, for a frame of the recording format's aspect
-    /// ratio. After validation; reports nothing.
-    bool isOutputBoxAccepted();
-
     /// The text of the last failure as it went to the log file; empty when there was none. Any thread.
     std::string lastErrorDetails() const;
 
@@ -97,8 +93,7 @@ protected:
     void updateValueOfInputOverscanKnobsIfNeeded(DD::Image::Knob* knob);
     /// Shows the core's recording format unless the user enters one, and works out the image diameter.
     void updateValueOfRecordingFormatKnobs();
-    /// The smallest frame around the format, in px and with its aspect ratio, that holds the output box. Example: a
-    /// format of 2048 × 1152 whose box overhangs by 64 px left and right gives 2176 × 1224.
+    /// The smallest frame around the format that holds the output box (FrameSizing::frameAround), in px.
     /// Throws boost::math::rounding_error when a size comes out not finite.
     void calculateFrameSizeWithOriginalAspectRatio(unsigned int& width, unsigned int& height) const;
 

@@ -494,18 +494,3 @@ TEST_F(LensCorrectionTest, KeepsTheDetailsOfTheLastFailureAfterASuccess) {
     EXPECT_TRUE(validate());
     EXPECT_EQ(node->lastErrorDetails(), std::string(c_missingData) + "\n");
 }
-
-TEST_F(LensCorrectionTest, DoesNotReportThatABoxIsNotAccepted) {
-    EXPECT_TRUE(validate());
-    node->dataSource().wantsDistortion = true;
-    EXPECT_FALSE(node->isOutputBoxAccepted()) << "the core lacks the lens data now";
-    EXPECT_EQ(node->lastErrorDetails(), "");
-    EXPECT_EQ(graph.errorText(node), "");
-}
-
-TEST_F(LensCorrectionTest, TakesAnExceptionForABoxThatIsNotAccepted) {
-    EXPECT_TRUE(validate());
-    node->dataSource().onQuestion = [] { throw std::bad_alloc(); };
-    EXPECT_FALSE(node->isOutputBoxAccepted());
-    EXPECT_EQ(graph.errorText(node), "");
-}

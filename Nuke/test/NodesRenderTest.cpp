@@ -112,36 +112,6 @@ TEST_F(NodesRender, GrowsTheBoxToHoldTheCorrectedFrame) {
     EXPECT_EQ(node->frameHeight(), 36u);
 }
 
-TEST_F(NodesRender, AcceptsABoxOfTheFormatsAspectRatio) {
-    LensCorrection* const node = makeDistortion();
-    graph.userChange(node, "correctionMode", "Distort");
-    validate(node);
-    EXPECT_GT(node->w(), 64);
-    EXPECT_TRUE(node->isOutputBoxAccepted());
-}
-
-TEST_F(NodesRender, DoesNotAcceptEveryBoxThatItCentresOnAFormatItself) {
-    LensCorrection* const node = makeDistortion();
-    graph.userChange(node, "correctionMode", "Distort");
-    int refused = 0;
-    for (int width = 301; width < 321; ++width) {
-        const int height = width * 413 / 511;
-        file.clipWidth = std::to_string(width);
-        file.clipHeight = std::to_string(height);
-        clip->format = Format(width, height);
-        clip->box = Box(0, 0, width, height);
-        read->setFilename(folder.path("A" + file.clipWidth + ".0001.exr"));
-        file.videoFileName = "A" + file.clipWidth;
-        folder.write(file.videoFileName + ".olcf", file.text());
-        validate(node);
-        if (node->isOutputBoxAccepted()) continue;
-        ++refused;
-        EXPECT_EQ(node->lastErrorDetails(), "") << "asking reports nothing";
-    }
-    EXPECT_GT(refused, 0) << "whole pixels on both sides change the aspect ratio";
-    EXPECT_LT(refused, 20);
-}
-
 TEST_F(NodesRender, KeepsTheInputsBoxWhenTheCorrectedFrameIsSmaller) {
     clip->box = Box(-32, 0, 96, 36);
     file.radialDistortion = "0,0,0,0,0,0,0";

@@ -6,6 +6,7 @@
 #include <exception>
 #include <utility>
 
+#include "Core/AspectRatio.h"
 #include "Core/CorrectionPolynomials.h"
 #include "CorrectionData/ContainerManager/ContainerManager.h"
 #include "CorrectionData/ContainerManager/CorrectionFileBasedContainerManagerDataSource.h"
@@ -58,18 +59,11 @@ std::string size(Width width, Height height, const char* unit) {
 std::string length(float value, const char* unit) { return Text::toString(value) + ' ' + unit; }
 
 void checkAspectRatio(const FrameData& frame, const RecordingFormat& format) {
-    const float aspectRatio =
-        static_cast<float>(format.clipResolutionWidth) / static_cast<float>(format.clipResolutionHeight);
-    const float roundedUp = std::ceil(static_cast<float>(frame.width) / aspectRatio);
-    // A height that no frame has is only shown, as the largest number.
-    const std::uint32_t expectedHeight =
-        roundedUp < unsignedLimit ? static_cast<std::uint32_t>(roundedUp) : static_cast<std::uint32_t>(-1);
-    const std::uint32_t difference =
-        expectedHeight > frame.height ? expectedHeight - frame.height : frame.height - expectedHeight;
-    if (difference < 2) return;
+    const AspectRatio aspectRatio(format);
+    if (aspectRatio.isThatOf(frame.width, frame.height)) return;
     throw Exception(
         "Aspect ratio of the current frame is not as expected. Recommended resolution is " +
-            size(frame.width, expectedHeight, "px."),
+            size(frame.width, aspectRatio.expectedHeight(frame.width), "px."),
         DetailLines()
             .number("Current Frame Resolution", size(frame.width, frame.height, "px"))
             .number("Recording Format Resolution", size(format.clipResolutionWidth, format.clipResolutionHeight, "px"))

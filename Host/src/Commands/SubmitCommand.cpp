@@ -132,10 +132,6 @@ ExitCode SubmitCommand::run() {
 
 FarmJob SubmitCommand::makeJob() const {
     const RenderOptions options = m_render.read();
-    if (options.boxSize == RenderOptions::BoxSize::Constant) {
-        throw Failure(ExitCode::WrongUse,
-                      "--size constant does not go with a farm: each task knows the boxes of its own frames only.");
-    }
     FarmJob job;
     job.renderArguments = renderArguments(*m_app);
     job.frames = framesOf(options);

@@ -7,37 +7,14 @@
 
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "CorrectionFile/Finder/NotFoundException.h"
-#include "DataSource.h"
 #include "LensCorrection.h"
-#include "Map/RecordedFrame.h"
 #include "Render/Clip.h"
 #include "Render/CorrectionChain.h"
+#include "Render/NodeFrameSource.h"
 
 namespace Host {
 
 namespace {
-
-// A node's own answers, but with both corrections wanted, and of the frame's size before the core enlarges it.
-class NodeFrameSource : public DataSource {
-public:
-    explicit NodeFrameSource(LensCorrection* node) : DataSource(node) {}
-
-    bool shouldPerformShadingCorrection(Core::ShadingCorrectionParameter& parameter) const override {
-        parameter = {};
-        return true;
-    }
-    bool shouldPerformDistortionCorrection(Core::DistortionCorrectionParameter& parameter) const override {
-        parameter = {};
-        return true;
-    }
-    bool frameData(Core::FrameData& frameData) const override {
-        if (!DataSource::frameData(frameData)) return false;
-        const PixelSize box = RecordedFrame(*m_op).box({m_op->frameWidth(), m_op->frameHeight()});
-        frameData.width = box.width;
-        frameData.height = box.height;
-        return true;
-    }
-};
 
 // The correction file around the clip, or why there is none.
 void findCorrectionFile(const RenderOptions& options, const Clip& clip, InfoReport& report) {
@@ -73,7 +50,8 @@ std::vector<std::int32_t> framesOf(const RenderOptions& options, const Clip& cli
     return frames;
 }
 
-FrameInfo infoOf(std::int32_t frame, const RenderOptions& options, const Clip& clip, CorrectionChain& chain) {
+FrameInfo infoOf(std::int32_t frame, const RenderOptions& options, const Clip& clip, CorrectionChain& chain,
+                 const RenderOptions& both) {
     FrameInfo info;
     info.frame = frame;
     try {
@@ -90,8 +68,9 @@ FrameInfo infoOf(std::int32_t frame, const RenderOptions& options, const Clip& c
         } catch (const CorrectionError& error) {
             nodeError = error;
         }
-        Core::FramePreparation preparation(std::make_unique<NodeFrameSource>(&chain.lastNode()));
-        info = frameInfo(frame, preparation, RecordedFrame(chain.lastNode()));
+        const PictureShape shape = chain.shape();
+        Core::FramePreparation preparation(std::make_unique<NodeFrameSource>(&chain.lastNode(), both, shape.format));
+        info = frameInfo(frame, preparation, shape);
         info.file = path;
         // What the node shows is the truth; without a device, say, the core would still know everything else.
         if (nodeError && info.error.empty()) {
@@ -116,8 +95,10 @@ InfoReport clipInfo(const RenderOptions& options) {
     undistorting.distortion = RenderOptions::Distortion::Undistort;
     undistorting.shading = RenderOptions::Shading::None;
     CorrectionChain chain(undistorting, 1);
+    RenderOptions both = undistorting;
+    both.shading = RenderOptions::Shading::Remove;
     for (const std::int32_t frame : framesOf(options, clip)) {
-        report.frames.push_back(infoOf(frame, options, clip, chain));
+        report.frames.push_back(infoOf(frame, options, clip, chain, both));
         const FrameInfo& info = report.frames.back();
         if (info.prepared && report.recordingFormatOrigin.kind == Core::RecordingFormatOrigin::Kind::None) {
             report.recordingFormat = info.prepared->recordingFormat;

@@ -42,11 +42,12 @@ InfoReport fileInfo(const std::string& path, std::optional<RecordingFormatDataba
     Core::FramePreparation preparation(std::make_unique<FileFrameSource>(
         path, report.file->content->header.videoFileName, report.recordingFormat.clipResolutionWidth,
         report.recordingFormat.clipResolutionHeight, manualFormat, frameNumber));
-    const RecordedFrame recorded(
-        {report.recordingFormat.clipResolutionWidth, report.recordingFormat.clipResolutionHeight});
+    PictureShape shape;
+    shape.format = {report.recordingFormat.clipResolutionWidth, report.recordingFormat.clipResolutionHeight};
+    shape.data = shape.formatBox();
     for (const std::int64_t frame : framesOf(*report.file->content, range)) {
         frameNumber = static_cast<std::uint32_t>(frame);
-        report.frames.push_back(frameInfo(frame, preparation, recorded));
+        report.frames.push_back(frameInfo(frame, preparation, shape));
     }
     return report;
 }

@@ -1,41 +1,28 @@
 #include "Inspect/FrameInfo.h"
 
-#include <algorithm>
 #include <cmath>
 #include <exception>
 
 #include "Exception/Exception.h"
 #include "Map/RadialSampling.h"
-#include "Renderer/DistortionRenderer.h"
+#include "Map/RecordedFrame.h"
 
 namespace Host {
 
 namespace {
 
 // Half the distance between opposite corner pixels' centres, as the overscan is defined.
-double halfDiagonal(double width, double height) { return std::hypot(width - 1.0, height - 1.0) / 2.0; }
+double halfDiagonal(const DD::Image::Box& box) { return std::hypot(box.w() - 1.0, box.h() - 1.0) / 2.0; }
 
-// What the node is told for the whole box that it renders.
-Renderer::DistortionParameter boxed(const Renderer::DistortionParameter& parameter, PixelSize undistorted,
-                                    const RecordedFrame& recorded) {
-    const PixelSize box = recorded.box(
-        {std::max(undistorted.width, parameter.currentWidth), std::max(undistorted.height, parameter.currentHeight)});
-    Renderer::DistortionParameter result = parameter;
-    result.currentWidth = box.width;
-    result.currentHeight = box.height;
-    return result;
-}
-
-FrameInfo::Undistortion undistortionOf(const Renderer::DistortionParameter& parameter,
-                                       const Core::FrameToCorrect& frame, const RecordedFrame& recorded) {
+FrameInfo::Undistortion undistortionOf(const FramePlan& plan, const PictureShape& shape,
+                                       const Renderer::DistortionParameter& parameter) {
     FrameInfo::Undistortion undistortion;
-    PixelSize& size = undistortion.size;
-    Renderer::DistortionRenderer::frameSize(parameter, size.width, size.height);
-    undistortion.overscan = static_cast<float>(
-        100.0 *
-        (halfDiagonal(size.width, size.height) / halfDiagonal(parameter.currentWidth, parameter.currentHeight) - 1.0));
+    undistortion.size = {static_cast<std::uint32_t>(plan.kept.w()), static_cast<std::uint32_t>(plan.kept.h())};
+    const double before = halfDiagonal(shape.whole()), after = halfDiagonal(plan.keptOf(shape.whole(), shape));
+    undistortion.overscan = static_cast<float>(100.0 * (after / before - 1.0));
     undistortion.deviation =
-        nodeDeviation(boxed(parameter, size, recorded), recorded.millimetresPerPixel(frame.recordingFormat));
+        nodeDeviation(plan.distortion.value(),
+                      RecordedFrame(shape.format, shape.overscan).millimetresPerPixel(plan.frame.recordingFormat));
     undistortion.imageRadius = parameter.frameImageRadius;
     undistortion.correctedRadius = parameter.imageRadius;
     return undistortion;
@@ -49,15 +36,16 @@ std::string detailsOf(const Exception& exception) {
 
 } // namespace
 
-FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation, const RecordedFrame& recorded) {
+FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation, const PictureShape& shape) {
     FrameInfo info;
     info.frame = frame;
     try {
         info.prepared = preparation.retrieveFrameToCorrect();
-        if (!info.prepared) return info;
         info.parameters = preparation.parameters(*info.prepared);
-        if (info.parameters.distortion)
-            info.undistortion = undistortionOf(*info.parameters.distortion, *info.prepared, recorded);
+        const FramePlan plan = planFrame(shape, Steps::Distortion, preparation);
+        info.prepared = plan.frame;
+        info.parameters = preparation.parameters(plan.frame);
+        info.undistortion = undistortionOf(plan, shape, info.parameters.distortion.value());
     } catch (const Exception& exception) {
         info.error = exception.what();
         info.details = detailsOf(exception);

@@ -6,7 +6,7 @@
 
 #include "Console/Dimensions.h"
 #include "Core/FramePreparation.h"
-#include "Map/RecordedFrame.h"
+#include "Render/FramePlan.h"
 
 namespace Host {
 
@@ -14,8 +14,8 @@ namespace Host {
 struct FrameInfo {
     /// What undistorting the frame comes to.
     struct Undistortion {
-        PixelSize size;               ///< that holds the whole corrected picture
-        float overscan = 0.0f;        ///< %, by which that frame's half-diagonal exceeds the recorded frame's
+        PixelSize size;               ///< of the data window that the corrected picture gets
+        float overscan = 0.0f;        ///< %, by which the half-diagonal grows of a picture that fills the format
         double deviation = 0.0;       ///< px; as FrameGeometry::deviation
         float imageRadius = 0.0f;     ///< mm, of the recorded frame's corner
         float correctedRadius = 0.0f; ///< mm, where that corner comes to lie
@@ -31,8 +31,7 @@ struct FrameInfo {
 };
 
 /// Lets the core prepare the frame that the preparation's data source stands for now, with the core's own texts when
-/// that fails. Both corrections should be wanted, undistorting; the data source tells the size of the frame before the
-/// core enlarges it, `recorded` what it is a frame of.
-FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation, const RecordedFrame& recorded);
+/// that fails, and plans it for the distortion node (planFrame). Both corrections should be wanted, undistorting.
+FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation, const PictureShape& shape);
 
 } // namespace Host

@@ -30,8 +30,6 @@ Place FrameGeometry::centre() const {
 
 double FrameGeometry::formatHalfDiagonal() const { return halfDiagonal(format); }
 
-double FrameGeometry::boxHalfDiagonal() const { return halfDiagonal(box); }
-
 double FrameGeometry::deviation() const { return nodeDeviation(node, idealMillimetresPerPixel); }
 
 bool FrameGeometry::isSameMap(const FrameGeometry& other) const {

@@ -35,11 +35,11 @@ enum class Geometry {
 
 /// How the distortion node renders one frame: its frame, its box, and where each pixel comes from.
 ///
-/// Windows are those of picture files: corners inclusive, y downwards, places in the same coordinates. Box and format
-/// have one centre.
+/// Windows are those of picture files: corners inclusive, y downwards, places in the same coordinates.
 struct FrameGeometry {
-    HostImage::Window format; ///< the display window
-    HostImage::Window box;    ///< what the node renders
+    HostImage::Window format;  ///< the display window
+    HostImage::Window box;     ///< where a picture comes to lie that fills the format
+    HostImage::Window picture; ///< the data window of the corrected picture; smaller if the picture came with less
     float pixelAspectRatio = 1.0f;
     Direction direction = Direction::Undistort;
     Core::FrameToCorrect lens;                  ///< what the node knows about the frame
@@ -56,7 +56,6 @@ struct FrameGeometry {
 
     /// Half the diagonal in px, from corner to corner of the pixels.
     double formatHalfDiagonal() const;
-    double boxHalfDiagonal() const;
 
     /// Largest distance in px between where the node samples and where it ideally would, over the box.
     double deviation() const;

@@ -8,11 +8,8 @@
 #include <utility>
 
 #include "Console/Failure.h"
-#include "Exception/Exception.h"
 #include "Image/ImageError.h"
 #include "Inspect/CorrectionFileData.h"
-#include "LensDistortionCorrection.h"
-#include "LensDistortionDataSource.h"
 #include "Map/RecordedFrame.h"
 #include "Render/PlaneTransfer.h"
 
@@ -29,18 +26,12 @@ struct LensGeometry::Header {
     ClipFrame shown() const { return {&frame, &metadata, path, range}; }
 };
 
-/// The distortion node in one mode, and a second pair of eyes on what it works out.
+/// The distortion node in one mode.
 struct LensGeometry::Node {
-    explicit Node(RenderOptions renderOptions)
-        : options(std::move(renderOptions)),
-          chain(options, 1),
-          node(dynamic_cast<LensDistortionCorrection&>(chain.lastNode())),
-          preparation(std::make_unique<LensDistortionDataSource>(&node)) {}
+    explicit Node(RenderOptions renderOptions) : options(std::move(renderOptions)), chain(options, 1) {}
 
     const RenderOptions options;
     CorrectionChain chain;
-    LensDistortionCorrection& node;
-    Core::FramePreparation preparation;
 };
 
 namespace {
@@ -85,15 +76,6 @@ std::vector<HostImage::Attribute> identityOf(const HostImage::Part& part) {
         if (const HostImage::Attribute* const attribute = part.findAttribute(name)) identity.push_back(*attribute);
     }
     return identity;
-}
-
-template <typename Operation>
-void runCore(Operation operation) {
-    try {
-        operation();
-    } catch (const Exception& exception) {
-        throw CorrectionError(exception.what(), exception.detailedDescription());
-    }
 }
 
 } // namespace
@@ -199,19 +181,21 @@ LensGeometry::Node& LensGeometry::node(Direction direction, bool hasSeparatePlat
 FrameGeometry LensGeometry::validated(std::int32_t frame, Node& node, const ClipFrame& image, const ClipFrame& plate,
                                       Direction direction) const {
     node.chain.setFrame(frame, image, 0, plate);
-    const DD::Image::Box box = node.chain.validate();
+    const FramePlan plan = node.chain.validate();
+    const PictureShape shape = node.chain.shape();
     FrameGeometry geometry;
     const HostImage::Part& part = image.frame->parts.front();
     geometry.format = part.displayWindow;
-    geometry.box = fileWindow(box, part.displayWindow);
+    // A map serves other pictures of the format too.
+    geometry.box = fileWindow(plan.keptOf(shape.whole(), shape), part.displayWindow);
+    geometry.picture = fileWindow(plan.kept, part.displayWindow);
     geometry.pixelAspectRatio = part.pixelAspectRatio;
     geometry.identity = identityOf(part);
     geometry.direction = direction;
-    runCore([&] {
-        geometry.lens = node.preparation.retrieveFrameToCorrect().value();
-        geometry.node = node.preparation.parameters(geometry.lens).distortion.value();
-    });
-    geometry.idealMillimetresPerPixel = RecordedFrame(node.node).millimetresPerPixel(geometry.lens.recordingFormat);
+    geometry.lens = plan.frame;
+    geometry.node = plan.distortion.value();
+    geometry.idealMillimetresPerPixel =
+        RecordedFrame(shape.format, shape.overscan).millimetresPerPixel(plan.frame.recordingFormat);
     return geometry;
 }
 
@@ -224,7 +208,7 @@ FrameGeometry LensGeometry::geometry(std::int32_t frame, Direction direction) {
 
 FrameGeometry LensGeometry::redistortion(std::int32_t frame, const FrameGeometry& undistortion) {
     Header image = header(frame);
-    image.frame.parts = {pictureOf(undistortion.box, undistortion.format)};
+    image.frame.parts = {pictureOf(undistortion.picture, undistortion.format)};
     image.frame.parts.front().pixelAspectRatio = undistortion.pixelAspectRatio;
     Node& distorting = node(Direction::Redistort, true);
     if (!m_plate) return validated(frame, distorting, image.shown(), header(frame).shown(), Direction::Redistort);
@@ -241,7 +225,7 @@ HostImage::Frame LensGeometry::renderRoundTrip(std::int32_t frame, const HostIma
     for (Node* const step : {&node(Direction::Undistort, false), &node(Direction::Redistort, true)}) {
         HostImage::Frame rendered;
         step->chain.setFrame(frame, image.shown(), 0, plate.shown());
-        const DD::Image::Box box = step->chain.validate();
+        const DD::Image::Box box = step->chain.validate().kept;
         const HostImage::Part& input = image.frame.parts.front();
         HostImage::Part& output =
             rendered.parts.emplace_back(pictureOf(fileWindow(box, input.displayWindow), input.displayWindow));

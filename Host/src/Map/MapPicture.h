@@ -14,8 +14,8 @@ struct MapContent {
     MapConvention convention;
 };
 
-/// The displacement map of a frame: 32-bit float R, G, B, A, ZIP; data window = the node's box, display window = the
-/// format. `opposite` is the geometry of the other direction, with the same format; needed for
+/// The displacement map of a frame: 32-bit float R, G, B, A, ZIP; data window = FrameGeometry::box, display window =
+/// the format. `opposite` is the geometry of the other direction, with the same format; needed for
 /// MapConvention::Channels::Both only. `threads` compute.
 ///
 /// The frame's identity stands in the attributes that the clip has it in, the convention in text attributes:

@@ -105,8 +105,8 @@ RoundTrip roundTrip(LensGeometry& lens, std::int32_t frame, bool isRendered) {
     result.file = lens.file(frame);
     result.format = {static_cast<std::uint32_t>(undistortion.format.width()),
                      static_cast<std::uint32_t>(undistortion.format.height())};
-    result.undistorted = undistortion.box;
-    result.redistorted = redistortion.box;
+    result.undistorted = undistortion.picture;
+    result.redistorted = redistortion.picture;
     result.imageRadius = undistortion.formatHalfDiagonal() * scale;
     result.lastHeight = static_cast<double>(curves.lastHeight());
     result.analytic = largestAnalyticError(curves.distortion(), result.imageRadius, step * scale) / scale;

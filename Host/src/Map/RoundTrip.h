@@ -15,7 +15,7 @@ struct RoundTrip {
     std::int32_t frame = 0;
     std::string file; ///< the picture; empty: a frame of a correction file
     PixelSize format;
-    HostImage::Window undistorted; ///< the boxes that the nodes render
+    HostImage::Window undistorted; ///< the data windows that the pictures get
     HostImage::Window redistorted;
     double imageRadius = 0.0; ///< mm, of the recorded frame's corner
     double lastHeight = 0.0;  ///< mm, the outermost measured one; beyond it the curves are a guess

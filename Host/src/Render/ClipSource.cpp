@@ -1,6 +1,5 @@
 #include "Render/ClipSource.h"
 
-#include <algorithm>
 #include <type_traits>
 
 #include "DDImage/IopInfo.h"
@@ -24,11 +23,7 @@ void ClipSource::fillInfo(double, DD::Image::IopInfo& info) {
                                    static_cast<double>(m_part.pixelAspectRatio));
     info.format(format);
     info.full_size_format(format);
-    const DD::Image::Box box = hostBox(m_part.dataWindow, m_part.displayWindow);
-    // The border begins at the format: a data window inside of it has black there anyway.
-    info.set(std::min(box.x(), 0) - m_settings.border, box.y(), std::max(box.r(), format.r()) + m_settings.border,
-             box.t());
-    if (m_settings.border == 0) info.setBox(box);
+    info.setBox(m_settings.box ? *m_settings.box : hostBox(m_part.dataWindow, m_part.displayWindow));
     DD::Image::ChannelSet channels;
     if (m_settings.isMap) channels += DD::Image::Mask_RGBA;
     for (const DD::Image::Channel channel : m_channels) channels += channel;

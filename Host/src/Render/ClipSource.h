@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
+#include "DDImage/Box.h"
 #include "DDImage/Substitute/ReadSource.h"
 #include "Image/Frame.h"
 #include "Image/HostMetadata.h"
@@ -27,7 +29,8 @@ public:
         /// The picture shows red, green, blue and alpha whatever it holds: a map depends on its size only.
         bool isMap = false;
         const InputSpace* space = nullptr; ///< of the picture's pixels, which are shown in linear light; none: they are
-        int border = 0;                    ///< px of black that the box has more on the left and on the right
+        /// The picture's box, black where it has no pixels; without it the data window.
+        std::optional<DD::Image::Box> box;
     };
 
     ClipSource(const HostImage::Frame& frame, std::size_t part, const HostImage::Metadata& metadata, Range range,

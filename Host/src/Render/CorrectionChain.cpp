@@ -1,12 +1,15 @@
 #include "Render/CorrectionChain.h"
 
-#include <algorithm>
+#include <exception>
 #include <memory>
 #include <string_view>
 
+#include "Exception/Exception.h"
 #include "LensCorrection.h"
 #include "Output/Interruption.h"
 #include "Render/InputSpace.h"
+#include "Render/NodeFrameSource.h"
+#include "Render/PlaneTransfer.h"
 #include "Render/ShadedChannels.h"
 
 namespace Host {
@@ -16,6 +19,13 @@ using DD::Image::Op;
 
 constexpr const char* distortionClass = "OrvexLensDistortionCorrection";
 constexpr const char* shadingClass = "OrvexLensShadingCorrection";
+
+Steps stepsOf(const RenderOptions& options) {
+    if (options.shading == RenderOptions::Shading::None) return Steps::Distortion;
+    if (options.distortion == RenderOptions::Distortion::None) return Steps::Shading;
+    return options.shading == RenderOptions::Shading::Remove ? Steps::ShadingThenDistortion
+                                                             : Steps::DistortionThenShading;
+}
 
 } // namespace
 
@@ -33,29 +43,46 @@ CorrectionChain::CorrectionChain(const RenderOptions& options, unsigned int thre
       m_end(m_imageRead) {
     const bool isDistortionInverse = options.distortion == RenderOptions::Distortion::Distort;
     const bool isShadingInverse = options.shading == RenderOptions::Shading::Add;
-    // The lens shades the distorted picture: its shading goes before its distortion and comes back after it.
-    if (options.shading == RenderOptions::Shading::Remove) addNode(shadingClass, isShadingInverse);
-    if (options.distortion != RenderOptions::Distortion::None) addNode(distortionClass, isDistortionInverse);
-    if (options.shading == RenderOptions::Shading::Add) addNode(shadingClass, isShadingInverse);
+    if (options.shading != RenderOptions::Shading::None) m_shading = makeNode(shadingClass, isShadingInverse);
+    if (options.distortion != RenderOptions::Distortion::None)
+        m_distortion = makeNode(distortionClass, isDistortionInverse);
+    if (m_shading && !options.renderMap)
+        m_shadedChannels = dynamic_cast<ShadedChannels*>(m_graph.create(ShadedChannels::description.name));
+    wire(stepsOf(options));
+    m_preparation = std::make_unique<Core::FramePreparation>(
+        std::make_unique<NodeFrameSource>(m_nodes.back(), m_options, m_format));
 }
 
 CorrectionChain::~CorrectionChain() = default;
 
-void CorrectionChain::addNode(const char* className, bool isInverse) {
+LensCorrection* CorrectionChain::makeNode(const char* className, bool isInverse) {
     Op* const node = m_graph.create(className);
-    Op* const image = m_end;
-    m_graph.connect(node, LensCorrection::imageInputIndex(), image);
+    m_graph.connect(node, LensCorrection::imageInputIndex(), m_imageRead);
     m_graph.connect(node, LensCorrection::metadataInputIndex(), m_plateRead);
     m_graph.userChange(node, "correctionMode", isInverse ? 1.0 : 0.0);
     m_graph.userChange(node, "outputType", m_options.renderMap ? 1.0 : 0.0);
     if (m_options.correctionFile) m_graph.userChange(node, "correctionFile::path", *m_options.correctionFile);
-    m_nodes.push_back(dynamic_cast<LensCorrection*>(node));
-    m_end = m_nodes.back();
-    if (std::string(className) != shadingClass || m_options.renderMap) return;
-    m_shadedChannels = dynamic_cast<ShadedChannels*>(m_graph.create(ShadedChannels::description.name));
-    m_graph.connect(m_shadedChannels, 0, node);
-    m_graph.connect(m_shadedChannels, 1, image);
-    m_end = m_shadedChannels;
+    return dynamic_cast<LensCorrection*>(node);
+}
+
+void CorrectionChain::wire(Steps steps) {
+    // The lens shades the distorted picture: its shading goes before its distortion and comes back after it.
+    std::vector<LensCorrection*> nodes;
+    if (steps == Steps::Shading || steps == Steps::ShadingThenDistortion) nodes.push_back(m_shading);
+    if (steps != Steps::Shading) nodes.push_back(m_distortion);
+    if (steps == Steps::DistortionThenShading) nodes.push_back(m_shading);
+    if (nodes == m_nodes) return;
+    m_nodes = nodes;
+    m_end = m_imageRead;
+    for (LensCorrection* const node : m_nodes) {
+        DD::Image::Iop* const image = m_end;
+        m_graph.connect(node, LensCorrection::imageInputIndex(), image);
+        m_end = node;
+        if (node != m_shading || !m_shadedChannels) continue;
+        m_graph.connect(m_shadedChannels, 0, node);
+        m_graph.connect(m_shadedChannels, 1, image);
+        m_end = m_shadedChannels;
+    }
 }
 
 /// The controls that the node computes with need its inputs: they are set once the first frame is there.
@@ -76,10 +103,10 @@ void CorrectionChain::setControls(Op* node) {
     m_graph.closePanel(node);
 }
 
-void CorrectionChain::setImage(int border) {
+void CorrectionChain::setImage(std::optional<DD::Image::Box> box) {
     const auto source = std::make_shared<ClipSource>(
         *m_image.frame, m_part, *m_image.metadata, m_image.range,
-        ClipSource::Settings{.threads = m_threads, .isMap = m_options.renderMap, .space = m_space, .border = border});
+        ClipSource::Settings{.threads = m_threads, .isMap = m_options.renderMap, .space = m_space, .box = box});
     m_channels = source->channels();
     m_imageRead->setSource(source);
     m_imageRead->setFilename(m_image.path);
@@ -97,7 +124,7 @@ void CorrectionChain::setImage(int border) {
 void CorrectionChain::setFrame(std::int32_t frame, const ClipFrame& image, std::size_t part, const ClipFrame& plate) {
     m_image = image;
     m_part = part;
-    setImage(0);
+    setImage(std::nullopt);
     if (m_options.plate) {
         m_plateRead->setSource(
             std::make_shared<ClipSource>(*plate.frame, 0, *plate.metadata, plate.range, ClipSource::Settings{}));
@@ -105,23 +132,46 @@ void CorrectionChain::setFrame(std::int32_t frame, const ClipFrame& image, std::
     }
     m_graph.setFrame(frame);
     if (m_hasControls) return;
-    for (LensCorrection* const node : m_nodes) setControls(node);
+    for (LensCorrection* const node : {m_shading, m_distortion})
+        if (node) setControls(node);
     m_hasControls = true;
 }
 
-/// Whether the core would take the boxes that the nodes have now as the frame to render.
-bool CorrectionChain::isBoxAccepted() const {
-    return std::all_of(m_nodes.begin(), m_nodes.end(),
-                       [](LensCorrection* node) { return node->isOutputBoxAccepted(); });
+PictureShape CorrectionChain::shape() const {
+    const HostImage::Part& part = m_image.frame->parts.at(m_part);
+    return {{static_cast<std::uint32_t>(part.displayWindow.width()),
+             static_cast<std::uint32_t>(part.displayWindow.height())},
+            hostBox(part.dataWindow, part.displayWindow),
+            m_options.overscan};
 }
 
-DD::Image::Box CorrectionChain::validate() {
-    constexpr int widestBorder = 16;
-    for (int border = 0;; ++border) {
-        if (!m_graph.validate(m_end)) fail();
-        if (border == widestBorder || isBoxAccepted()) return m_nodes.back()->info().box();
-        setImage(border + 1);
+FramePlan CorrectionChain::plan() {
+    const PictureShape picture = shape();
+    m_format = picture.format;
+    // Frame numbers count from the reader's first frame.
+    if (!m_graph.validate(m_plateRead)) throw CorrectionError(m_graph.errorText(m_plateRead), "");
+    try {
+        return planFrame(picture, stepsOf(m_options), *m_preparation);
+    } catch (const Exception& exception) {
+        throw CorrectionError(exception.what(), exception.detailedDescription());
     }
+}
+
+FramePlan CorrectionChain::validate() {
+    std::optional<FramePlan> planned;
+    std::exception_ptr reason;
+    try {
+        planned = plan();
+        setImage(planned->shown);
+        wire(planned->steps);
+    } catch (const std::exception&) {
+        // The nodes meet the same, and tell it as they do in a host.
+        reason = std::current_exception();
+    }
+    if (!m_graph.validate(m_end)) fail();
+    if (reason) std::rethrow_exception(reason);
+    planned->box = m_nodes.back()->info().box();
+    return *planned;
 }
 
 void CorrectionChain::render(const Store& store) {

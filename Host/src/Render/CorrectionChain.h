@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -10,6 +12,7 @@
 #include "Image/Frame.h"
 #include "Image/HostMetadata.h"
 #include "Render/ClipSource.h"
+#include "Render/FramePlan.h"
 #include "Render/RenderOptions.h"
 
 class LensCorrection;
@@ -56,27 +59,28 @@ public:
     /// The node at the end of the chain.
     LensCorrection& lastNode() const { return *m_nodes.back(); }
 
-    /// Works out the corrected picture's box. Needs headers only. Throws CorrectionError.
-    ///
-    /// The nodes centre the box that the core asks for on the format, in whole pixels; for some formats that are not
-    /// 16:9 the rounding makes the core refuse its own box for a wrong aspect ratio. Such a picture gets a black border
-    /// of a few px left and right, which changes the rounding and nothing else.
-    DD::Image::Box validate();
+    /// How the nodes will frame the picture, from headers alone and without a device. Throws CorrectionError with the
+    /// core's texts, std::runtime_error for windows that lie too far away.
+    FramePlan plan();
+
+    /// Shows the nodes the picture as planned and lets them work out their boxes. Needs headers only. Throws
+    /// CorrectionError with the nodes' texts.
+    FramePlan validate();
+
+    /// The shape of the part that was chosen. Throws std::runtime_error when its data window lies too far away.
+    PictureShape shape() const;
 
     /// Takes a layer's pixels and the host's channels of the part's channels; for a map, of A, B, G and R. Nothing more
     /// is read then of the image's pixels of that layer.
     using Store = std::function<void(const DD::Image::ImagePlane&, const std::vector<DD::Image::Channel>&)>;
-    /// The node at the end.
-    LensCorrection& lastNode() { return *m_nodes.back(); }
-
     /// After validate: renders layer after layer and hands each to `store`. Throws CorrectionError.
     void render(const Store& store);
 
 private:
-    void addNode(const char* className, bool isInverse);
+    LensCorrection* makeNode(const char* className, bool isInverse);
     void setControls(DD::Image::Op* node);
-    void setImage(int border);
-    bool isBoxAccepted() const;
+    void setImage(std::optional<DD::Image::Box> box);
+    void wire(Steps steps);
     void fetch(DD::Image::ImagePlane& plane);
     [[noreturn]] void fail() const;
 
@@ -86,9 +90,13 @@ private:
     DD::Image::Graph m_graph;
     DD::Image::Read* m_imageRead;
     DD::Image::Read* m_plateRead;
-    std::vector<LensCorrection*> m_nodes; ///< in the order of the chain
-    DD::Image::Iop* m_end;                ///< of the chain
-    ShadedChannels* m_shadedChannels = nullptr;
+    LensCorrection* m_shading = nullptr;
+    LensCorrection* m_distortion = nullptr;
+    ShadedChannels* m_shadedChannels = nullptr; ///< behind m_shading, but for a map
+    std::vector<LensCorrection*> m_nodes;       ///< those that correct this frame, in the order of the chain
+    DD::Image::Iop* m_end;                      ///< of the chain
+    PixelSize m_format;                         ///< for m_preparation
+    std::unique_ptr<Core::FramePreparation> m_preparation;
     std::vector<DD::Image::Channel> m_channels;
     ClipFrame m_image;
     std::size_t m_part = 0;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <thread>
 
 #include "Console/Failure.h"
@@ -14,7 +15,6 @@
 #include "Device/RenderProbe.h"
 #include "Exception/Exception.h"
 #include "Image/DroppedPictures.h"
-#include "Image/FileExtension.h"
 #include "Image/ImageError.h"
 #include "Output/AtomicFile.h"
 #include "Output/Interruption.h"
@@ -75,11 +75,6 @@ void copyHeader(const HostImage::Part& from, HostImage::Part& to) {
     to.channels = from.channels;
     to.attributes = from.attributes;
     to.removeAttribute(HostImage::droppedPicturesAttribute);
-}
-
-DD::Image::Box unionOf(DD::Image::Box a, const DD::Image::Box& b) {
-    a.set(std::min(a.x(), b.x()), std::min(a.y(), b.y()), std::max(a.r(), b.r()), std::max(a.t(), b.t()));
-    return a;
 }
 
 std::vector<std::int32_t> framesOf(const std::vector<FrameJob>& jobs) {
@@ -160,30 +155,29 @@ std::vector<FrameJob> RenderJob::remainingJobs(Progress& progress) {
     return remaining;
 }
 
-void RenderJob::validateHeader(CorrectionChain& chain, const FrameJob& job,
-                               std::map<std::size_t, DD::Image::Box>& boxes) {
-    const HostImage::Frame header = m_clip.readHeader(job.frame);
-    const HostImage::Metadata metadata = m_clip.metadata(job.frame, header);
-    const ClipFrame image{&header, &metadata, m_clip.shownPath(job.frame), m_clip.range()};
+/// Sets the chain up for each part of a frame's header and calls action(part).
+template <typename Action>
+void RenderJob::forEachHeader(CorrectionChain& chain, std::int32_t frame, Action action) const {
+    const HostImage::Frame header = m_clip.readHeader(frame);
+    const HostImage::Metadata metadata = m_clip.metadata(frame, header);
+    const ClipFrame image{&header, &metadata, m_clip.shownPath(frame), m_clip.range()};
     HostImage::Frame plateHeader;
     HostImage::Metadata plateMetadata;
     ClipFrame plate = image;
     if (m_plate) {
-        plateHeader = m_plate->readHeader(job.frame);
-        plateMetadata = m_plate->metadata(job.frame, plateHeader);
-        plate = {&plateHeader, &plateMetadata, m_plate->shownPath(job.frame), m_plate->range()};
+        plateHeader = m_plate->readHeader(frame);
+        plateMetadata = m_plate->metadata(frame, plateHeader);
+        plate = {&plateHeader, &plateMetadata, m_plate->shownPath(frame), m_plate->range()};
     }
     for (std::size_t part = 0; part < (m_options.renderMap ? 1 : header.parts.size()); ++part) {
-        chain.setFrame(job.frame, image, part, plate);
-        const DD::Image::Box box = chain.validate();
-        const auto [known, isNew] = boxes.emplace(part, box);
-        if (!isNew) known->second = unionOf(known->second, box);
+        chain.setFrame(frame, image, part, plate);
+        action(part);
     }
 }
 
 /// Pixels that the output's format cannot hold would otherwise fail every frame once it is corrected.
 void RenderJob::checkOutputFormat(const FrameJob& job) const {
-    if (HostImage::fileExtension(job.output) == "exr") return;
+    if (m_options.isOutputWithDataWindow()) return;
     HostImage::Frame output;
     try {
         const HostImage::Frame input = m_clip.readHeader(job.frame);
@@ -222,11 +216,10 @@ void RenderJob::refuseUnsupportedPictures(const std::vector<FrameJob>& jobs) con
 
 /// Lens data that serve no frame are one message, not one for each of a thousand frames.
 void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs) {
-    std::map<std::size_t, DD::Image::Box> boxes;
     std::string firstText;
     for (const FrameJob* job : {&jobs.front(), &jobs[jobs.size() / 2], &jobs.back()}) {
         try {
-            validateHeader(chain, *job, boxes);
+            forEachHeader(chain, job->frame, [&](std::size_t) { chain.validate(); });
             return;
         } catch (const CorrectionError& error) {
             if (firstText.empty()) firstText = textOf(error);
@@ -267,14 +260,21 @@ void RenderJob::surveyHeaders(Progress& progress, unsigned int threads) const {
     for (const std::string& text : survey.droppings) progress.note(text);
 }
 
-/// Of all frames, also those that an earlier run has finished.
+/// Of all frames of the clip, whichever this job renders: so all get the same box on a farm, where each task renders
+/// some of them, and when a few are rendered again.
 void RenderJob::findConstantBoxes() {
     CorrectionChain chain(m_options, 1);
-    for (const FrameJob& job : m_jobs) {
+    std::set<std::int32_t> frames;
+    for (const auto& [frame, file] : m_clip.frames()) frames.insert(frame);
+    for (const FrameJob& job : m_jobs)
+        if (!job.input.empty()) frames.insert(job.frame);
+    for (const std::int32_t frame : frames) {
         if (mustStop()) return;
-        if (job.input.empty()) continue;
         try {
-            validateHeader(chain, job, m_constantBoxes);
+            forEachHeader(chain, frame, [&](std::size_t part) {
+                const DD::Image::Box box = fileBox(chain.plan(), chain.shape());
+                m_constantBoxes.emplace(part, box).first->second.merge(box);
+            });
         } catch (const std::exception&) {
             // Such a frame is told about when its turn comes; it has no say in the box.
         }
@@ -300,10 +300,12 @@ std::size_t RenderJob::slotCount(const std::optional<HostImage::Frame>& first, s
     if (!first) return most;
     std::uint64_t inFile = 0, asFloats = 0;
     for (const HostImage::Part& part : first->parts) {
-        for (const HostImage::Plane& plane : part.planes) {
-            inFile += plane.rowBytes() * plane.height;
-            asFloats = std::max(asFloats, std::uint64_t{plane.width} * plane.height * 4 * sizeof(float));
-        }
+        for (const HostImage::Plane& plane : part.planes) inFile += plane.rowBytes() * plane.height;
+        // Whatever the data window is, the nodes are shown the whole format.
+        const auto longer = [](std::int64_t a, std::int64_t b) { return static_cast<std::uint64_t>(std::max(a, b)); };
+        asFloats =
+            std::max(asFloats, longer(part.dataWindow.width(), part.displayWindow.width()) *
+                                   longer(part.dataWindow.height(), part.displayWindow.height()) * 4 * sizeof(float));
     }
     // The picture before and after, with room for growth and for the packed file; beside the slots one layer is
     // rendered: plane, node's output, the device's two buffers.
@@ -328,13 +330,24 @@ void RenderJob::decode(Slot& slot, unsigned int threads) {
     if (!mark.empty()) throw std::runtime_error(mark);
 }
 
+/// What of the nodes' box goes into the file.
+DD::Image::Box RenderJob::fileBox(const FramePlan& plan, const PictureShape& shape) const {
+    // A distortion map's values are shares of the whole box.
+    if (m_options.renderMap) return plan.box;
+    DD::Image::Box box = plan.kept;
+    // Without a data window, what is less than the format would be a cropped picture.
+    if (!m_options.isOutputWithDataWindow()) box.merge(shape.formatBox());
+    return box;
+}
+
 void RenderJob::layOut(const HostImage::Part& input, const DD::Image::Box& box, std::size_t part,
                        HostImage::Part& output) const {
     copyHeader(input, output);
-    const auto constant = m_constantBoxes.find(part);
-    const HostImage::Window boxWindow =
-        fileWindow(constant != m_constantBoxes.end() ? unionOf(constant->second, box) : box, input.displayWindow);
-    output.dataWindow = m_options.window == RenderOptions::Window::Box ? boxWindow : input.displayWindow;
+    DD::Image::Box all = box;
+    if (const auto constant = m_constantBoxes.find(part); constant != m_constantBoxes.end())
+        all.merge(constant->second);
+    output.dataWindow =
+        m_options.window == RenderOptions::Window::Box ? fileWindow(all, input.displayWindow) : input.displayWindow;
     if (m_options.renderMap) {
         output.channels.clear();
         for (const char* const name : {"A", "B", "G", "R"}) {
@@ -357,10 +370,10 @@ void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads)
     for (std::size_t part = 0; part < slot.output.parts.size(); ++part) {
         chain.setFrame(slot.job.frame, image, part, plate);
         HostImage::Part& output = slot.output.parts[part];
-        const DD::Image::Box box = chain.validate();
-        layOut(slot.input.parts[part], box, part, output);
+        const FramePlan plan = chain.validate();
+        layOut(slot.input.parts[part], fileBox(plan, chain.shape()), part, output);
         // What no pixel is rendered for is black.
-        const bool isBlack = output.dataWindow != fileWindow(box, output.displayWindow);
+        const bool isBlack = !plan.box.contains(hostBox(output.dataWindow, output.displayWindow));
         PictureMemory memory(slot.input.parts[part], output, isBlack, m_inputSpace);
         chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
             memory.provideFor(plane, channels);
@@ -393,7 +406,7 @@ void RenderJob::encode(Slot& slot, unsigned int threads, Progress& progress) {
     writing.threads = threads;
     writing.makesFile = false;
     // Formats without a data window keep the whole picture as their only window.
-    if (HostImage::fileExtension(slot.job.output) != "exr")
+    if (!m_options.isOutputWithDataWindow())
         for (HostImage::Part& part : slot.output.parts) part.displayWindow = part.dataWindow;
     AtomicFile file(slot.job.output);
     try {
@@ -448,7 +461,8 @@ ExitCode RenderJob::run() {
     Progress progress(mode, m_jobs.size(), Progress::standardOutput(mode));
     AtomicFile::removeAbandoned(m_options.output.folder());
     tellIrregularity(progress, missingFrames(m_clip, framesOf(m_jobs), m_options.frames.has_value()));
-    if (m_options.boxSize == RenderOptions::BoxSize::Constant) findConstantBoxes();
+    if (m_options.boxSize == RenderOptions::BoxSize::Constant && m_options.window == RenderOptions::Window::Box)
+        findConstantBoxes();
     const std::vector<FrameJob> jobs = remainingJobs(progress);
     if (jobs.empty()) return finish(progress, m_jobs.size());
     refuseUnsupportedPictures(jobs);

@@ -48,7 +48,8 @@ private:
     void refuseUnsupportedPictures(const std::vector<FrameJob>& jobs) const;
     HostImage::WriteOptions writeOptions() const;
     void checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs);
-    void validateHeader(CorrectionChain& chain, const FrameJob& job, std::map<std::size_t, DD::Image::Box>& boxes);
+    template <typename Action>
+    void forEachHeader(CorrectionChain& chain, std::int32_t frame, Action action) const;
     void findConstantBoxes();
     std::optional<HostImage::Frame> headerOf(const FrameJob& job) const;
     std::string objection(const HostImage::Frame& frame) const;
@@ -59,6 +60,7 @@ private:
     void decode(Slot& slot, unsigned int threads);
     void render(CorrectionChain& chain, Slot& slot, unsigned int threads);
     void noteUnshaded(const HostImage::Frame& frame);
+    DD::Image::Box fileBox(const FramePlan& plan, const PictureShape& shape) const;
     void layOut(const HostImage::Part& input, const DD::Image::Box& box, std::size_t part,
                 HostImage::Part& output) const;
     void encode(Slot& slot, unsigned int threads, Progress& progress);
@@ -77,7 +79,7 @@ private:
     FinishedFrames m_finished;
     InputSpace m_inputSpace;
     std::string m_correctionFile;                          ///< the one found around the clip or given; empty: none
-    std::map<std::size_t, DD::Image::Box> m_constantBoxes; ///< by part, when all frames share one box
+    std::map<std::size_t, DD::Image::Box> m_constantBoxes; ///< by part, when all frames of the clip share one
     std::atomic<bool> m_isStopped{false};
     std::atomic<bool> m_hasOutputFailed{false};
     std::mutex m_failedFramesAccess;

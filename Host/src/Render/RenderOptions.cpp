@@ -7,6 +7,7 @@
 #include "Console/Failure.h"
 #include "Console/MemorySize.h"
 #include "Console/Progress.h"
+#include "Image/FileExtension.h"
 #include "Image/FrameWriter.h"
 
 namespace Host {
@@ -15,7 +16,7 @@ struct RenderOptionsReader::Texts {
     std::string clip, output, distortion, shading, shadingLayers, plate, frames, pixelType, compression, memory,
         inputSpace, colourConfig;
     std::string window = "box";
-    std::string boxSize = "frame";
+    std::string boxSize;
     std::string progress = "auto";
     bool renderMap = false, skipExisting = false, overwrite = false, keepGoing = false, stopOnError = false,
          strict = false, force = false;
@@ -56,6 +57,8 @@ void checkFormatOf(const FilePattern& output) {
 }
 
 } // namespace
+
+bool RenderOptions::isOutputWithDataWindow() const { return HostImage::fileExtension(output.string()) == "exr"; }
 
 RenderOptionsReader::RenderOptionsReader() : m_texts(std::make_unique<Texts>()) {}
 
@@ -104,8 +107,9 @@ void RenderOptionsReader::declareOptions(CLI::App& app) {
     files.add_option("--window", t.window, "Data window: the whole corrected picture (box), or the format")
         ->capture_default_str()
         ->check(CLI::IsMember({"box", "format"}));
-    files.add_option("--size", t.boxSize, "Data window per frame (frame), or the largest for all frames (constant)")
-        ->capture_default_str()
+    files
+        .add_option("--size", t.boxSize,
+                    "Data window per frame (frame; default for EXR), or one for the whole clip (constant)")
         ->check(CLI::IsMember({"frame", "constant"}));
     files.add_flag("--skip-existing", t.skipExisting, "Keep finished frames made from the same inputs");
     files.add_flag("--overwrite", t.overwrite, "Replace existing files");
@@ -170,7 +174,12 @@ RenderOptions RenderOptionsReader::read() const {
     }
     options.compression = given(t.compression);
     options.window = t.window == "box" ? RenderOptions::Window::Box : RenderOptions::Window::Format;
-    options.boxSize = t.boxSize == "frame" ? RenderOptions::BoxSize::Frame : RenderOptions::BoxSize::Constant;
+    if (t.boxSize.empty()) {
+        options.boxSize =
+            options.isOutputWithDataWindow() ? RenderOptions::BoxSize::Frame : RenderOptions::BoxSize::Constant;
+    } else {
+        options.boxSize = t.boxSize == "frame" ? RenderOptions::BoxSize::Frame : RenderOptions::BoxSize::Constant;
+    }
 
     if (t.skipExisting && t.overwrite) refuse("--skip-existing and --overwrite contradict each other.");
     if (t.keepGoing && t.stopOnError) refuse("--keep-going and --stop-on-error contradict each other.");

@@ -22,12 +22,12 @@ struct RenderOptions : LensDataOptions {
     enum class Distortion { None, Undistort, Distort };
     enum class Shading { None, Remove, Add };
     enum class Window {
-        Box,    ///< data window = what the correction fills, display window = the format
+        Box,    ///< data window = what the picture filled and fills now, display window = the format
         Format, ///< both are the format; what lies outside is cut off
     };
     enum class BoxSize {
-        Frame,   ///< every frame has the box that it needs
-        Constant ///< all frames have the box that the largest needs
+        Frame,   ///< every frame has the data window that it needs
+        Constant ///< all frames have one, in which the picture of every frame of the clip has room
     };
     enum class PixelType { Half, Float };
 
@@ -63,6 +63,9 @@ struct RenderOptions : LensDataOptions {
     std::uint64_t memory = 0; ///< bytes for frames on the way; 0: half of the machine's
     unsigned int threads = 0; ///< 0: one per core
     std::string progress = "auto";
+
+    /// Whether the output's format tells where its pixels lie; others hold the whole picture, always of one size.
+    bool isOutputWithDataWindow() const;
 };
 
 /// Reads RenderOptions from a command line.

@@ -30,7 +30,7 @@ class Info(program.ProgramTest):
                     "Timecode rate     25\n"
                     "Records           3, frames 1001-1003, timecodes 00:00:40:01 to 00:00:40:03\n"
                     "Recording format  36 x 18.984375 mm for 4096 x 2160 px, radius 20.349 mm, from the file's header\n"
-                    "Undistorted size  4079 x 2151 px, -0.42 % overscan (frame 1001)\n"
+                    "Undistorted size  4096 x 2160 px, 0.00 % overscan (frame 1001)\n"
                     "Deviation         up to 2.08 px from the ideal undistorted picture, whose corner lies within the frame\n"
                     "Frames            3 of 3 can be corrected\n", "")
 
@@ -47,7 +47,7 @@ class Info(program.ProgramTest):
         self.write("a.olcf", correction_file.text(frames=[1001]))
         self.assertTrue(self.run_program("info", "a.olcf", "--frames").stdout.endswith(
             "   Frame    Record  Found by        Output [px]     Overscan  Deviation [px]\n"
-            "    1001      1001  number 1001     4079 x 2151      -0.42 %            2.08\n"))
+            "    1001      1001  number 1001     4096 x 2160       0.00 %            2.08\n"))
 
     def test_lists_frames_in_json_only_on_request(self):
         self.write("a.olcf", correction_file.text(frames=range(1001, 1004)))

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "Core/CorrectionPolynomials.h"
 #include "Image/FrameWriter.h"
 #include "Map/LensGeometry.h"
 #include "Map/MapPicture.h"
@@ -143,7 +144,7 @@ protected:
         const HostImage::Metadata metadata = clip.metadata(1, frame);
         const Host::ClipFrame shown{&frame, &metadata, clip.path(1), clip.range()};
         chain.setFrame(1, shown, 0, shown);
-        const HostImage::Window window = Host::fileWindow(chain.validate(), m_picture.displayWindow);
+        const HostImage::Window window = Host::fileWindow(chain.validate().kept, m_picture.displayWindow);
         EXPECT_EQ(window, box);
         HostImage::Part result = pictureOf(window, m_picture.displayWindow);
         chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {

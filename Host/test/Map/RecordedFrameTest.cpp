@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-using Host::PixelSize;
 using Host::RecordedFrame;
 
 TEST(RecordedFrame, LaysTheImageRadiusOverTheHalfDiagonal) {
@@ -11,10 +10,7 @@ TEST(RecordedFrame, LaysTheImageRadiusOverTheHalfDiagonal) {
     EXPECT_EQ(10.0 / 500.0, RecordedFrame({600, 800}).millimetresPerPixel(format));
 }
 
-TEST(RecordedFrame, HasABoxWithAsMuchOnEitherSide) {
-    EXPECT_EQ((PixelSize{610, 820}), RecordedFrame({600, 800}).box({610, 820}));
-}
-
-TEST(RecordedFrame, RoundsHalfAPixelOnEachSideUp) {
-    EXPECT_EQ((PixelSize{602, 804}), RecordedFrame({600, 800}).box({601, 803}));
+TEST(RecordedFrame, IsWhatRemainsOfAFormatWithOverscanInsideInWholePixels) {
+    // 10 % of 661 × 881 px: 600.9 × 800.9.
+    EXPECT_EQ(RecordedFrame({601, 801}).halfDiagonal, RecordedFrame({661, 881}, 10.0f).halfDiagonal);
 }

@@ -12,11 +12,11 @@ using Host::RenderOptionsReader;
 namespace {
 
 /// Options of `render in.exr -o out.exr` and what follows, parsed like a command line.
-RenderOptions options(const std::string& more) {
+RenderOptions options(const std::string& more, const std::string& output = "out.%04d.exr") {
     CLI::App app;
     RenderOptionsReader reader;
     reader.declareOptions(app);
-    app.parse("in.%04d.exr -o out.%04d.exr " + more);
+    app.parse("in.%04d.exr -o " + output + " " + more);
     return reader.read();
 }
 
@@ -41,6 +41,12 @@ TEST(RenderOptions, HaveTheirDefaults) {
     EXPECT_EQ(read.memory, 0u);
     EXPECT_EQ(read.threads, 0u);
     EXPECT_EQ(read.progress, "auto");
+}
+
+TEST(RenderOptions, GiveAllFramesOneSizeWhereTheFormatHasNoDataWindow) {
+    EXPECT_EQ(options("--distortion undistort", "out.%04d.dpx").boxSize, RenderOptions::BoxSize::Constant);
+    EXPECT_EQ(options("--distortion undistort", "out.%04d.EXR").boxSize, RenderOptions::BoxSize::Frame);
+    EXPECT_EQ(options("--distortion undistort --size frame", "out.%04d.tif").boxSize, RenderOptions::BoxSize::Frame);
 }
 
 TEST(RenderOptions, ReadEveryOption) {

@@ -170,8 +170,6 @@ class Submit(program.ProgramTest):
         for options, reason in (
                 (["--overwrite"], "--overwrite does not go with a farm: tasks are started again where they stopped, and get "
                                   "their cores from the farm. Leave it out."),
-                (["--size", "constant"], "--size constant does not go with a farm: each task knows the boxes of its own "
-                                         "frames only."),
                 (["--wait"], "--wait, --limit and --engine-option are for Slurm.")):
             with self.subTest(options):
                 self.expect(self.submit("--frames", "1", *options), 2, "", f"lenscorrect: {reason}\n")

@@ -1,0 +1,38 @@
+#include "Render/NodeFrameSource.h"
+
+#include <cstring>
+#include <string>
+
+#include "DataSourceHelper.h"
+
+namespace Host {
+
+NodeFrameSource::NodeFrameSource(LensCorrection* node, const RenderOptions& options, const PixelSize& format)
+    : DataSource(node), m_options(options), m_format(format) {}
+
+bool NodeFrameSource::shouldPerformShadingCorrection(Core::ShadingCorrectionParameter& parameter) const {
+    parameter.addShading = m_options.shading == RenderOptions::Shading::Add;
+    parameter.renderMap = m_options.renderMap;
+    return m_options.shading != RenderOptions::Shading::None;
+}
+
+bool NodeFrameSource::shouldPerformDistortionCorrection(Core::DistortionCorrectionParameter& parameter) const {
+    parameter.distort = m_options.distortion == RenderOptions::Distortion::Distort;
+    parameter.renderMap = m_options.renderMap;
+    return m_options.distortion != RenderOptions::Distortion::None;
+}
+
+bool NodeFrameSource::frameData(Core::FrameData& frameData) const {
+    unsigned int frameNumber = 0;
+    std::string timecode;
+    if (!DataSourceHelper::frameNumberAndTimecode(m_op, frameNumber, timecode)) return false;
+    frameData = {};
+    if (timecode.length() >= sizeof frameData.timecode) return false;
+    frameData.frameNumber = frameNumber;
+    std::memcpy(frameData.timecode, timecode.c_str(), timecode.length() + 1);
+    frameData.width = m_format.width;
+    frameData.height = m_format.height;
+    return true;
+}
+
+} // namespace Host

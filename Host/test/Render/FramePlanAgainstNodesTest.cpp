@@ -1,0 +1,65 @@
+#include <gtest/gtest.h>
+
+#include "Render/CorrectionChain.h"
+#include "Render/PlaneTransfer.h"
+#include "Render/Support/RandomPicture.h"
+#include "Support/OpenCLDevice.h"
+
+using DD::Image::Box;
+
+namespace {
+
+HostImage::Frame frameOf(const RandomPicture& picture) {
+    HostImage::Frame frame;
+    HostImage::Part& part = frame.parts.emplace_back();
+    part.displayWindow = {0, 0, static_cast<std::int32_t>(picture.shape.format.width) - 1,
+                          static_cast<std::int32_t>(picture.shape.format.height) - 1};
+    part.dataWindow = Host::fileWindow(picture.shape.data, part.displayWindow);
+    for (const char* const name : {"A", "B", "G", "R"}) {
+        HostImage::Channel channel;
+        channel.name = name;
+        channel.type = HostImage::PixelType::Float;
+        part.channels.push_back(channel);
+    }
+    part.layOutPlanes();
+    part.allocatePixels();
+    return frame;
+}
+
+Host::RenderOptions optionsOf(const RandomPicture& picture) {
+    Host::RenderOptions options;
+    options.overscan = picture.shape.overscan;
+    if (picture.wantsDistortion())
+        options.distortion =
+            picture.isInverse ? Host::RenderOptions::Distortion::Distort : Host::RenderOptions::Distortion::Undistort;
+    if (picture.wantsShading())
+        options.shading = picture.isInverse ? Host::RenderOptions::Shading::Add : Host::RenderOptions::Shading::Remove;
+    return options;
+}
+
+} // namespace
+
+TEST(FramePlanAgainstNodes, TellsTheBoxOfTheNodesWhichRenderIt) {
+    if (!openCLDeviceExists()) GTEST_SKIP() << "no OpenCL device here";
+    std::mt19937 random(23);
+    for (int i = 0; i < 300; ++i) {
+        const RandomPicture picture(random, 200);
+        SCOPED_TRACE(picture.string());
+        const HostImage::Frame frame = frameOf(picture);
+        const HostImage::Metadata metadata{{"input/frame", std::int64_t{1}},
+                                           {"exr/com.orvex.LensCorrection", picture.record}};
+        const Host::ClipFrame shown{&frame, &metadata, "/clip.1.exr", {1, 1}};
+        const Host::RenderOptions options = optionsOf(picture);
+        Host::CorrectionChain chain(options, 1);
+        chain.setFrame(1, shown, 0, shown);
+        try {
+            const Box expected = chain.plan().box;
+            const Host::FramePlan plan = chain.validate();
+            ASSERT_EQ(plan.box, expected);
+            ASSERT_TRUE(plan.box.contains(plan.kept));
+            chain.render([](const DD::Image::ImagePlane&, const std::vector<DD::Image::Channel>&) {});
+        } catch (const std::exception& error) {
+            FAIL() << error.what();
+        }
+    }
+}

@@ -1,0 +1,134 @@
+#include "Render/FramePlan.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include "Exception/Exception.h"
+#include "Map/RadialSampling.h"
+#include "Render/Support/RandomPicture.h"
+
+using DD::Image::Box;
+using Host::FramePlan;
+using Host::Steps;
+
+namespace {
+
+FramePlan planned(const RandomPicture& picture) {
+    Core::FramePreparation preparation(std::make_unique<RandomPictureSource>(picture));
+    return Host::planFrame(picture.shape, picture.steps, preparation);
+}
+
+/// 1920 × 1080, of a lens with the given ‰ at its seven heights.
+RandomPicture hd(const std::string& distortion, const Box& data, bool isInverse = false) {
+    std::mt19937 random(1);
+    RandomPicture picture(random, 64);
+    picture.clip = picture.shape.format = {1920, 1080};
+    picture.shape.data = data;
+    picture.shape.overscan.reset();
+    picture.steps = Steps::Distortion;
+    picture.isInverse = isInverse;
+    picture.record = R"({"recordingFormat": {"camera": {"manufacturer": "", "model": ""},
+        "clipResolution": {"width": 1920, "height": 1080}, "imageRadius": 14.5},
+        "frameData": {"interpolationPoints": {"heights": [0, 3, 6, 9, 11, 13, 15],
+        "shading": [100, 99, 96, 92, 88, 84, 80], "radialDistortion": [)" +
+                     distortion + "]}}}";
+    return picture;
+}
+
+constexpr const char* barrel = "0, -1.2, -4.8, -11, -19, -28, -40";
+constexpr const char* pincushion = "0, 0.9, 3.6, 8, 14, 21, 29";
+constexpr const char* straight = "0, 0, 0, 0, 0, 0, 0";
+const Box format(0, 0, 1920, 1080);
+const Box crop(301, 200, 1002, 703);
+
+} // namespace
+
+TEST(FramePlan, FindsABoxThatTheCoreAcceptsForAnyDataWindowFormatAndLens) {
+    std::mt19937 random(20);
+    for (int i = 0; i < 10000; ++i) {
+        const RandomPicture picture(random, 8192);
+        ASSERT_TRUE(planned(picture).isAccepted) << i << ": " << picture.string();
+    }
+}
+
+TEST(FramePlan, GivesMostPicturesNoBorder) {
+    std::mt19937 random(21);
+    int bordered = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const RandomPicture picture(random, 8192);
+        if (planned(picture).shown != picture.shape.whole()) ++bordered;
+    }
+    EXPECT_GT(bordered, 0);
+    EXPECT_LT(bordered, 150);
+}
+
+TEST(FramePlan, HasOneBoxForTheWholePictureAndForACropOfIt) {
+    EXPECT_EQ(planned(hd(barrel, crop)).box, planned(hd(barrel, format)).box);
+    EXPECT_EQ(planned(hd(pincushion, crop, true)).box, planned(hd(pincushion, format, true)).box);
+}
+
+TEST(FramePlan, HasOneBoxForAPictureWithOverscanAndForACropThatReachesAsFar) {
+    const Box overscan(-96, -54, 2016, 1134);
+    EXPECT_EQ(planned(hd(barrel, Box(-96, 400, 30, 500))).box, planned(hd(barrel, overscan)).box);
+}
+
+TEST(FramePlan, KeepsTheDataWindowWhereNothingMoves) {
+    for (const Box& data : {format, crop, Box(-96, -10, 1900, 1081), Box(2000, 5, 2010, 7)}) {
+        for (const bool isInverse : {false, true}) {
+            RandomPicture picture = hd(straight, data, isInverse);
+            EXPECT_EQ(planned(picture).kept, data);
+            picture.steps = isInverse ? Steps::DistortionThenShading : Steps::ShadingThenDistortion;
+            EXPECT_EQ(planned(picture).kept, data);
+        }
+    }
+}
+
+TEST(FramePlan, KeepsTheDataWindowWhereOnlyShadingIsCorrected) {
+    RandomPicture picture = hd(barrel, Box(-96, -10, 1900, 1081));
+    picture.steps = Steps::Shading;
+    EXPECT_EQ(planned(picture).kept, picture.shape.data);
+}
+
+TEST(FramePlan, KeepsTheDataWindowWhereThePictureOnlyShrinks) {
+    EXPECT_EQ(planned(hd(pincushion, format)).kept, format);
+    EXPECT_EQ(planned(hd(barrel, format, true)).kept, format);
+}
+
+TEST(FramePlan, KeepsAllThatIsRenderedFromTheDataWindowAndLittleElse) {
+    std::mt19937 random(22);
+    for (int i = 0; i < 300; ++i) {
+        const RandomPicture picture(random, 160);
+        if (!picture.wantsDistortion()) continue;
+        const FramePlan plan = planned(picture);
+        const Host::RadialSampling sampling = Host::RadialSampling::rendered(*plan.distortion);
+        const double centreX = picture.shape.format.width / 2.0 - 0.5;
+        const double centreY = picture.shape.format.height / 2.0 - 0.5;
+        const Box& data = picture.shape.data;
+        Box filled = data;
+        for (int y = plan.box.y(); y < plan.box.t(); ++y) {
+            for (int x = plan.box.x(); x < plan.box.r(); ++x) {
+                const double factor = sampling.factor(std::hypot(x - centreX, y - centreY));
+                const double sourceX = centreX + (x - centreX) * factor;
+                const double sourceY = centreY + (y - centreY) * factor;
+                // The border pixels' share in this one; less than 1/64 of them may be lost.
+                const double share = std::min(
+                    {sourceX - (data.x() - 1), data.r() - sourceX, sourceY - (data.y() - 1), data.t() - sourceY});
+                if (share > 1.0 / 64.0) filled.merge(Box(x, y, x + 1, y + 1));
+            }
+        }
+        ASSERT_TRUE(plan.kept.contains(filled)) << i << ": " << picture.string();
+        // A side is bowed, so its outermost place may lie between two pixels.
+        Box larger = filled;
+        larger.pad(1);
+        ASSERT_TRUE(larger.contains(plan.kept)) << i << ": " << picture.string();
+    }
+}
+
+TEST(FramePlan, LeavesAPictureThatIsNotTheRecordingsToTheCore) {
+    RandomPicture picture = hd(barrel, format);
+    picture.shape.format = {1920, 1082};
+    EXPECT_THROW(planned(picture), Exception);
+}
