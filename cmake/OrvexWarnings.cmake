@@ -5,6 +5,8 @@ target_compile_options(orvex_warnings INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual>
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wsuggest-override>
     $<$<BOOL:${ORVEX_WARNINGS_AS_ERRORS}>:-Werror>
+    # No multiply-add is rounded once instead of twice: a frame's size is the same on every processor.
+    -ffp-contract=off
     # Assertion texts name files relative to the repository, and builds are reproducible.
     "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
 if(ORVEX_SANITIZE)
