@@ -4,12 +4,15 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <new>
+#include <string_view>
 
 #include "Commands/Command.h"
 #include "Console/Failure.h"
 #include "Console/PrintableText.h"
+#include "Console/Suggestion.h"
 #include "Exception/Exception.h"
 #include "Help/Declarations.h"
 
@@ -29,12 +32,21 @@ ExitCode reportUsage(const CLI::App& app, const std::string& text) {
     return ExitCode::WrongUse;
 }
 
+std::vector<std::string> optionNames(const CLI::App& command) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : visibleOptions(command)) {
+        const std::vector<std::string> ofOption = namesOf(*option);
+        names.insert(names.end(), ofOption.begin(), ofOption.end());
+    }
+    return names;
+}
+
 /// The library words its own messages, but what it does not know explains more than what it misses therefore.
 std::string messageOf(const CLI::App& app, const CLI::ParseError& error) {
     const std::vector<std::string> unknown = app.remaining(true);
     if (unknown.empty()) return error.what();
     const bool isCommand = app.get_subcommands().empty() && unknown.front().front() != '-';
-    if (isCommand) return fmt::format("There is no command \"{}\"", unknown.front());
+    if (isCommand) return noCommandText(app, unknown.front());
     std::string text = fmt::format("The following argument{} not expected: {}", unknown.size() == 1 ? " was" : "s were",
                                    fmt::join(unknown, " "));
     const bool isOption = unknown.front().front() == '-';
@@ -42,6 +54,7 @@ std::string messageOf(const CLI::App& app, const CLI::ParseError& error) {
     const CLI::App& command = chosenCommand(app);
     if (!isOption && (command.get_option_no_throw("CLIP") || command.get_option_no_throw("PATH")))
         text += "; a sequence is one argument, such as plate.%04d.exr";
+    if (isOption) text += suggestionFor(unknown.front().substr(0, unknown.front().find('=')), optionNames(command));
     return text;
 }
 
@@ -84,7 +97,7 @@ ExitCode runCommandLine(int argumentCount, const char* const* arguments) {
         "each clip.",
         "lenscorrect");
     app.require_subcommand(1);
-    app.set_version_flag("--version", "lenscorrect " ORVEX_VERSION);
+    app.set_version_flag("-v,--version", "lenscorrect " ORVEX_VERSION);
     const std::vector<std::unique_ptr<Command>> commands = allCommands();
     std::vector<CLI::App*> parsers;
     for (const std::unique_ptr<Command>& command : commands) {
@@ -93,6 +106,10 @@ ExitCode runCommandLine(int argumentCount, const char* const* arguments) {
         command->declareOptions(*parser);
         parsers.push_back(parser);
     }
+    // What a person tries first, after other programs.
+    constexpr std::array<const char*, 2> askVersion{"lenscorrect", "--version"};
+    const bool asksVersion = argumentCount == 2 && std::string_view(arguments[1]) == "version";
+    if (asksVersion) arguments = askVersion.data();
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {

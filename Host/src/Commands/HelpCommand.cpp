@@ -42,8 +42,9 @@ std::string HelpCommand::helpText() const {
     for (const CLI::App* command : visibleCommands(*m_program)) {
         if (command->get_name() == m_command) return command->help(m_program->get_name());
     }
+    const std::string text = noCommandText(*m_program, m_command);
     throw Failure(ExitCode::WrongUse,
-                  fmt::format("There is no command \"{}\". Run \"lenscorrect help\" for the list.", m_command));
+                  fmt::format("{}{} Run \"lenscorrect help\" for the list.", text, text.back() == '?' ? "" : "."));
 }
 
 } // namespace Host

@@ -29,6 +29,12 @@ std::string lineOf(const nlohmann::ordered_json& event) {
     return event.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + '\n';
 }
 
+/// Three digits, or all of a larger number.
+std::string rateText(double rate) {
+    if (rate >= 100.0) return fmt::format("{:.0f}", rate);
+    return rate < 0.001 ? "less than 0.001" : fmt::format("{:.3g}", rate);
+}
+
 } // namespace
 
 Progress::Mode Progress::parseMode(const std::string& text, bool isTerminal) {
@@ -91,7 +97,7 @@ void Progress::note(const std::string& message) {
     m_output.write(bar + "lenscorrect: " + printableText(message) + '\n');
 }
 
-void Progress::end(const std::vector<std::string>& unshaded) {
+void Progress::end(const std::string& files, const std::vector<std::string>& unshaded) {
     const std::lock_guard lock(m_mutex);
     if (m_mode == Mode::Json) {
         nlohmann::ordered_json event{{"event", "end"},     {"done", m_done},   {"skipped", m_skipped},
@@ -100,7 +106,10 @@ void Progress::end(const std::vector<std::string>& unshaded) {
         m_output.write(lineOf(event));
         return;
     }
-    if (m_mode != Mode::None) show(true);
+    if (m_mode != Mode::None) {
+        show(true);
+        if (!files.empty() && m_done + m_skipped > 0) m_output.write("Frames: " + printableText(files) + '\n');
+    }
     if (!unshaded.empty()) {
         m_output.write(printableText(
             fmt::format("Left unshaded: {} (--shading-layers decides otherwise)\n", fmt::join(unshaded, ", "))));
@@ -163,7 +172,7 @@ std::string Progress::line() const {
         fmt::format("{} of {} frames ({} %)", finished, m_total, m_total ? finished * 100 / m_total : 100);
     if (worked > 0 && elapsed > 0.0) {
         const double rate = static_cast<double>(worked) / elapsed;
-        text += fmt::format(", {:.3g} frames/s", rate);
+        text += fmt::format(", {} frames/s", rateText(rate));
         if (finished < m_total)
             text += fmt::format(", {} left", durationText(static_cast<double>(m_total - finished) / rate));
     }

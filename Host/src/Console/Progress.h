@@ -45,8 +45,9 @@ public:
     void failed(std::int32_t frame, const std::string& file, const std::string& message);
     /// Something that the job's user should know; a line, or an event, of its own, in every mode.
     void note(const std::string& message);
-    /// The last line or event; once. `unshaded`: layers and channels that a shading correction left as they are.
-    void end(const std::vector<std::string>& unshaded = {});
+    /// The last lines or event; once. `files`: the pattern of the frames' files; a bar and lines say where the frames
+    /// are, if there is any frame. `unshaded`: layers and channels that a shading correction left as they are.
+    void end(const std::string& files = {}, const std::vector<std::string>& unshaded = {});
 
     std::size_t doneCount() const;
     std::size_t skippedCount() const;

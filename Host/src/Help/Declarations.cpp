@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "Console/Suggestion.h"
+
 namespace Host {
 namespace {
 
@@ -20,8 +22,9 @@ std::vector<const CLI::Option*> visibleOptions(const CLI::App& app) {
         app.get_options([](const CLI::Option* option) { return !option->get_group().empty(); });
     // A group of options is a command without a name to the parser.
     for (const CLI::App* group : app.get_subcommands([](const CLI::App* part) { return part->get_name().empty(); })) {
-        const std::vector<const CLI::Option*> ofGroup = visibleOptions(*group);
-        options.insert(options.end(), ofGroup.begin(), ofGroup.end());
+        const CLI::Option* const ownHelp = group->get_help_ptr(); // inherited; the command's is enough
+        for (const CLI::Option* option : visibleOptions(*group))
+            if (option != ownHelp) options.push_back(option);
     }
     return options;
 }
@@ -46,6 +49,12 @@ std::vector<std::string> choicesOf(const CLI::Option& option) {
     const std::size_t end = type.find('}', start);
     if (end == std::string::npos) return {};
     return CLI::detail::split(type.substr(start + 1, end - start - 1), ',');
+}
+
+std::string noCommandText(const CLI::App& program, const std::string& name) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : visibleCommands(program)) names.push_back(command->get_name());
+    return "There is no command \"" + name + '"' + suggestionFor(name, names);
 }
 
 } // namespace Host

@@ -24,4 +24,7 @@ std::string valueOf(const CLI::Option& option);
 /// The words that an option accepts, if it accepts only certain ones.
 std::vector<std::string> choicesOf(const CLI::Option& option);
 
+/// `There is no command "NAME"`, with the name that may be meant.
+std::string noCommandText(const CLI::App& program, const std::string& name);
+
 } // namespace Host

@@ -62,9 +62,11 @@ std::string optionText(const CLI::Option& option) {
     return text + (option.get_required() ? " (required)\n" : "\n");
 }
 
+/// All but the help's own, which every command has and the program's options tell once.
 std::string optionTexts(const CLI::App& app) {
     std::string text;
-    for (const CLI::Option* option : visibleOptions(app)) text += optionText(*option);
+    for (const CLI::Option* option : visibleOptions(app))
+        if (option != app.get_help_ptr()) text += optionText(*option);
     return text;
 }
 
@@ -94,7 +96,8 @@ std::string manPage(const CLI::App& program) {
         ".TH LENSCORRECT 1 \"\" \"{0}\"\n.SH NAME\nlenscorrect \\- {1}\n"
         ".SH SYNOPSIS\n.B lenscorrect\n\\fIcommand\\fR [\\fIoptions\\fR]\n"
         ".SH OPTIONS\n{2}.SH COMMANDS\n",
-        escaped(version), escaped(program.get_description()), optionTexts(program));
+        escaped(version), escaped(program.get_description()),
+        optionText(*program.get_help_ptr()) + optionTexts(program));
     for (const CLI::App* command : visibleCommands(program)) text += commandText(*command);
     return text + exitStatus;
 }

@@ -74,8 +74,8 @@ FrameInfo infoOf(std::int32_t frame, const RenderOptions& options, const Clip& c
         info.file = path;
         // What the node shows is the truth; without a device, say, the core would still know everything else.
         if (nodeError && info.error.empty()) {
-            info.error = nodeError->what();
-            info.details = withoutFirstLine(nodeError->details(), info.error);
+            info.error = CorrectionError::causeFirst(nodeError->what());
+            info.details = withoutFirstLine(nodeError->details(), nodeError->what());
         }
     } catch (const std::exception& exception) {
         info.error = exception.what();

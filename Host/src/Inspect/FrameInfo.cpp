@@ -6,6 +6,7 @@
 #include "Exception/Exception.h"
 #include "Map/RadialSampling.h"
 #include "Map/RecordedFrame.h"
+#include "Render/CorrectionChain.h"
 
 namespace Host {
 
@@ -47,10 +48,10 @@ FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation, con
         info.parameters = preparation.parameters(plan.frame);
         info.undistortion = undistortionOf(plan, shape, info.parameters.distortion.value());
     } catch (const Exception& exception) {
-        info.error = exception.what();
+        info.error = CorrectionError::causeFirst(exception.what());
         info.details = detailsOf(exception);
     } catch (const std::exception& exception) {
-        info.error = exception.what();
+        info.error = CorrectionError::causeFirst(exception.what());
     }
     return info;
 }

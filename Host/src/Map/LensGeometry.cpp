@@ -113,12 +113,8 @@ std::string LensGeometry::file(std::int32_t frame) const {
 }
 
 std::string LensGeometry::message(std::int32_t frame, const std::exception& exception) const {
-    std::string text = exception.what();
-    if (const auto* const error = dynamic_cast<const CorrectionError*>(&exception)) {
-        // The details begin with the brief text.
-        if (!error->details().empty()) text = error->details();
-        while (!text.empty() && text.back() == '\n') text.pop_back();
-    }
+    const auto* const error = dynamic_cast<const CorrectionError*>(&exception);
+    const std::string text = error ? error->text() : exception.what();
     const std::string path = file(frame);
     return path.empty() || text.find(path) != std::string::npos ? fmt::format("Frame {}: {}", frame, text)
                                                                 : fmt::format("Frame {} ({}): {}", frame, path, text);

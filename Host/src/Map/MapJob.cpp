@@ -110,15 +110,16 @@ ExitCode MapJob::run() {
         try {
             writeOne();
         } catch (const CorrectionError& error) {
-            throw Failure(ExitCode::WrongUse, error.details().empty() ? error.what() : error.details());
+            throw Failure(ExitCode::WrongUse, error.text());
         }
         return Interruption::requested() ? Interruption::exitCode() : ExitCode::Done;
     }
     const Progress::Mode mode = Progress::parseMode(m_options.progress, isatty(STDERR_FILENO) == 1);
     Progress progress(mode, frames.size(), Progress::standardOutput(mode));
     std::vector<std::int32_t> failed;
-    for (const std::int32_t frame : frames) {
-        if (Interruption::requested()) break;
+    std::size_t next = 0;
+    for (; next < frames.size() && !Interruption::requested(); ++next) {
+        const std::int32_t frame = frames[next];
         const std::string path = m_options.output.path(frame);
         try {
             write(frame, geometries(frame));
@@ -130,13 +131,19 @@ ExitCode MapJob::run() {
             failed.push_back(frame);
         }
     }
-    progress.end();
+    progress.end(m_options.output.string());
     if (!failed.empty()) {
         std::sort(failed.begin(), failed.end());
         fmt::print(stderr, "lenscorrect: {} of {} frames failed: {}\n", failed.size(), frames.size(),
                    FrameRange::string(failed));
     }
-    if (Interruption::requested()) return Interruption::exitCode();
+    if (Interruption::requested()) {
+        const std::vector<std::int32_t> left(frames.begin() + static_cast<std::ptrdiff_t>(next), frames.end());
+        if (!left.empty())
+            fmt::print(stderr, "lenscorrect: Stopped. Run the same command with --frames={} to go on.\n",
+                       FrameRange::string(left));
+        return Interruption::exitCode();
+    }
     return failed.empty() ? ExitCode::Done : ExitCode::SomeFramesFailed;
 }
 

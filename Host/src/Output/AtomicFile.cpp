@@ -116,17 +116,30 @@ int flush(const std::string& path, int flags) {
     return error == EINVAL || error == ENOTSUP ? 0 : error;
 }
 
+/// The folder of a file, which is made if it is missing.
+std::string madeFolderOf(const std::string& path) {
+    const fs::path parent = fs::path(path).parent_path();
+    const std::string folder = parent.empty() ? "." : parent.string();
+    std::error_code error;
+    fs::create_directories(folder, error);
+    std::error_code unknown;
+    if (!fs::is_directory(folder, unknown))
+        fail(fmt::format("Folder \"{}\" could not be made", folder), error ? error.value() : ENOTDIR);
+    return folder;
+}
+
 } // namespace
+
+void AtomicFile::checkFolderOf(const std::string& path) {
+    const std::string folder = madeFolderOf(path);
+    if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0)
+        fail(fmt::format("Folder \"{}\" cannot be written", folder), errno);
+}
 
 AtomicFile::AtomicFile(const std::string& path) : m_path(path), m_slot(-1) {
     const fs::path target(path);
-    m_folder = target.parent_path().empty() ? "." : target.parent_path().string();
+    m_folder = madeFolderOf(path);
     std::error_code error;
-    fs::create_directories(m_folder, error);
-    std::error_code unknown;
-    if (!fs::is_directory(m_folder, unknown)) {
-        fail(fmt::format("Folder \"{}\" could not be made", m_folder), error ? error.value() : ENOTDIR);
-    }
     if (fs::is_directory(target, error)) {
         throw Failure(ExitCode::Output, fmt::format("\"{}\" is a folder; name a file to write.", path));
     }

@@ -18,6 +18,10 @@ namespace Host {
 /// Each object belongs to one thread; different objects are independent.
 class AtomicFile {
 public:
+    /// Makes missing parent folders of a file that is to be written later. Throws Failure (Output) if that fails, or if
+    /// no file may be made in its folder.
+    static void checkFolderOf(const std::string& path);
+
     /// Makes missing parent folders and the temporary file. Throws Failure (Output) if that fails, if a folder has the
     /// file's name already, or once `removeAllNow` has been called.
     explicit AtomicFile(const std::string& path);

@@ -1,5 +1,7 @@
 #include "Render/Clip.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <utility>
 
@@ -28,7 +30,14 @@ Clip::Clip(const std::string& path, DecodingOptions decoding)
     if (std::filesystem::exists(sidecar)) m_sidecar.emplace(sidecar);
 }
 
-ClipSource::Range Clip::range() const { return {m_frames.begin()->first, m_frames.rbegin()->first}; }
+ClipSource::Range Clip::range() const {
+    const std::int64_t last = std::min<std::int64_t>(shownNumber(m_frames.rbegin()->first), INT32_MAX);
+    return {static_cast<std::int32_t>(shownNumber(m_frames.begin()->first)), static_cast<std::int32_t>(last)};
+}
+
+std::int64_t Clip::shownNumber(std::int32_t frame) const {
+    return std::int64_t{frame} - std::min(m_frames.begin()->first, 0);
+}
 
 std::int64_t Clip::indexInFile(std::int32_t frame) const { return m_isMovie ? std::int64_t{frame} - 1 : 0; }
 
@@ -64,7 +73,7 @@ void Clip::read(std::int32_t frame, HostImage::Frame& into, unsigned int threads
 }
 
 HostImage::Metadata Clip::metadata(std::int32_t frame, const HostImage::Frame& header) const {
-    HostImage::Metadata metadata = HostImage::hostMetadata(header, path(frame), frame);
+    HostImage::Metadata metadata = HostImage::hostMetadata(header, path(frame), shownNumber(frame));
     if (m_sidecar)
         for (const auto& [key, value] : m_sidecar->values(frame)) metadata[key] = value;
     return metadata;

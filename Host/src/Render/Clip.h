@@ -27,6 +27,8 @@ public:
     const FrameFiles& files() const { return m_files; }
     /// Every frame and its file.
     const std::map<std::int32_t, std::string>& frames() const { return m_frames; }
+    /// First and last frame as the nodes see them. They take no negative frame number, and a frame's place in the clip
+    /// is what counts: a clip that begins below 0 is shown as one that begins at 0.
     ClipSource::Range range() const;
     bool isMovie() const { return m_isMovie; }
     /// The clip's path for the finder of correction files.
@@ -49,6 +51,7 @@ public:
     std::string path(std::int32_t frame) const;
 
 private:
+    std::int64_t shownNumber(std::int32_t frame) const;
     std::int64_t indexInFile(std::int32_t frame) const;
 
     DecodingOptions m_decoding;

@@ -34,6 +34,19 @@ CorrectionError::CorrectionError(const std::string& brief, const std::string& de
 
 CorrectionError::~CorrectionError() = default;
 
+std::string CorrectionError::text() const {
+    std::string text = m_details.empty() ? what() : m_details;
+    while (!text.empty() && text.back() == '\n') text.pop_back();
+    return causeFirst(text);
+}
+
+std::string CorrectionError::causeFirst(const std::string& text) {
+    for (const std::string sentence :
+         {"Header of the metadata is not available. ", "Metadata for the frame is not available. "})
+        if (text.starts_with(sentence)) return text.substr(sentence.size());
+    return text;
+}
+
 CorrectionChain::CorrectionChain(const RenderOptions& options, unsigned int threads, const InputSpace* space)
     : m_options(options),
       m_threads(threads),

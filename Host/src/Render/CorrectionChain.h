@@ -28,6 +28,11 @@ public:
     CorrectionError(const std::string& brief, const std::string& details);
     ~CorrectionError() override;
     const std::string& details() const { return m_details; }
+    /// All of it for a person, without a line feed at the end: the details, which begin with the brief text, or that
+    /// alone; the cause first.
+    std::string text() const;
+    /// A core's text without the sentence that only says that there are no lens data, where the cause follows it.
+    static std::string causeFirst(const std::string& text);
 
 private:
     std::string m_details;

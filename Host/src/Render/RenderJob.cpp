@@ -12,10 +12,13 @@
 #include "Console/Failure.h"
 #include "Core/FramePreparation.h"
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
+#include "DataSourceHelper.h"
 #include "Device/RenderProbe.h"
 #include "Exception/Exception.h"
 #include "Image/DroppedPictures.h"
+#include "Image/FrameReader.h"
 #include "Image/ImageError.h"
+#include "LensCorrection.h"
 #include "Output/AtomicFile.h"
 #include "Output/Interruption.h"
 #include "Render/ClipSurvey.h"
@@ -50,16 +53,6 @@ std::string searchedCorrectionFile(const std::string& clip) {
 
 std::uint64_t halfOfTheMemory() {
     return static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) * static_cast<std::uint64_t>(sysconf(_SC_PAGE_SIZE)) / 2;
-}
-
-std::string withoutLastLineFeeds(std::string text) {
-    while (!text.empty() && text.back() == '\n') text.pop_back();
-    return text;
-}
-
-std::string textOf(const CorrectionError& error) {
-    // The details begin with the brief text.
-    return withoutLastLineFeeds(error.details().empty() ? error.what() : error.details());
 }
 
 /// All but the pixels, whose memory stays.
@@ -222,7 +215,7 @@ void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vect
             forEachHeader(chain, job->frame, [&](std::size_t) { chain.validate(); });
             return;
         } catch (const CorrectionError& error) {
-            if (firstText.empty()) firstText = textOf(error);
+            if (firstText.empty()) firstText = error.text();
         } catch (const HostImage::ImageError&) {
             // This frame's own trouble, told when its turn comes.
             if (jobs.size() > 1) return;
@@ -235,13 +228,44 @@ void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vect
                       fmt::format("The OpenCL device does not render: {}\n{}\n\"lenscorrect devices\" tells more.",
                                   firstText, probe.reason));
     }
-    std::string advice;
-    if (m_correctionFile.empty())
-        advice =
-            "\nNo correction file was found around the clip: lay the one that names this clip "
-            "beside it, or give its path with --correction-file. \"lenscorrect find\" tells where it is searched.";
-    throw Failure(ExitCode::WrongUse,
-                  fmt::format("The lens data do not fit the clip \"{}\": {}{}", m_options.clip, firstText, advice));
+    const std::string clip = m_options.plate.value_or(m_options.clip);
+    // Frames may bring their lens data along, and then fail for another reason.
+    if (m_correctionFile.empty() && firstText.starts_with("Correction file could not be found."))
+        throw Failure(
+            ExitCode::WrongUse,
+            fmt::format("No correction file was found around the clip \"{}\": lay the one that names this clip "
+                        "beside it, or give its path with --correction-file. \"lenscorrect find\" tells where "
+                        "it is searched.\n{}{}",
+                        clip, firstText, nameNote(chain)));
+    throw Failure(ExitCode::WrongUse, fmt::format("{}{}\nNo frame of the clip \"{}\" can be corrected.", firstText,
+                                                  nameNote(chain), m_options.clip));
+}
+
+/// Whose name a text's path has when it is not that of the files; a line of its own, or empty.
+std::string RenderJob::nameNote(CorrectionChain& chain) const {
+    const Clip& clip = m_plate ? *m_plate : m_clip;
+    std::string path;
+    if (!DataSourceHelper::clipFilePath(&chain.lastNode(), path) || path == clip.searchPath()) return {};
+    return fmt::format("\nThe clip's name, \"{}\", is from its metadata; its files are \"{}\".",
+                       path.substr(path.rfind('/') + 1), clip.files().pattern.string());
+}
+
+/// What would fail every frame once it is corrected.
+void RenderJob::checkOutputFolder(const FrameJob& first) const {
+    AtomicFile::checkFolderOf(first.output);
+    if (m_options.renderMap) return;
+    const std::string folder = m_options.output.folder();
+    std::error_code error;
+    const std::filesystem::space_info space = std::filesystem::space(folder, error);
+    if (error) return;
+    // A frame is about as large as it came; less than half of that holds none, whatever the compression.
+    const std::uintmax_t frame =
+        HostImage::isMovie(first.input) ? 0 : std::filesystem::file_size(first.input, error) / 2;
+    if (error || space.available > frame) return;
+    throw Failure(ExitCode::Output,
+                  fmt::format("The disk of folder \"{}\" has {} kB left, which is no room for a frame. Free space, or "
+                              "choose another folder.",
+                              folder, space.available / 1000));
 }
 
 /// A mistake in the sequence, perhaps; nothing for an empty text.
@@ -440,7 +464,7 @@ bool RenderJob::attempt(Slot& slot, Progress& progress, Step step) {
     } catch (const Failure& failure) {
         fail(progress, slot.job, failure.what(), failure.exitCode() == ExitCode::Output);
     } catch (const CorrectionError& error) {
-        fail(progress, slot.job, textOf(error), false);
+        fail(progress, slot.job, error.text(), false);
     } catch (const std::bad_alloc&) {
         fail(progress, slot.job, "There is not enough memory for this frame. Try a smaller --memory or --threads 1.",
              false);
@@ -527,6 +551,7 @@ ExitCode RenderJob::run() {
         surveyHeaders(progress, share);
         CorrectionChain chain(m_options, share, &m_inputSpace);
         checkBeforeTheFirstFrame(chain, jobs);
+        checkOutputFolder(jobs.front());
         while (std::optional<std::unique_ptr<Slot>> slot = decoded.pop()) {
             if (!(m_isStopped && m_options.stopOnError) &&
                 attempt(**slot, progress, [&] { render(chain, **slot, share); }))
@@ -545,14 +570,22 @@ ExitCode RenderJob::run() {
 }
 
 ExitCode RenderJob::finish(Progress& progress, std::size_t frames) const {
-    progress.end(m_unshaded);
+    progress.end(m_options.output.string(), m_unshaded);
     if (!m_failedFrames.empty()) {
         std::vector<std::int32_t> failed = m_failedFrames;
         std::sort(failed.begin(), failed.end());
         fmt::print(stderr, "lenscorrect: {} of {} frames failed: {}\n", failed.size(), frames,
                    FrameRange::string(failed));
     }
-    if (Interruption::requested()) return Interruption::exitCode();
+    if (Interruption::requested()) {
+        const std::size_t left = frames - progress.doneCount() - progress.skippedCount() - progress.failedCount();
+        const char* const how = m_options.skipExisting ? "again"
+                                : m_options.overwrite  ? "again with --skip-existing instead of --overwrite"
+                                                       : "again with --skip-existing";
+        fmt::print(stderr, "lenscorrect: Stopped with {} of {} frames left. Run the same command {} to go on.\n", left,
+                   frames, how);
+        return Interruption::exitCode();
+    }
     if (m_hasOutputFailed) return ExitCode::Output;
     return m_failedFrames.empty() ? ExitCode::Done : ExitCode::SomeFramesFailed;
 }

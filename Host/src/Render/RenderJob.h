@@ -50,6 +50,8 @@ private:
     void checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs);
     template <typename Action>
     void forEachHeader(CorrectionChain& chain, std::int32_t frame, Action action) const;
+    std::string nameNote(CorrectionChain& chain) const;
+    void checkOutputFolder(const FrameJob& first) const;
     void findConstantBoxes();
     std::optional<HostImage::Frame> headerOf(const FrameJob& job) const;
     std::string objection(const HostImage::Frame& frame) const;

@@ -76,20 +76,52 @@ TEST(Progress, TellsTheLastFrameOnce) {
 TEST(Progress, TellsLastWhatStayedUnshadedInEveryModeForPeople) {
     const std::string told = "Left unshaded: N, depth\\x1B.Z (--shading-layers decides otherwise)\n";
     Recorder lines(Progress::Mode::Lines, 0);
-    lines.progress.end({"N", "depth\x1b.Z"});
+    lines.progress.end("", {"N", "depth\x1b.Z"});
     EXPECT_EQ(lines.takeText(), "0 of 0 frames (100 %), 0 errors\n" + told);
     Recorder silent(Progress::Mode::None, 0);
-    silent.progress.end({"N", "depth\x1b.Z"});
+    silent.progress.end("", {"N", "depth\x1b.Z"});
     EXPECT_EQ(silent.takeText(), told);
 }
 
 TEST(Progress, TellsProgramsWhatStayedUnshaded) {
     Recorder recorder(Progress::Mode::Json, 0);
     recorder.takeText();
-    recorder.progress.end({"N", "Z"});
+    recorder.progress.end("", {"N", "Z"});
     EXPECT_EQ(recorder.takeText(),
               "{\"event\":\"end\",\"done\":0,\"skipped\":0,\"failed\":0,\"total\":0,\"seconds\":0.0,"
               "\"unshaded\":[\"N\",\"Z\"]}\n");
+}
+
+TEST(Progress, TellsWhereTheFramesAreIfThereIsAny) {
+    Recorder recorder(Progress::Mode::Lines, 1);
+    recorder.time += 5.0;
+    recorder.progress.done(1, "out/f.0001.exr");
+    recorder.progress.end("out/f.%04d.exr");
+    EXPECT_EQ(recorder.takeText(), "1 of 1 frames (100 %), 0.2 frames/s, 0 errors\nFrames: out/f.%04d.exr\n");
+    Recorder failing(Progress::Mode::Lines, 1);
+    failing.time += 5.0;
+    failing.progress.failed(1, "out/f.0001.exr", "Frame 1: no.");
+    failing.takeText();
+    failing.progress.end("out/f.%04d.exr");
+    EXPECT_EQ(failing.takeText(), "1 of 1 frames (100 %), 0.2 frames/s, 1 error\n");
+    Recorder silent(Progress::Mode::None, 1);
+    silent.progress.done(1, "out/f.0001.exr");
+    silent.progress.end("out/f.%04d.exr");
+    EXPECT_EQ(silent.takeText(), "");
+}
+
+TEST(Progress, TellsARateOfAnySizeInDigits) {
+    for (const auto& [seconds, rate] : {std::pair<double, const char*>{0.0000625, "16000"},
+                                        {0.00100001, "1000"},
+                                        {0.03, "33.3"},
+                                        {400.0, "0.0025"},
+                                        {100000.0, "less than 0.001"}}) {
+        Recorder recorder(Progress::Mode::Lines, 1);
+        recorder.time += seconds;
+        recorder.progress.done(1, "a");
+        recorder.progress.end();
+        EXPECT_EQ(recorder.takeText(), std::string("1 of 1 frames (100 %), ") + rate + " frames/s, 0 errors\n");
+    }
 }
 
 TEST(Progress, TellsAFailedFrameAtOnceAboveTheBar) {

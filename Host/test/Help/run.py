@@ -28,7 +28,7 @@ class Help(program.ProgramTest):
 
     def test_an_unknown_command_is_named(self):
         self.expect(self.run_program("help", "plto"), 2, "",
-                    'lenscorrect: There is no command "plto". Run "lenscorrect help" for the list.\n')
+                    'lenscorrect: There is no command "plto"; did you mean "plot"? Run "lenscorrect help" for the list.\n')
 
     def test_the_manual_page_is_well_formed_and_tells_every_command(self):
         page = self.run_program("help", "--man")
@@ -42,6 +42,7 @@ class Help(program.ProgramTest):
         self.assertIn("\\fB\\-o, \\-\\-output\\fR \\fITEXT\\fR\nPage (.html) or picture (.svg) to write (required)\n",
                       page.stdout)
         self.assertNotIn("probe", page.stdout)  # hidden
+        self.assertEqual(page.stdout.count("\\fB\\-h, \\-\\-help\\fR"), 1)  # every command has it
 
     def test_a_line_of_an_example_never_becomes_a_request(self):
         for line in self.run_program("help", "--man").stdout.splitlines():

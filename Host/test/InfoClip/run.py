@@ -56,7 +56,7 @@ class InfoClip(program.ProgramTest):
         self.assertIn(self.clip_folder, report["searchedFolders"])
         self.assertEqual(report["passedOverFiles"], [])
         self.assertEqual(report["frames"][0]["error"],
-                         "Header of the metadata is not available. Correction file could not be found.")
+                         "Correction file could not be found.")
 
     def test_tells_which_correction_files_are_not_the_clips(self):
         self.write_frame(1001)

@@ -36,12 +36,53 @@ class Render(program.ProgramTest):
         self.sample("--size", "128x96", "--frames", "30")  # more than wait decoded when it is said
         os.remove(self.path("clip", "plate.olcf"))
         self.expect(self.render("--distortion", "undistort", "-o", "out/f.%04d.exr"), 2, "", """\
-lenscorrect: The lens data do not fit the clip "clip/plate.%04d.exr": Header of the metadata is not available. \
+lenscorrect: No correction file was found around the clip "clip/plate.%04d.exr": lay the one that names this clip beside it, \
+or give its path with --correction-file. "lenscorrect find" tells where it is searched.
 Correction file could not be found.
 Clip File Path: "{}/clip/plate"
-No correction file was found around the clip: lay the one that names this clip beside it, or give its path with \
---correction-file. "lenscorrect find" tells where it is searched.
 """.format(os.path.realpath(self.folder)))
+
+    def test_names_the_clip_whose_name_is_not_that_of_its_files(self):
+        self.sample("--size", "128x96", "--frames", "2")
+        with open(self.path("clip", "plate.metadata.json"), "w", encoding="utf-8") as file:
+            file.write('{"input/filename": "A001_C002.R3D", "r3d/reel_id_full": "A001_C002"}')
+        result = self.render("--distortion", "undistort", "-o", "out/f.%04d.exr")
+        self.expect(result, 2, "", """\
+lenscorrect: Correction file could not be found.
+Clip File Path: "{}/clip/A001_C002"
+The clip's name, "A001_C002", is from its metadata; its files are "clip/plate.%04d.exr".
+No frame of the clip "clip/plate.%04d.exr" can be corrected.
+""".format(os.path.realpath(self.folder)))
+
+    def test_says_where_the_frames_are(self):
+        self.sample("--size", "128x96", "--frames", "2")
+        arguments = ("render", "clip/plate.%04d.exr", "--distortion", "undistort", "-o", "out/f.%04d.exr")
+        for more in ([], ["--skip-existing"]):
+            result = self.run_program(*arguments, *more)
+            self.expect(result, 0, "")
+            self.assertEqual(result.stderr.splitlines()[-1], "Frames: out/f.%04d.exr")
+
+    def test_corrects_frames_with_negative_numbers_like_those_of_any_clip(self):
+        self.sample("--size", "128x96", "--frames", "3")
+        self.expect(self.render("--distortion", "undistort", "--shading", "remove", "-o", "out/f.%04d.exr"), 0, "", "")
+        os.makedirs(self.path("below"))
+        for number in (1, 2, 3):
+            os.rename(self.path("clip", f"plate.{1000 + number}.exr"), self.path("below", f"plate.{number - 3:05}.exr"))
+        os.rename(self.path("clip", "plate.olcf"), self.path("below", "plate.olcf"))
+        self.assertEqual(self.frames("below"), ["plate.-0001.exr", "plate.-0002.exr", "plate.00000.exr", "plate.olcf"])
+        for clip in ("below/plate.%05d.exr", "below"):
+            with self.subTest(clip):
+                self.expect(self.run_program("render", clip, "--progress", "none", "--distortion", "undistort", "--shading",
+                                             "remove", "-o", "again/f.%05d.exr", "--overwrite"), 0, "", "")
+                self.assertEqual(self.frames("again"), ["f.-0001.exr", "f.-0002.exr", "f.00000.exr"])
+                for number in (1, 2, 3):
+                    with open(self.path("out", f"f.{1000 + number}.exr"), "rb") as first, \
+                            open(self.path("again", f"f.{number - 3:05}.exr"), "rb") as second:
+                        marks = (b"clip/plate.olcf", b"below/plate.olcf")
+                        self.assertEqual(len(first.read()) - len(marks[0]), len(second.read()) - len(marks[1]))
+        result = self.run_program("render", "below", "--frames", "-2--1", "--shading", "remove", "-o", "two/f.%05d.exr")
+        self.expect(result, 0)
+        self.assertEqual(self.frames("two"), ["f.-0001.exr", "f.-0002.exr"])
 
     def test_names_an_output_that_no_picture_can_be_before_the_first_frame(self):
         self.sample("--size", "128x96", "--frames", "2")

@@ -115,7 +115,12 @@ close out/.f.%04d.exr.HOST.frames
 """)
 
     def test_making_the_folder(self):
-        self.assertGreaterEqual(self.fail_each("mkdir", errno.ENOSPC, can_be_ignored=True), 1)
+        # It is made once, before the first frame.
+        result = self.render(*UNDISTORT, environment={
+            "LD_PRELOAD": FAULTS, "OUTPUT_FAULT": f"mkdir:1:{errno.ENOSPC}",
+            "OUTPUT_FAULT_FOLDER": os.path.realpath(self.path("out")), "OUTPUT_FAULT_COUNT": self.path("count")})
+        self.expect(result, 4, "", 'lenscorrect: Folder "out" could not be made: No space left on device.\n')
+        self.assertFalse(os.path.exists(self.path("out")))
 
     def test_close_of_a_dpx_file(self):
         self.assertGreaterEqual(self.fail_each("close", errno.ENOSPC, "dpx", can_be_ignored=True), 1)
@@ -188,8 +193,14 @@ lenscorrect: 1 of 2 frames failed: 1002
         with open(self.path("out"), "w", encoding="utf-8"):
             pass
         result = self.render(*UNDISTORT)
+        self.expect(result, 4, "", 'lenscorrect: Folder "out" could not be made: Not a directory.\n')
+
+    def test_a_disk_without_room_for_a_frame_is_told_before_the_first_one(self):
+        self.small_disk("disk", 4)
+        result = self.render(*UNDISTORT, out="disk/f.%04d.exr")
         self.expect(result, 4, "")
-        self.assertIn('Folder "out" could not be made', result.stderr)
+        self.assertRegex(result.stderr, r'^lenscorrect: The disk of folder "disk" has \d kB left, which is no room for a frame\. '
+                                        r"Free space, or choose another folder\.\n$")
 
     @unittest.skipIf(os.geteuid() == 0 and not shutil.which("setpriv"), "needs an ordinary user")
     def test_a_folder_that_may_not_be_written(self):
@@ -203,8 +214,7 @@ lenscorrect: 1 of 2 frames failed: 1002
             command = ["setpriv", "--bounding-set=-dac_override,-dac_read_search", "--inh-caps=-dac_override",
                        *command]
         result = subprocess.run(command, capture_output=True, encoding="utf-8", timeout=300)
-        self.expect(result, 4, "")
-        self.assertIn("Permission denied", result.stderr)
+        self.expect(result, 4, "", f'lenscorrect: Folder "{outside}" cannot be written: Permission denied.\n')
         self.assertEqual(os.listdir(outside), [])
 
     def test_the_folder_vanishes_during_the_job(self):

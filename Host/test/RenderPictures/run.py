@@ -762,10 +762,10 @@ class LensData(render_test.RenderTest):
         self.write_lens(name="other")
         self.write_plate(self.part())
         self.expect(self.render(*UNDISTORT, "--correction-file", "other.olcf"), 2, "", """\
-lenscorrect: The lens data do not fit the clip "plate.%04d.exr": Header of the metadata is not available. \
-Correction file does not belong to the clip.
+lenscorrect: Correction file does not belong to the clip.
 Clip File Name: "plate"
 Correction File Path: "other.olcf"
+No frame of the clip "plate.%04d.exr" can be corrected.
 """)
         self.assertFalse(os.path.exists(self.path("out")))
 

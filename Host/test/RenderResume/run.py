@@ -203,8 +203,11 @@ class Interrupted(render_test.RenderTest):
         self.assertIn('"start"', self.line(job))
         self.assertIn('"done"', self.line(job))
         job.send_signal(number)
-        job.communicate(timeout=300)
+        errors = job.communicate(timeout=300)[1]
         self.assertEqual(job.returncode, status)
+        left = self.COUNT - len(self.names())
+        self.assertEqual(errors, f"lenscorrect: Stopped with {left} of {self.COUNT} frames left. Run the same command again "
+                                 "with --skip-existing to go on.\n")
         self.assertLess(len(self.names()), self.COUNT)
         self.expect_whole("out", good)
         self.assertEqual(self.temporaries(), [])

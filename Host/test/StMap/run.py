@@ -165,7 +165,7 @@ class StMap(program.ProgramTest):
         self.sample(frames="1")
         os.remove(self.path("clip", "plate.olcf"))
         self.stmap("--direction", "undistort", "-o", "map.exr", status=2, output="",
-                   errors="lenscorrect: Frame 1001 (clip/plate.1001.exr): Header of the metadata is not available. "
+                   errors="lenscorrect: Frame 1001 (clip/plate.1001.exr): "
                           "Correction file could not be found.\nClip File Path: \"{}/clip/plate\"\n"
                           "\"lenscorrect find\" tells where the clip's correction file is searched; --correction-file "
                           "names one.\n".format(os.path.realpath(self.folder)))

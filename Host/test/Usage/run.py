@@ -40,8 +40,13 @@ class Usage(program.ProgramTest):
 
     def test_names_an_unknown_command(self):
         self.expect(self.run_program("inof", "a.olcf"), 2, "",
-                    'lenscorrect: There is no command "inof"\n'
+                    'lenscorrect: There is no command "inof"; did you mean "info"?\n'
                     'Run "lenscorrect --help" for the options and an example.\n')
+
+    def test_names_the_option_that_a_misspelt_one_may_be(self):
+        self.expect(self.run_program("render", "a.%d.exr", "-o", "b.%d.exr", "--shadng=remove"), 2, "",
+                    'lenscorrect: The following argument was not expected: --shadng=remove; did you mean "--shading"?\n'
+                    'Run "lenscorrect render --help" for the options and an example.\n')
 
     def test_takes_no_empty_text_for_a_file(self):
         self.expect(self.run_program("sample", ""), 2, "",
@@ -78,9 +83,11 @@ class Usage(program.ProgramTest):
                 self.assertIn("\nExample:\n  lenscorrect " + command, result.stdout)
 
     def test_tells_its_version(self):
-        result = self.run_program("--version")
-        self.expect(result, 0, errors="")
-        self.assertRegex(result.stdout, r"^lenscorrect \d+\.\d+\.\d+\n$")
+        for arguments in (["--version"], ["-v"], ["version"]):
+            with self.subTest(arguments):
+                result = self.run_program(*arguments)
+                self.expect(result, 0, errors="")
+                self.assertRegex(result.stdout, r"^lenscorrect \d+\.\d+\.\d+\n$")
 
 
 program.main()
