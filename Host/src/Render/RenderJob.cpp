@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <set>
 #include <thread>
 
 #include "Console/Failure.h"
@@ -288,14 +287,10 @@ void RenderJob::surveyHeaders(Progress& progress, unsigned int threads) const {
 /// some of them, and when a few are rendered again.
 void RenderJob::findConstantBoxes() {
     CorrectionChain chain(m_options, 1);
-    std::set<std::int32_t> frames;
-    for (const auto& [frame, file] : m_clip.frames()) frames.insert(frame);
-    for (const FrameJob& job : m_jobs)
-        if (!job.input.empty()) frames.insert(job.frame);
-    for (const std::int32_t frame : frames) {
+    for (const auto& entry : m_clip.frames()) {
         if (mustStop()) return;
         try {
-            forEachHeader(chain, frame, [&](std::size_t part) {
+            forEachHeader(chain, entry.first, [&](std::size_t part) {
                 const DD::Image::Box box = fileBox(chain.plan(), chain.shape());
                 m_constantBoxes.emplace(part, box).first->second.merge(box);
             });
