@@ -52,19 +52,20 @@ ExitCode FindCommand::run() {
             return ExitCode::WrongUse;
         }
         std::string text =
-            fmt::format("No correction file of the clip \"{}\" was found. Searched were, in this order:", clip);
+            fmt::format("No correction file for the clip \"{}\" was found. Folders searched, in order:", clip);
         const std::vector<std::string>& folders = exception.searchedDirectoryPaths();
         for (const std::string& folder : m_showsAll ? folders : shortListOf(folders)) text += "\n  " + folder;
-        if (!passedOver.empty()) text += "\nPassed over were:";
+        if (!passedOver.empty()) text += "\nFiles rejected:";
         for (const PassedOverFile& other : passedOver) text += fmt::format("\n  {}: {}", other.path, other.reason);
         text += "\nA match ends in .olcf, contains the clip's name, and names this clip in its header.";
         throw Failure(ExitCode::WrongUse, text);
     } catch (const boost::filesystem::filesystem_error& error) {
         throw Failure(
             ExitCode::WrongUse,
-            fmt::format("No correction file of the clip \"{}\" was found, but folder \"{}\" could not be searched: {}. "
-                        "If the file lies there, make that folder readable; or lay the file beside the clip.",
-                        clip, error.path1().string(), error.code().message()));
+            fmt::format(
+                "No correction file for the clip \"{}\" was found, but folder \"{}\" could not be searched: {}. "
+                "If the file is there, make the folder readable, or place the file next to the clip.",
+                clip, error.path1().string(), error.code().message()));
     }
     if (m_asJson) {
         printJson({{"version", 1}, {"clip", clip}, {"correctionFile", file}});

@@ -35,7 +35,7 @@ InfoReport reportOn(const RenderOptions& options) {
                                 : options.ignoresPixelAspect ? "--pixel-aspect"
                                                              : nullptr;
     if (ofClips)
-        throw Failure(ExitCode::WrongUse, fmt::format("{} goes with a clip, not with a correction file.", ofClips));
+        throw Failure(ExitCode::WrongUse, fmt::format("{} applies to a clip, not to a correction file.", ofClips));
     return fileInfo(options.clip, manualFormat(options), options.frames);
 }
 

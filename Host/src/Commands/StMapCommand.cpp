@@ -45,7 +45,7 @@ MapOptions StMapCommand::options() const {
     options.lens = m_lens.read();
     if (m_frame) {
         if (options.lens.frames) {
-            throw Failure(ExitCode::WrongUse, "--frame and --frames say the same twice; leave one of them.");
+            throw Failure(ExitCode::WrongUse, "--frame and --frames cannot be combined.");
         }
         options.lens.frames = FrameRange::fromStartToEnd(*m_frame, *m_frame);
     }

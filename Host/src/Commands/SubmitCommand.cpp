@@ -35,10 +35,9 @@ std::vector<std::string> renderArguments(const CLI::App& app) {
         const std::string name = namesOf(*option).back();
         if (option->count() == 0 || option->get_group() == farmGroup) continue;
         if (isOneOf(name, {"--overwrite", "--stop-on-error", "--threads", "--progress"})) {
-            throw Failure(ExitCode::WrongUse,
-                          fmt::format("{} does not go with a farm: tasks are started again where they stopped, and get "
-                                      "their cores from the farm. Leave it out.",
-                                      name));
+            throw Failure(ExitCode::WrongUse, fmt::format("{} cannot be used on a farm: tasks resume where they "
+                                                          "stopped and get their cores from the farm. Omit it.",
+                                                          name));
         }
         if (isOneOf(name, {"--frames", "--start", "--end", "--step", "--skip-existing", "--keep-going"})) continue;
         if (option->get_positional()) {
@@ -116,14 +115,14 @@ ExitCode SubmitCommand::run() {
         const char* const user = std::getenv("USER");
         const std::string path = job.folder + "/opencue.xml";
         writeTextFile(path, OpenCueJob{m_show, m_shot, user ? user : "lenscorrect"}.xml(job));
-        fmt::print("OpenCue job: {}\nWhen the job runs: lenscorrect summary {}\n", path, job.folder);
+        fmt::print("OpenCue job: {}\nWhile the job runs: lenscorrect summary {}\n", path, job.folder);
         return ExitCode::Done;
     }
     SlurmSubmission::checkPrograms();
     const std::size_t maximum = SlurmSubmission::maximumArraySize();
     if (job.chunks().size() > maximum) {
         job.framesPerChunk = (job.frames.size() + maximum - 1) / maximum;
-        fmt::print(stderr, "lenscorrect: Slurm takes {} tasks at most; each gets {} frames.\n", maximum,
+        fmt::print(stderr, "lenscorrect: Slurm allows {} tasks at most; each renders {} frames.\n", maximum,
                    job.framesPerChunk);
     }
     job.write();

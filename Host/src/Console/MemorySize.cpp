@@ -38,7 +38,7 @@ std::uint64_t parseMemorySize(const std::string& text) {
     if (unit.size() == 1 && units.find(unit) != std::string::npos) {
         power = static_cast<int>(units.find(unit)) + 1;
     } else if (!unit.empty() && unit != "B") {
-        refuse(text, "its unit is none of K, M, G, T.");
+        refuse(text, "its unit is not K, M, G or T.");
     }
     const double bytes = std::ldexp(amount, 10 * power);
     if (!(bytes >= 1.0)) refuse(text, "it must be more than 0.");

@@ -43,7 +43,7 @@ Progress::Mode Progress::parseMode(const std::string& text, bool isTerminal) {
     if (text == "lines") return Mode::Lines;
     if (text == "json") return Mode::Json;
     if (text == "none") return Mode::None;
-    throw Failure(ExitCode::WrongUse, fmt::format("Progress \"{}\" is none of auto, bar, lines, json, none.", text));
+    throw Failure(ExitCode::WrongUse, fmt::format("Progress \"{}\" is not one of auto, bar, lines, json, none.", text));
 }
 
 Progress::Output Progress::standardOutput(Mode mode) {
@@ -111,8 +111,8 @@ void Progress::end(const std::string& files, const std::vector<std::string>& uns
         if (!files.empty() && m_done + m_skipped > 0) m_output.write("Frames: " + printableText(files) + '\n');
     }
     if (!unshaded.empty()) {
-        m_output.write(printableText(
-            fmt::format("Left unshaded: {} (--shading-layers decides otherwise)\n", fmt::join(unshaded, ", "))));
+        m_output.write(printableText(fmt::format(
+            "Not corrected for shading: {} (use --shading-layers to choose layers)\n", fmt::join(unshaded, ", "))));
     }
 }
 

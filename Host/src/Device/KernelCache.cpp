@@ -35,8 +35,8 @@ KernelCache::~KernelCache() = default;
 
 std::string KernelCache::notice() const {
     if (m_problem.empty()) return {};
-    if (isPrivate()) return fmt::format("{} A private one is used for this run; the start takes longer.", m_problem);
-    return fmt::format("{} Set POCL_CACHE_DIR to a folder that can be written.", m_problem);
+    if (isPrivate()) return fmt::format("{} This run uses a private one and takes longer to start.", m_problem);
+    return fmt::format("{} Set POCL_CACHE_DIR to a writable folder.", m_problem);
 }
 
 std::string KernelCache::usualFolder(const std::function<const char*(const char*)>& variable) {

@@ -65,7 +65,7 @@ RenderProbe RenderProbe::run(const std::string& cacheFolder) {
     RenderProbe result;
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
-        result.reason = fmt::format("the trial could not be started: {}", std::strerror(errno));
+        result.reason = fmt::format("the test render could not be started: {}", std::strerror(errno));
         return result;
     }
     std::vector<std::string> arguments = {"lenscorrect", "devices", "--probe"};
@@ -82,7 +82,7 @@ RenderProbe RenderProbe::run(const std::string& cacheFolder) {
     const std::string output = error == 0 ? readAll(ends[0]) : std::string();
     close(ends[0]);
     if (error != 0) {
-        result.reason = fmt::format("the trial could not be started: {}", std::strerror(error));
+        result.reason = fmt::format("the test render could not be started: {}", std::strerror(error));
         return result;
     }
     int status = 0;
@@ -90,8 +90,8 @@ RenderProbe RenderProbe::run(const std::string& cacheFolder) {
     }
     result.isRendering = WIFEXITED(status) && WEXITSTATUS(status) == 0;
     if (result.isRendering) return result;
-    result.reason = WIFSIGNALED(status) ? fmt::format("the driver ended the process: {}", strsignal(WTERMSIG(status)))
-                                        : fmt::format("the trial ended with status {}", WEXITSTATUS(status));
+    result.reason = WIFSIGNALED(status) ? fmt::format("the driver crashed: {}", strsignal(WTERMSIG(status)))
+                                        : fmt::format("the test render ended with status {}", WEXITSTATUS(status));
     const std::string lastLines = tail(output, 4);
     if (!lastLines.empty()) result.reason += "\n" + lastLines;
     return result;

@@ -18,7 +18,7 @@ void RenderingDevice::check() const {
     } catch (const Exception& exception) {
         throw Failure(ExitCode::Environment,
                       fmt::format("There is no OpenCL device to render on: {} Install a driver (without a GPU: apt-get "
-                                  "install pocl-opencl-icd); \"lenscorrect devices\" tells what is found.",
+                                  "install pocl-opencl-icd); \"lenscorrect devices\" lists what is installed.",
                                   exception.what()));
     }
 }

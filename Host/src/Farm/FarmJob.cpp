@@ -75,12 +75,12 @@ void FarmJob::write() const {
     fs::create_directories(fs::path(folder).parent_path(), error);
     if (!fs::create_directory(folder, error) && !error) {
         throw Failure(ExitCode::WrongUse,
-                      fmt::format("{}: the job folder exists already. Give another --folder.", folder));
+                      fmt::format("{}: the job folder already exists. Give another --folder.", folder));
     }
     for (const char* part : {"report", "log"}) {
         if (!error) fs::create_directory(folder + "/" + part, error);
     }
-    if (error) throw Failure(ExitCode::Output, fmt::format("{}: could not be made: {}.", folder, error.message()));
+    if (error) throw Failure(ExitCode::Output, fmt::format("{}: could not be created: {}.", folder, error.message()));
     writeTextFile(folder + "/frames.txt", FrameRange::string(frames) + "\n");
     writeTextFile(folder + "/work.txt", workingFolder + "\n");
     writeTextFile(folder + "/chunks.txt", fmt::format("{}\n", fmt::join(chunks(), "\n")));

@@ -56,7 +56,7 @@ FarmSummary FarmSummary::read(const std::string& folder) {
     if (frames.empty() || error) {
         throw Failure(
             ExitCode::WrongUse,
-            fmt::format("{}: this is not a job's folder. Give the one that \"lenscorrect submit\" printed.", folder));
+            fmt::format("{}: this is not a job folder. Give the one printed by \"lenscorrect submit\".", folder));
     }
     FarmSummary summary;
     Reports reports;

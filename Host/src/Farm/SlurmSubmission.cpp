@@ -65,7 +65,7 @@ ExitCode SlurmSubmission::submit(const FarmJob& job, bool wait) const {
         if (result.output.empty()) {
             for (const std::string& id : submitted) runProgram({"scancel", id});
             throw Failure(ExitCode::Environment,
-                          fmt::format("sbatch refused the job (status {}); its reason stands above. The job "
+                          fmt::format("sbatch refused the job (status {}); its reason is shown above. The job "
                                       "folder {} can be removed.",
                                       result.status, job.folder));
         }
@@ -94,7 +94,8 @@ ExitCode SlurmSubmission::submit(const FarmJob& job, bool wait) const {
     if (wait) ofSummary.push_back("--wait");
     sbatch("summary", ofSummary);
     if (!wait) {
-        fmt::print("At the end the summary is in {}; until then: lenscorrect summary {}\n", summaryPath, job.folder);
+        fmt::print("When the job ends, the summary is in {}; until then, run: lenscorrect summary {}\n", summaryPath,
+                   job.folder);
         return ExitCode::Done;
     }
     std::ostringstream summary;

@@ -74,7 +74,7 @@ FrameFiles inFolder(const std::string& folder) {
             digitsOf[{parts.prefix, parts.suffix}].push_back(parts.digits);
         }
     }
-    if (digitsOf.empty()) fail(fmt::format("Folder \"{}\" holds no image sequence.", folder));
+    if (digitsOf.empty()) fail(fmt::format("Folder \"{}\" contains no image sequence.", folder));
     std::vector<FilePattern> patterns;
     for (const auto& [key, digits] : digitsOf) {
         // The shortest number tells the padding, unless none is padded.
@@ -91,7 +91,7 @@ FrameFiles inFolder(const std::string& folder) {
     if (patterns.size() > 1) {
         std::string list;
         for (const FilePattern& pattern : patterns) list += "\n  " + pattern.string();
-        fail(fmt::format("Folder \"{}\" holds several image sequences; name one of them:{}", folder, list));
+        fail(fmt::format("Folder \"{}\" contains several image sequences; choose one:{}", folder, list));
     }
     FrameFiles frames;
     frames.pattern = patterns.front();
@@ -135,13 +135,13 @@ FrameFiles FrameFiles::find(const std::string& clip) {
     if (!frames.pattern.hasFrameNumber()) {
         const bool isForShell = clip.find_first_of("*?") != std::string::npos;
         fail(fmt::format("Clip \"{}\" does not exist.{}", clip,
-                         isForShell ? " A sequence is named by %04d or #### in place of the frame number." : ""));
+                         isForShell ? " Write a sequence with %04d or #### in place of the frame number." : ""));
     }
     if (!fs::is_directory(frames.pattern.folder(), error)) {
         fail(fmt::format("Folder \"{}\" of the clip \"{}\" does not exist.", frames.pattern.folder(), clip));
     }
     addFrames(frames, fileNames(frames.pattern.folder()));
-    if (frames.files.empty()) fail(fmt::format("No file fits the pattern \"{}\".", clip));
+    if (frames.files.empty()) fail(fmt::format("No file matches the pattern \"{}\".", clip));
     return frames;
 }
 

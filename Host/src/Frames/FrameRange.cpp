@@ -53,17 +53,17 @@ void appendPiece(std::vector<std::int32_t>& frames, const std::string& piece, co
         append(frames, start, start, 1, whole, most);
         return;
     }
-    if (rest.front() != '-') refuse(piece, fmt::format("\"{}\" does not belong there.", rest));
+    if (rest.front() != '-') refuse(piece, fmt::format("\"{}\" is not expected there.", rest));
     rest.remove_prefix(1);
     const std::int32_t end = takeNumber(piece, rest);
     std::int64_t step = end < start ? -1 : 1;
     if (!rest.empty()) {
-        if (rest.front() != 'x') refuse(piece, fmt::format("\"{}\" does not belong there.", rest));
+        if (rest.front() != 'x') refuse(piece, fmt::format("\"{}\" is not expected there.", rest));
         rest.remove_prefix(1);
         const std::int64_t written = takeNumber(piece, rest);
-        if (!rest.empty()) refuse(piece, fmt::format("\"{}\" does not belong there.", rest));
-        if (written == 0) refuse(piece, "a step of 0 never arrives.");
-        if (written < 0 && end > start) refuse(piece, "a negative step leads away from the end.");
+        if (!rest.empty()) refuse(piece, fmt::format("\"{}\" is not expected there.", rest));
+        if (written == 0) refuse(piece, "a step of 0 never reaches the end.");
+        if (written < 0 && end > start) refuse(piece, "a negative step moves away from the end.");
         step = end < start && written > 0 ? -written : written;
         if (start == end) step = 1;
     }
@@ -114,8 +114,8 @@ FrameRange FrameRange::parse(const std::string& text, std::size_t most) {
 
 FrameRange FrameRange::fromStartToEnd(std::int32_t start, std::int32_t end, std::int32_t step) {
     const std::string text = fmt::format("{}-{}x{}", start, end, step);
-    if (step == 0) refuse(text, "a step of 0 never arrives.");
-    if ((step > 0 && end < start) || (step < 0 && end > start)) refuse(text, "the step leads away from the end.");
+    if (step == 0) refuse(text, "a step of 0 never reaches the end.");
+    if ((step > 0 && end < start) || (step < 0 && end > start)) refuse(text, "the step moves away from the end.");
     FrameRange range;
     append(range.m_frames, start, end, step, text);
     return range;

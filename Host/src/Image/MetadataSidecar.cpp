@@ -72,7 +72,7 @@ MetadataSidecar::MetadataSidecar(const std::string& path) {
                                    std::to_string(1 + std::count(read.begin(), read.end(), '\n')) +
                                    "); expected {\"maker key\": value, ...}");
     } catch (const Json::out_of_range&) {
-        throw ImageError(path, "has a number that is too large to be one");
+        throw ImageError(path, "has a number that is too large");
     }
     if (!json.is_object()) throw ImageError(path, "must be a JSON object: {\"maker key\": value, ...}");
     const auto frames = json.find("frames");

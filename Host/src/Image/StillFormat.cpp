@@ -56,7 +56,7 @@ const StillFormat& StillFormat::of(const std::string& path) {
         if (extension == format.extension) return format;
     throw ImageError(path, "cannot be written: " +
                                (extension.empty() ? "its name has no extension"
-                                                  : "\"." + extension + "\" is no format that is written") +
+                                                  : "\"." + extension + "\" is not a supported output format") +
                                "; choose .exr, .dpx, .tif, .png or .jpg");
 }
 
@@ -74,30 +74,30 @@ void StillFormat::check(const std::string& path, const Frame& frame, const Write
         if (hasAlpha) held += "; R, G, B, A";
         if (hasGrey) held += "; Y";
         if (hasGreyWithAlpha) held += "; Y, A";
-        refuse("the frame has the channels " + listed(names) + ", and " + name + " holds only " + held,
+        refuse("the frame has the channels " + listed(names) + ", but " + name + " holds only " + held,
                std::string("choose ") + (names == Names{"R", "G", "B", "A"} ? wider : ".exr"));
     }
     for (const Channel& channel : part.channels) {
         if (channel.xSampling != 1 || channel.ySampling != 1)
-            refuse("sub-sampled channels are only held by OpenEXR", "choose .exr");
+            refuse("only OpenEXR holds sub-sampled channels", "choose .exr");
         if (channel.type == PixelType::UInt32 && !hasIntegersOf32Bits)
-            refuse("channel " + channel.name + " has integers of 32 bits, for which " + name + " has no room",
-                   "choose .exr");
+            refuse("channel " + channel.name + " has 32-bit integers, which " + name + " cannot hold", "choose .exr");
     }
     if (options.pixelType && !hasFloats)
-        refuse(std::string(name) + " has no pixels of type half or float", "leave --type out, or choose .tif or .exr");
+        refuse(std::string(name) + " cannot hold half or float pixels", "omit --type, or choose .tif or .exr");
     const Window& data = part.dataWindow;
     const Window& display = part.displayWindow;
     if (std::max(data.width(), data.height()) > maxSide)
         refuse("the picture of " + std::to_string(data.width()) + " x " + std::to_string(data.height()) +
-                   " pixels has a side longer than the " + std::to_string(maxSide) + " of " + name,
+                   " pixels exceeds " + name + "'s limit of " + std::to_string(maxSide) + " pixels a side",
                "choose .exr");
     // Offsets are stored without a sign, so there is no room around the picture even where there is one inside.
     const bool isInside = data.minX >= display.minX && data.minY >= display.minY && data.maxX <= display.maxX &&
                           data.maxY <= display.maxY;
     if (data != display && !(isInside && hasPictureInAPicture))
-        refuse("this format has no room for pixels around or apart from the picture",
-               "choose .exr, or have the frame cut to its format");
+        refuse(isInside ? "this format cannot hold a data window smaller than the display window"
+                        : "this format cannot hold pixels outside the display window",
+               "choose .exr, or crop the frame to its format");
 }
 
 PixelType StillFormat::stored(PixelType type, const WriteOptions& options) const {

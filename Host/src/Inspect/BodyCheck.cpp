@@ -24,12 +24,18 @@ namespace {
 
 constexpr std::string_view versionPrefix = "# OLCF Version ";
 
+/// How many more there are than the one that a finding names; empty for none.
+std::string furtherText(std::size_t count, const char* what) {
+    if (count < 2) return {};
+    return fmt::format(" (and {} more {}{})", count - 1, what, count == 2 ? "" : "s");
+}
+
 void explainValues(std::vector<std::string>& reasons, const char* name, std::string_view column, std::size_t count,
                    float lowest) {
     const std::vector<std::string_view> values = split(column, ',');
     if (values.size() != count) {
         reasons.push_back(fmt::format("{} {} values instead of {}{}", values.size(), name, count,
-                                      values.size() == 2 * count ? " (decimals need a point, not a comma)" : ""));
+                                      values.size() == 2 * count ? " (use a decimal point, not a comma)" : ""));
         return;
     }
     for (std::size_t i = 0; i < values.size(); ++i) {
@@ -61,7 +67,7 @@ std::string explainFrameLine(std::string_view line, bool isVersion3) {
     if (columns.size() > first) explainValues(reasons, "shading", columns[first], count, 0.0f);
     if (columns.size() > first + 1) explainValues(reasons, "distortion", columns[first + 1], count, -100.0f);
     std::string text = fmt::format("frame {}: ", quoted(columns[0]));
-    if (reasons.empty()) return text + "the line is refused";
+    if (reasons.empty()) return text + "the line is rejected";
     return text + fmt::format("{}", fmt::join(reasons, "; "));
 }
 
@@ -106,10 +112,9 @@ bool BodyCheck::explainBodyStart(const std::string& reason, LineStream& stream) 
         return false;
     }
     if (reason == "Version is not supported.") {
-        m_findings.defect(
-            stream.lineNumber, "version",
-            "Version is not supported: the line must read \"# OLCF Version 2\" or \"# OLCF Version 3\", without "
-            "anything after it");
+        m_findings.defect(stream.lineNumber, "version",
+                          "Version is not supported: the line must read \"# OLCF Version 2\" or \"# OLCF Version 3\", "
+                          "with nothing after it");
     } else {
         std::string hint;
         LineStream lines(m_text);
@@ -184,9 +189,8 @@ void BodyCheck::repeat(const std::string& kind, std::int32_t frameNumber, std::s
 
 void BodyCheck::reportRepeated() {
     for (const auto& [kind, repeated] : m_repeated) {
-        std::string message = fmt::format("frame {}: {}", repeated.firstFrame, repeated.message);
-        if (repeated.count > 1) message += fmt::format(" (and {} more frames likewise)", repeated.count - 1);
-        m_findings.warning(repeated.lineNumber, kind, message);
+        const std::string message = fmt::format("frame {}: {}", repeated.firstFrame, repeated.message);
+        m_findings.warning(repeated.lineNumber, kind, message + furtherText(repeated.count, "frame"));
     }
 }
 
@@ -200,7 +204,7 @@ void BodyCheck::checkFrames() {
         [](const FrameEntry& left, const FrameEntry& right) { return right.frameNumber < left.frameNumber; });
     if (unordered != m_entries.end()) {
         m_findings.warning((unordered + 1)->lineNumber, "unordered-frames",
-                           fmt::format("frame {} comes after frame {}; the file is read all the same",
+                           fmt::format("frame {} comes after frame {}; the file is still accepted",
                                        (unordered + 1)->frameNumber, unordered->frameNumber));
     }
     std::stable_sort(m_entries.begin(), m_entries.end(), [](const FrameEntry& left, const FrameEntry& right) {
@@ -213,9 +217,9 @@ void BodyCheck::checkFrames() {
     checkGaps();
     checkTimecodeOrder();
     if (m_header.clipDurationFrames != 0 && m_header.clipDurationFrames != m_entries.size()) {
-        m_findings.warning(0, "frame-count",
-                           fmt::format("the header gives the clip {} frames, the file has {}",
-                                       m_header.clipDurationFrames, m_entries.size()));
+        m_findings.warning(
+            0, "frame-count",
+            fmt::format("the header states {} frames, the file has {}", m_header.clipDurationFrames, m_entries.size()));
     }
 }
 
@@ -225,8 +229,8 @@ void BodyCheck::removeDuplicates() {
     for (std::size_t i = 1; i < m_entries.size(); ++i) {
         if (m_entries[i].frameNumber == m_entries[kept].frameNumber) {
             m_findings.warning(m_entries[i].lineNumber, "duplicate-frame",
-                               fmt::format("frame {} occurs again; this line counts, not line {}",
-                                           m_entries[i].frameNumber, m_entries[kept].lineNumber));
+                               fmt::format("frame {} is repeated; this line replaces line {}", m_entries[i].frameNumber,
+                                           m_entries[kept].lineNumber));
         } else {
             ++kept;
         }
@@ -243,10 +247,10 @@ void BodyCheck::checkGaps() {
         if (gapCount++ == 0) before = &m_entries[i - 1];
     }
     if (gapCount == 0) return;
-    m_findings.warning(before->lineNumber, "gap",
-                       fmt::format("no line for the frames after {} and before {}; they get the line of frame {}{}",
-                                   before->frameNumber, (before + 1)->frameNumber, before->frameNumber,
-                                   gapCount > 1 ? fmt::format(" (and {} more gaps)", gapCount - 1) : ""));
+    m_findings.warning(
+        before->lineNumber, "gap",
+        fmt::format("no line for the frames after {} and before {}; they use the line of frame {}{}",
+                    before->frameNumber, (before + 1)->frameNumber, before->frameNumber, furtherText(gapCount, "gap")));
 }
 
 // A frame is found by timecode by counting from the first frame's, whatever its own line says.
@@ -261,11 +265,11 @@ void BodyCheck::checkTimecodeOrder() {
         if (count++ == 0) wrong = &entry;
     }
     if (count == 0) return;
-    m_findings.warning(wrong->lineNumber, "timecode-order",
-                       fmt::format("frame {}: its timecode does not lie {} frames after the first frame's; by timecode "
-                                   "another line is taken{}",
-                                   wrong->frameNumber, wrong->frameNumber - first.frameNumber,
-                                   count > 1 ? fmt::format(" (and {} more frames likewise)", count - 1) : ""));
+    m_findings.warning(
+        wrong->lineNumber, "timecode-order",
+        fmt::format("frame {}: its timecode is not {} frames after the first frame's; a look-up by "
+                    "timecode uses another line{}",
+                    wrong->frameNumber, wrong->frameNumber - first.frameNumber, furtherText(count, "frame")));
 }
 
 } // namespace Host

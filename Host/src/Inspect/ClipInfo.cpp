@@ -26,13 +26,13 @@ void findCorrectionFile(const RenderOptions& options, const Clip& clip, InfoRepo
             CorrectionFile::ClipFilePathBasedFinder(clip.searchPath(), Core::correctionFileSearchDepth).find(path);
         }
     } catch (const CorrectionFile::NotFoundException& exception) {
-        report.fileError = "none was found; searched were:";
+        report.fileError = "none found; folders searched:";
         report.searchedFolders = exception.searchedDirectoryPaths();
         report.passedOverFiles = passedOverFiles(clip.searchPath(), report.searchedFolders);
         return;
     } catch (const boost::filesystem::filesystem_error& error) {
         report.fileError =
-            "none was found, but " + error.path1().string() + " could not be searched: " + error.code().message();
+            "none found, but " + error.path1().string() + " could not be searched: " + error.code().message();
         return;
     }
     report.file = CorrectionFileData::read(path);

@@ -42,16 +42,15 @@ CorrectionFileData CorrectionFileData::read(const std::string& path) {
     } catch (const CorrectionFile::NotReadableException&) {
         throw Failure(
             ExitCode::WrongUse,
-            fmt::format("{}: the correction file could not be read; it must be a file that you may read.", path));
-    } catch (const CorrectionFile::InvalidFormatException& exception) {
-        throw Failure(ExitCode::WrongUse, fmt::format("{}: {}Run \"lenscorrect check\" on it for every defect.", path,
-                                                      exception.detailedDescription()));
-    } catch (const boost::bad_lexical_cast&) {
-        throw Failure(
-            ExitCode::WrongUse,
-            fmt::format("{}: a frame line holds text in the place of a number. Run \"lenscorrect check\" on it for "
-                        "every defect.",
+            fmt::format("{}: the correction file could not be read; it must be a regular file with read permission.",
                         path));
+    } catch (const CorrectionFile::InvalidFormatException& exception) {
+        throw Failure(ExitCode::WrongUse, fmt::format("{}: {}Run \"lenscorrect check\" on it to list every defect.",
+                                                      path, exception.detailedDescription()));
+    } catch (const boost::bad_lexical_cast&) {
+        throw Failure(ExitCode::WrongUse, fmt::format("{}: a frame line has text where a number belongs. Run "
+                                                      "\"lenscorrect check\" on it to list every defect.",
+                                                      path));
     }
     CorrectionFileData data = correctionFileDataOf(content);
     data.path = path;

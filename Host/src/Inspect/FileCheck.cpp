@@ -22,9 +22,8 @@ namespace {
 
 void checkEncoding(std::string_view text, Findings& findings) {
     if (text.starts_with(byteOrderMark)) {
-        findings.warning(
-            1, "byte-order-mark",
-            "the file begins with a UTF-8 byte order mark, which hides what stands in line 1; save it without one");
+        findings.warning(1, "byte-order-mark",
+                         "the file begins with a UTF-8 byte order mark, which hides line 1; save it without one");
     } else if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
         findings.warning(1, "byte-order-mark",
                          "the file is UTF-16 text; save it as plain ASCII or UTF-8 without byte order mark");

@@ -95,7 +95,7 @@ std::vector<FitProblem> fitProblems(const Frame& frame, float imageRadius) {
     if (hasHugeTerm(shading, lastHeight, frame.shading) || hasHugeTerm(distortion.distorted, lastHeight, distorted) ||
         hasHugeTerm(distortion.undistorted, *std::max_element(distorted.begin(), distorted.end()), frame.heights)) {
         problems.push_back(
-            {"huge-coefficients", "the fitted curve has huge coefficients and swings between the points"});
+            {"huge-coefficients", "the fitted curve has huge coefficients and oscillates between the points"});
     }
 
     const float end = imageRadius > 0.0f ? imageRadius : lastHeight;
@@ -108,12 +108,12 @@ std::vector<FitProblem> fitProblems(const Frame& frame, float imageRadius) {
     if (turn < 0.0f) turn = turningPoint(distortion.undistorted, distortion.distorted.at(end));
     if (turn >= 0.0f) {
         problems.push_back({"distortion-not-monotonic",
-                            fmt::format("the fitted distortion turns round at {:.4g} mm, within the image", turn)});
+                            fmt::format("the fitted distortion turns back at {:.4g} mm, within the image", turn)});
     }
     if (imageRadius > lastHeight * fewExtrapolation) {
         problems.push_back(
             {"beyond-heights",
-             fmt::format("the image reaches to {:.4g} mm, but the last height is {} mm", imageRadius, lastHeight)});
+             fmt::format("the image extends to {:.4g} mm, but the last height is {} mm", imageRadius, lastHeight)});
     }
     return problems;
 }

@@ -79,7 +79,8 @@ HeaderCheck::Entries HeaderCheck::readEntries() {
         } else {
             m_findings.defect(
                 stream.lineNumber, "header-line",
-                fmt::format("a header line reads key:=value with \":=\" exactly once, this one is {}", quoted(line)));
+                fmt::format("a header line must read key:=value with exactly one \":=\", but this one is {}",
+                            quoted(line)));
         }
     }
     return entries;
@@ -92,7 +93,7 @@ void HeaderCheck::addEntry(Entries& entries, std::string_view key, std::string_v
             keys.begin(), keys.end(), [&](std::string_view known) { return equalsIgnoringCase(trimmed(key), known); });
         if (meant != keys.end()) {
             m_findings.warning(stream.lineNumber, "header-key",
-                               fmt::format("key {} is not read; \"{}\" is", quoted(key), *meant));
+                               fmt::format("key {} is ignored; did you mean \"{}\"?", quoted(key), *meant));
         }
         return;
     }
@@ -107,7 +108,7 @@ void HeaderCheck::addEntry(Entries& entries, std::string_view key, std::string_v
     if (!isNew) {
         m_findings.warning(
             stream.lineNumber, "duplicate-key",
-            fmt::format("key \"{}\" occurs again; the value of line {} counts", known, entry->second.lineNumber));
+            fmt::format("key \"{}\" is repeated; the value of line {} is used", known, entry->second.lineNumber));
     }
 }
 
@@ -179,13 +180,13 @@ void HeaderCheck::checkHeaderValues(const Entries& entries) {
 
     const auto rate = entries.find("tcFps");
     if (rate != entries.end() && !(m_header.tcFps >= 0.0f && m_header.tcFps <= 1000.0f)) {
-        m_findings.warning(
-            rate->second.lineNumber, "timecode-rate",
-            fmt::format("tcFps {} is no usable rate; frames cannot be found by timecode", quoted(rate->second.value)));
+        m_findings.warning(rate->second.lineNumber, "timecode-rate",
+                           fmt::format("tcFps {} is not a usable rate; frames cannot be looked up by timecode",
+                                       quoted(rate->second.value)));
     } else if (rate != entries.end() && m_header.tcFps == 0.0f &&
                Text::convertStrictly(rate->second.value, m_header.tcFps)) {
         m_findings.warning(rate->second.lineNumber, "timecode-rate",
-                           "tcFps is 0: timecodes are not used, frames are found by number");
+                           "tcFps is 0: timecodes are not used, frames are looked up by number");
     }
     auto content = std::make_shared<CorrectionData::Content>();
     content->header = m_header;

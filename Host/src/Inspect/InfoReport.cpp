@@ -233,7 +233,7 @@ std::string InfoReport::text(bool withFrames) const {
         text += line("Correction file", fileError);
         for (const std::string& folder : shortListOf(searchedFolders)) text += line("", folder);
         for (const PassedOverFile& other : passedOverFiles) {
-            text += line("Passed over", other.path + ": " + other.reason);
+            text += line("Rejected", other.path + ": " + other.reason);
         }
     }
     if (recordingFormatOrigin.kind == RecordingFormatOrigin::Kind::None) {
@@ -252,10 +252,10 @@ std::string InfoReport::text(bool withFrames) const {
                      fmt::format("{} px, {:.2f} % overscan (frame {})", sizeText(corrected->undistortion->size),
                                  corrected->undistortion->overscan, corrected->frame));
         if (corrected->undistortion->deviation > 0.05) {
-            text += line(
-                "Deviation",
-                fmt::format("up to {:.2f} px from the ideal undistorted picture, whose corner lies within the frame",
-                            corrected->undistortion->deviation));
+            text +=
+                line("Deviation",
+                     fmt::format("up to {:.2f} px from the ideal undistorted picture, whose corner is inside the frame",
+                                 corrected->undistortion->deviation));
         }
     }
     const auto failed =

@@ -157,7 +157,7 @@ private:
         if (!m_clip.isFormatKnown()) {
             text +=
                 "<p class=\"note\">The recording format is unknown, so lengths are given in µm on the sensor, and the "
-                "largest measured height stands for the image's corner.</p>\n";
+                "largest measured height represents the image corner.</p>\n";
         }
         if (m_clip.samples().size() == ClipCurves::mostSamples && m_frames.size() > ClipCurves::mostSamples) {
             text += fmt::format(

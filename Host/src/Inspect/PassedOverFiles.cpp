@@ -34,7 +34,7 @@ std::vector<fs::path> correctionFiles(const std::string& folder) {
 }
 
 std::string reasonByName(const ClipName& clip, const std::string& name) {
-    if (!name.ends_with(".olcf")) return "its name does not end in \".olcf\" in small letters";
+    if (!name.ends_with(".olcf")) return "its name does not end in \".olcf\" in lower case";
     return fmt::format("its name does not contain \"{}\"", clip.stem());
 }
 

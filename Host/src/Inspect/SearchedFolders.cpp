@@ -9,7 +9,7 @@ std::vector<std::string> shortListOf(const std::vector<std::string>& searchedFol
     if (searchedFolders.size() <= mostFolders) return searchedFolders;
     std::vector<std::string> lines(searchedFolders.begin(), searchedFolders.begin() + mostFolders);
     lines.push_back(
-        fmt::format("and {} more, which \"lenscorrect find --all\" lists", searchedFolders.size() - mostFolders));
+        fmt::format("and {} more; \"lenscorrect find --all\" lists them", searchedFolders.size() - mostFolders));
     return lines;
 }
 

@@ -93,7 +93,7 @@ LensGeometry::LensGeometry(LensOptions options) : m_options(std::move(options)) 
         }
         if (m_frames.empty()) {
             throw Failure(ExitCode::WrongUse,
-                          fmt::format("{}: it holds no frame. Run \"lenscorrect check\" on it for the reasons.",
+                          fmt::format("{}: it contains no frame. Run \"lenscorrect check\" on it for the reasons.",
                                       m_options.input));
         }
     } else {
@@ -123,7 +123,8 @@ std::string LensGeometry::message(std::int32_t frame, const std::exception& exce
 std::string LensGeometry::advice(const std::exception& exception) const {
     const bool areLensData = dynamic_cast<const CorrectionError*>(&exception);
     if (!areLensData || !m_clip || m_options.correctionFile) return {};
-    return "\"lenscorrect find\" tells where the clip's correction file is searched; --correction-file names one.";
+    return "\"lenscorrect find\" lists the folders searched for the clip's correction file; --correction-file selects "
+           "a file.";
 }
 
 const LensGeometry::Header& LensGeometry::header(std::int32_t frame) {

@@ -49,13 +49,10 @@ LensOptions LensOptionsReader::read() const {
     if (!t.frames.empty()) options.frames = FrameRange::parse(t.frames);
     options.decoding = t.decoding.read();
     if (options.size && (options.plate || options.correctionFile)) {
-        refuse("--size is for a correction file alone; leave --plate and --correction-file.");
+        refuse("--size applies only to a correction file; omit --plate and --correction-file.");
     }
     if (!options.size && isCorrectionFile(options.input)) {
-        refuse(
-            fmt::format("{}: a correction file does not say how large the frames are that the map is for; give "
-                        "--size WxH.",
-                        options.input));
+        refuse(fmt::format("{}: a correction file does not contain the frame size; give --size WxH.", options.input));
     }
     return options;
 }

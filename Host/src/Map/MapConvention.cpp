@@ -60,7 +60,7 @@ std::string MapConvention::formula(const HostImage::Window& format) const {
         case Channels::Both:
             break;
     }
-    return fmt::format("R = {}, G = {}; B, A: the same of the opposite direction", u, v);
+    return fmt::format("R = {}, G = {}; B, A: the same for the opposite direction", u, v);
 }
 
 const char* MapConvention::originName() const { return origin == Origin::Top ? "top" : "bottom"; }

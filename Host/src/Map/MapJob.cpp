@@ -34,7 +34,7 @@ void MapJob::checkOutputs() const {
         std::error_code ignored;
         if (!std::filesystem::exists(path, ignored)) continue;
         throw Failure(ExitCode::WrongUse,
-                      fmt::format("\"{}\" exists already. Give --overwrite to replace such files.", path));
+                      fmt::format("\"{}\" already exists. Give --overwrite to replace existing files.", path));
     }
 }
 
@@ -140,7 +140,7 @@ ExitCode MapJob::run() {
     if (Interruption::requested()) {
         const std::vector<std::int32_t> left(frames.begin() + static_cast<std::ptrdiff_t>(next), frames.end());
         if (!left.empty())
-            fmt::print(stderr, "lenscorrect: Stopped. Run the same command with --frames={} to go on.\n",
+            fmt::print(stderr, "lenscorrect: Stopped. Run the same command with --frames={} to continue.\n",
                        FrameRange::string(left));
         return Interruption::exitCode();
     }

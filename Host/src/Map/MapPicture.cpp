@@ -29,9 +29,10 @@ void describe(const MapContent& content, HostImage::Part& part) {
     set("map.centre", convention.centreName());
     set("map.channels", convention.channelsName());
     set("map.formula", convention.formula(part.displayWindow));
-    set("map.place", fmt::format("(sx, sy) is the place to read in the source, in px from the centre of the top left "
-                                 "pixel of its display window, y downwards; values may lie outside 0 to 1; {}",
-                                 meaning(content.geometry)));
+    set("map.place",
+        fmt::format("(sx, sy) is the position to sample in the source, in px from the centre of the top left "
+                    "pixel of its display window, y downwards; values may lie outside 0 to 1; {}",
+                    meaning(content.geometry)));
     set("version", ORVEX_VERSION);
 }
 

@@ -76,28 +76,28 @@ std::string RoundTripReport::text(bool withFrames) const {
     std::string text;
     if (!frames.empty()) {
         const RoundTrip& first = frames.front();
-        text += fmt::format("Undistorting and distorting again, largest errors over {} frames of {} x {} px:\n",
-                            frames.size(), first.format.width, first.format.height);
-        text += worstLine(frames, "Curves", "what the fitted curve and its inverse do not restore",
+        text += fmt::format("Largest round-trip errors over {} frames of {} x {} px:\n", frames.size(),
+                            first.format.width, first.format.height);
+        text += worstLine(frames, "Curves", "round-trip error of the curves",
                           [](const RoundTrip& frame) { return frame.analytic; });
-        text += worstLine(frames, "Maps", "the same as the nodes sample it",
+        text += worstLine(frames, "Maps", "round-trip error of the nodes' sampling",
                           [](const RoundTrip& frame) { return frame.maps; });
         if (first.rendered) {
-            text += worstLine(frames, "Rendered", "the same by pixels through both nodes",
+            text += worstLine(frames, "Rendered", "round-trip error of pixels rendered by both nodes",
                               [](const RoundTrip& frame) { return frame.rendered.value_or(0.0); });
         }
-        text += worstLine(frames, "Fit, corrected", "by which the curve misses the measured points",
+        text += worstLine(frames, "Fit, corrected", "deviation of the curve from the measured points",
                           [](const RoundTrip& frame) { return frame.toCorrectedResidual; });
-        text += worstLine(frames, "Fit, recorded", "likewise its inverse",
+        text += worstLine(frames, "Fit, recorded", "the same for its inverse",
                           [](const RoundTrip& frame) { return frame.toRecordedResidual; });
-        text += worstLine(frames, "Deviation", "between the node's undistorted picture and the ideal one",
+        text += worstLine(frames, "Deviation", "of the node's undistorted picture from the ideal one",
                           [](const RoundTrip& frame) { return frame.deviation; });
         const RoundTrip& outer =
             worst(frames, [](const RoundTrip& frame) { return frame.imageRadius - frame.lastHeight; });
         if (outer.imageRadius > outer.lastHeight) {
             text += fmt::format(
                 "Warning: the frame's corner lies at {:.3f} mm, beyond the last measured height of {:.3f} "
-                "mm (frame {}); out there the curves are a guess.\n",
+                "mm (frame {}); beyond it the curves are extrapolated.\n",
                 outer.imageRadius, outer.lastHeight, outer.frame);
         }
     }

@@ -124,7 +124,7 @@ std::string madeFolderOf(const std::string& path) {
     fs::create_directories(folder, error);
     std::error_code unknown;
     if (!fs::is_directory(folder, unknown))
-        fail(fmt::format("Folder \"{}\" could not be made", folder), error ? error.value() : ENOTDIR);
+        fail(fmt::format("Folder \"{}\" could not be created", folder), error ? error.value() : ENOTDIR);
     return folder;
 }
 

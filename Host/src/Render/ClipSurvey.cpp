@@ -56,7 +56,7 @@ std::string changeText(const std::string& clip, const FramesOfShape& shapes) {
         if (entries.size() == mostEntries) break;
     }
     const std::size_t others = shapes.size() - entries.size();
-    const std::string rest = others == 0 ? "" : fmt::format("; and {} others", others);
+    const std::string rest = others == 0 ? "" : fmt::format("; and {} other{}", others, others == 1 ? "" : "s");
     return fmt::format("Size or channels change within the clip \"{}\": {}{}.", clip, fmt::join(entries, "; "), rest);
 }
 
@@ -71,7 +71,8 @@ std::string gapsBetween(const std::map<std::int32_t, std::string>& files) {
         if (first > last || ++count > mostEntries) continue;
         gaps.push_back(first == last ? fmt::format("{}", first) : fmt::format("{}-{}", first, last));
     }
-    const std::string rest = count > mostEntries ? fmt::format(" and {} more gaps", count - mostEntries) : "";
+    const std::size_t others = count - gaps.size();
+    const std::string rest = others == 0 ? "" : fmt::format(" and {} more gap{}", others, others == 1 ? "" : "s");
     return fmt::format("{}{}", fmt::join(gaps, ", "), rest);
 }
 
@@ -116,7 +117,7 @@ ClipSurvey ClipSurvey::of(const Clip& clip, const std::vector<std::int32_t>& fra
     for (auto& [what, own] : dropped) {
         std::sort(own.begin(), own.end());
         survey.droppings.push_back(
-            fmt::format("Only the first picture of each file of the clip \"{}\" is read; dropped are {} (frames {}).",
+            fmt::format("Only the first picture of each file of the clip \"{}\" is read; dropped: {} (frames {}).",
                         name, what, FrameRange::string(own)));
     }
     return survey;

@@ -59,8 +59,8 @@ std::string CorrectionMark::objection(const RenderOptions& options, const HostIm
         for (const auto& [name, wanted] : {std::pair<std::string, std::string>{"distortion", distortionText(options)},
                                            {"shading", shadingText(options)}}) {
             if (wanted.empty() || part.text(std::string(prefix) + name) != wanted) continue;
-            return "It carries the mark of this very correction (" + std::string(prefix) + name + " = \"" + wanted +
-                   "\"). Take the original, or give --force to correct it again.";
+            return "It is already marked with this correction (" + std::string(prefix) + name + " = \"" + wanted +
+                   "\"). Use the original, or give --force to correct it again.";
         }
     }
     return {};

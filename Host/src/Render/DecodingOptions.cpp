@@ -56,8 +56,8 @@ void DecodingOptionsReader::declareOptions(CLI::App& app) {
                      "65536x8192");
     group
         .add_flag("--sandbox{on}", m_sandbox,
-                  "Decode each frame in a separate process confined to decoding: on; --sandbox=auto does so for all "
-                  "files but EXR (default), --sandbox=off for none")
+                  "Decode each frame in a separate, confined process; --sandbox=auto (default): all files but EXR; "
+                  "--sandbox=off: none")
         ->check(CLI::IsMember({"auto", "on", "off"}));
     group.add_option("--sandbox-memory", m_memory, "Memory limit of that process; default: 8G");
     group.add_option("--sandbox-time", m_seconds, "Time limit per frame in seconds; default: 60")
@@ -70,7 +70,7 @@ DecodingOptions DecodingOptionsReader::read() const {
     using Sandbox = DecodingOptions::Sandbox;
     options.sandbox = m_sandbox == "on" ? Sandbox::On : m_sandbox == "off" ? Sandbox::Off : Sandbox::Auto;
     if (options.sandbox == Sandbox::Off && (!m_memory.empty() || m_seconds))
-        refuse("--sandbox-memory and --sandbox-time limit the sandbox, which --sandbox=off leaves out.");
+        refuse("--sandbox-memory and --sandbox-time cannot be combined with --sandbox=off.");
     if (!m_memory.empty()) options.sandboxLimits.memory = parseMemorySize(m_memory);
     if (options.sandboxLimits.memory < leastMemory) refuse("--sandbox-memory " + m_memory + " is less than 256M.");
     if (m_seconds) options.sandboxLimits.seconds = *m_seconds;

@@ -52,10 +52,10 @@ std::vector<FrameJob> frameJobs(const RenderOptions& options, const std::map<std
                                job.output));
         }
         if (!options.overwrite && !options.skipExisting) {
-            refuse(fmt::format(
-                "\"{}\" exists already. Give --overwrite to replace such files, or --skip-existing to leave "
-                "those that are finished.",
-                job.output));
+            refuse(
+                fmt::format("\"{}\" already exists. Give --overwrite to replace existing files, or --skip-existing to "
+                            "keep finished frames.",
+                            job.output));
         }
     }
     return jobs;

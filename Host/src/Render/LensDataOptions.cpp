@@ -23,7 +23,7 @@ std::string LensDataOptions::pixelAspectObjection(const HostImage::Frame& frame)
     for (const HostImage::Part& part : frame.parts) {
         if (std::abs(part.pixelAspectRatio - 1.0f) <= rounding) continue;
         return fmt::format(
-            "The pixels are not square (pixel aspect ratio {:g}), but the lens's model is radial in square pixels. "
+            "The pixels are not square (pixel aspect ratio {:g}), but the lens model is radial in square pixels. "
             "Resample the picture to square pixels first, or give --pixel-aspect ignore to correct it as it is.",
             part.pixelAspectRatio);
     }
@@ -46,18 +46,18 @@ void LensDataOptionsReader::declareOptions(CLI::App& app) {
 LensDataOptions LensDataOptionsReader::read() const {
     LensDataOptions options;
     if (!m_correctionFile.empty()) options.correctionFile = m_correctionFile;
-    if (m_imageArea.empty() != m_clipResolution.empty()) refuse("--image-area and --clip-resolution belong together.");
+    if (m_imageArea.empty() != m_clipResolution.empty())
+        refuse("--image-area and --clip-resolution must be given together.");
     if (!m_imageArea.empty()) {
         options.imageArea = parseMillimetreSize("--image-area", m_imageArea);
         options.clipResolution = parsePixelSize("--clip-resolution", m_clipResolution);
         // The nodes' controls end there.
         if (options.imageArea->width > 36.0f || options.imageArea->height > 24.0f)
-            refuse(fmt::format("--image-area {} is larger than 36x24 mm, the largest sensor that is supported.",
-                               m_imageArea));
+            refuse(fmt::format("--image-area {} is larger than 36x24 mm, the largest supported sensor.", m_imageArea));
         if (options.clipResolution->width > 7680 || options.clipResolution->height > 4320)
             refuse(
-                fmt::format("--clip-resolution {} is larger than 7680x4320 px, the largest clip that is supported "
-                            "here; give a smaller one of the same aspect ratio.",
+                fmt::format("--clip-resolution {} is larger than 7680x4320 px, the largest supported clip; give a "
+                            "smaller one of the same aspect ratio.",
                             m_clipResolution));
     }
     if (m_overscan && !(*m_overscan >= 0.0f && *m_overscan <= 1000.0f)) {

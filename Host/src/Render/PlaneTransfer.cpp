@@ -122,7 +122,7 @@ DD::Image::Box hostBox(const HostImage::Window& window, const HostImage::Window&
     const std::int64_t t = y + window.height();
     for (const std::int64_t side : {x, y, r, t}) {
         if (side >= -farthest && side <= farthest) continue;
-        throw std::runtime_error("The data window lies too far away from the display window.");
+        throw std::runtime_error("The data window is too far from the display window.");
     }
     return {static_cast<int>(x), static_cast<int>(y), static_cast<int>(r), static_cast<int>(t)};
 }

@@ -223,19 +223,20 @@ void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vect
     if (firstText.empty()) return;
     const RenderProbe probe = RenderProbe::run();
     if (!probe.isRendering) {
-        throw Failure(ExitCode::Environment,
-                      fmt::format("The OpenCL device does not render: {}\n{}\n\"lenscorrect devices\" tells more.",
-                                  firstText, probe.reason));
+        throw Failure(
+            ExitCode::Environment,
+            fmt::format("The OpenCL device does not render: {}\n{}\nRun \"lenscorrect devices\" for more information.",
+                        firstText, probe.reason));
     }
     const std::string clip = m_options.plate.value_or(m_options.clip);
     // Frames may bring their lens data along, and then fail for another reason.
     if (m_correctionFile.empty() && firstText.starts_with("Correction file could not be found."))
         throw Failure(
             ExitCode::WrongUse,
-            fmt::format("No correction file was found around the clip \"{}\": lay the one that names this clip "
-                        "beside it, or give its path with --correction-file. \"lenscorrect find\" tells where "
-                        "it is searched.\n{}{}",
-                        clip, firstText, nameNote(chain)));
+            fmt::format(
+                "No correction file was found for the clip \"{}\": place the one that names this clip next to it, or "
+                "give its path with --correction-file. \"lenscorrect find\" lists the folders searched.\n{}{}",
+                clip, firstText, nameNote(chain)));
     throw Failure(ExitCode::WrongUse, fmt::format("{}{}\nNo frame of the clip \"{}\" can be corrected.", firstText,
                                                   nameNote(chain), m_options.clip));
 }
@@ -262,7 +263,7 @@ void RenderJob::checkOutputFolder(const FrameJob& first) const {
         HostImage::isMovie(first.input) ? 0 : std::filesystem::file_size(first.input, error) / 2;
     if (error || space.available > frame) return;
     throw Failure(ExitCode::Output,
-                  fmt::format("The disk of folder \"{}\" has {} kB left, which is no room for a frame. Free space, or "
+                  fmt::format("The disk of folder \"{}\" has {} kB left, too little for a frame. Free space, or "
                               "choose another folder.",
                               folder, space.available / 1000));
 }
@@ -272,7 +273,7 @@ void RenderJob::tellIrregularity(Progress& progress, const std::string& text) co
     if (text.empty()) return;
     if (!m_options.strict) return progress.note(text);
     throw Failure(ExitCode::WrongUse,
-                  fmt::format("{}\nRepair the clip, name the frames with --frames, or leave --strict out.", text));
+                  fmt::format("{}\nRepair the clip, name the frames with --frames, or omit --strict.", text));
 }
 
 /// Of all frames, also those that an earlier run has finished: whether a sequence is as it should be does not depend on
@@ -577,8 +578,8 @@ ExitCode RenderJob::finish(Progress& progress, std::size_t frames) const {
         const char* const how = m_options.skipExisting ? "again"
                                 : m_options.overwrite  ? "again with --skip-existing instead of --overwrite"
                                                        : "again with --skip-existing";
-        fmt::print(stderr, "lenscorrect: Stopped with {} of {} frames left. Run the same command {} to go on.\n", left,
-                   frames, how);
+        fmt::print(stderr, "lenscorrect: Stopped with {} of {} frames left. Run the same command {} to continue.\n",
+                   left, frames, how);
         return Interruption::exitCode();
     }
     if (m_hasOutputFailed) return ExitCode::Output;

@@ -38,11 +38,11 @@ std::optional<std::string> given(const std::string& text) {
 std::optional<FrameRange> framesOf(const std::string& list, std::optional<std::int32_t> start,
                                    std::optional<std::int32_t> end, std::optional<std::int32_t> step) {
     if (!list.empty()) {
-        if (start || end || step) refuse("--frames and --start, --end, --step say the same twice; leave one of them.");
+        if (start || end || step) refuse("--frames cannot be combined with --start, --end or --step.");
         return FrameRange::parse(list);
     }
     if (!start && !end && !step) return std::nullopt;
-    if (!start || !end) refuse("--start and --end belong together.");
+    if (!start || !end) refuse("--start and --end must be given together.");
     return FrameRange::fromStartToEnd(*start, *end, step.value_or(1));
 }
 
@@ -77,8 +77,8 @@ void RenderOptionsReader::declareOptions(CLI::App& app) {
     correction.add_option("--shading", t.shading, "remove removes the lens's shading, add applies it")
         ->check(CLI::IsMember({"remove", "add"}));
     correction.add_option("--shading-layers", t.shadingLayers,
-                          "Shade the layers that fit these patterns, such as \"rgba,light_*\" or \"*,!N\"; without it "
-                          "those that hold colour by their names");
+                          "Shade the layers that match these patterns, such as \"rgba,light_*\" or \"*,!N\"; default: "
+                          "layers whose names indicate colour");
     correction.add_flag("--map", t.renderMap, "Write the correction's map instead of the picture");
 
     CLI::Option_group& colour =
@@ -145,23 +145,23 @@ RenderOptions RenderOptionsReader::read() const {
     }
     if (!t.shading.empty()) options.shading = t.shading == "remove" ? Shading::Remove : Shading::Add;
     if (options.distortion == Distortion::None && options.shading == Shading::None) {
-        refuse("Nothing is to be corrected: give --distortion undistort|distort, --shading remove|add, or both.");
+        refuse("No correction is requested: give --distortion undistort|distort, --shading remove|add, or both.");
     }
     if (options.distortion != Distortion::None && options.shading != Shading::None) {
-        if (t.renderMap) refuse("--map shows one correction: leave --distortion or --shading out.");
+        if (t.renderMap) refuse("--map writes the map of one correction: omit --distortion or --shading.");
         if ((options.distortion == Distortion::Undistort) != (options.shading == Shading::Remove)) {
             refuse(
-                "--distortion undistort goes with --shading remove, and distort with add: one lens either recorded the "
-                "picture or did not. For other mixtures run the program twice.");
+                "--distortion undistort requires --shading remove, and distort requires add: a picture either was "
+                "recorded through the lens or was not. For other combinations run the program twice.");
         }
     }
     options.renderMap = t.renderMap;
     options.inputSpace = given(t.inputSpace);
     options.colourConfig = t.colourConfig;
-    if (options.renderMap && options.inputSpace) refuse("--map shows no pixels of the clip: leave --input-space out.");
+    if (options.renderMap && options.inputSpace) refuse("--map writes no pixels of the clip: omit --input-space.");
     if (!t.shadingLayers.empty()) {
         if (options.shading == Shading::None || t.renderMap)
-            refuse("--shading-layers goes with --shading, and not with --map.");
+            refuse("--shading-layers requires --shading, and cannot be combined with --map.");
         options.shadingLayers = ShadingLayers::parse(t.shadingLayers);
     }
 
@@ -181,8 +181,8 @@ RenderOptions RenderOptionsReader::read() const {
         options.boxSize = t.boxSize == "frame" ? RenderOptions::BoxSize::Frame : RenderOptions::BoxSize::Constant;
     }
 
-    if (t.skipExisting && t.overwrite) refuse("--skip-existing and --overwrite contradict each other.");
-    if (t.keepGoing && t.stopOnError) refuse("--keep-going and --stop-on-error contradict each other.");
+    if (t.skipExisting && t.overwrite) refuse("--skip-existing and --overwrite cannot be combined.");
+    if (t.keepGoing && t.stopOnError) refuse("--keep-going and --stop-on-error cannot be combined.");
     options.skipExisting = t.skipExisting;
     options.overwrite = t.overwrite;
     options.stopOnError = t.stopOnError;

@@ -28,8 +28,8 @@ TEST(MemorySize, RefusesEverythingElseNamingTheText) {
     EXPECT_EQ(failure(""), begin + "\" is not understood: it does not begin with a number." + examples);
     EXPECT_EQ(failure("G"), begin + "G\" is not understood: it does not begin with a number." + examples);
     EXPECT_EQ(failure("nan"), begin + "nan\" is not understood: it does not begin with a number." + examples);
-    EXPECT_EQ(failure("8X"), begin + "8X\" is not understood: its unit is none of K, M, G, T." + examples);
-    EXPECT_EQ(failure("8G!"), begin + "8G!\" is not understood: its unit is none of K, M, G, T." + examples);
+    EXPECT_EQ(failure("8X"), begin + "8X\" is not understood: its unit is not K, M, G or T." + examples);
+    EXPECT_EQ(failure("8G!"), begin + "8G!\" is not understood: its unit is not K, M, G or T." + examples);
     EXPECT_EQ(failure("0"), begin + "0\" is not understood: it must be more than 0." + examples);
     EXPECT_EQ(failure("-1G"), begin + "-1G\" is not understood: it must be more than 0." + examples);
     EXPECT_EQ(failure("99999999999T"), begin + "99999999999T\" is not understood: it is too large." + examples);

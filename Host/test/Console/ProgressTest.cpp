@@ -74,7 +74,7 @@ TEST(Progress, TellsTheLastFrameOnce) {
 }
 
 TEST(Progress, TellsLastWhatStayedUnshadedInEveryModeForPeople) {
-    const std::string told = "Left unshaded: N, depth\\x1B.Z (--shading-layers decides otherwise)\n";
+    const std::string told = "Not corrected for shading: N, depth\\x1B.Z (use --shading-layers to choose layers)\n";
     Recorder lines(Progress::Mode::Lines, 0);
     lines.progress.end("", {"N", "depth\x1b.Z"});
     EXPECT_EQ(lines.takeText(), "0 of 0 frames (100 %), 0 errors\n" + told);
@@ -197,7 +197,7 @@ TEST(Progress, ChoosesItsModeByTheTerminal) {
     EXPECT_EQ(Progress::parseMode("auto", false), Progress::Mode::Lines);
     EXPECT_EQ(Progress::parseMode("json", true), Progress::Mode::Json);
     EXPECT_EQ(failureOf([] { Progress::parseMode("loud", true); }),
-              "2: Progress \"loud\" is none of auto, bar, lines, json, none.");
+              "2: Progress \"loud\" is not one of auto, bar, lines, json, none.");
 }
 
 TEST(Progress, WritesTimesForPeople) {

@@ -240,10 +240,10 @@ struct Feature {
 /// What the program has to say of a picture that it renders; mostly nothing.
 std::string wordsFor(const std::string& feature, const std::string& plate) {
     const auto unshaded = [](const std::string& list) {
-        return "Left unshaded: " + list + " (--shading-layers decides otherwise)\n";
+        return "Not corrected for shading: " + list + " (use --shading-layers to choose layers)\n";
     };
     const std::string levels = "lenscorrect: Only the first picture of each file of the clip \"" + plate +
-                               "\" is read; dropped are mip levels (frames 1).\n";
+                               "\" is read; dropped: mip levels (frames 1).\n";
     const std::map<std::string, std::string> words = {{"MipMap", levels},
                                                       {"RipMap", levels},
                                                       {"Identifiers", unshaded("id")},
@@ -359,10 +359,10 @@ std::vector<Feature> others() {
          "resolution in every channel (RGB instead of luminance and chroma).",
          ""},
         {"DeepLines", [](const std::string& path) { writeDeep(path, false); },
-         "deep images are not supported; flatten it first", ""},
+         "deep images are not supported; flatten the image first", ""},
         {"DeepTiles", [](const std::string& path) { writeDeep(path, true); },
-         "deep images are not supported; flatten it first", ""},
-        {"DeepBesideFlat", writeDeepBesideFlat, "deep images are not supported; flatten it first", ""},
+         "deep images are not supported; flatten the image first", ""},
+        {"DeepBesideFlat", writeDeepBesideFlat, "deep images are not supported; flatten the image first", ""},
         {"FileThatIsCut",
          [](const std::string& path) {
              writeLines(path, header());

@@ -53,8 +53,7 @@ TEST(KernelCache, IsAPrivateOneElsewhereThatDisappears) {
         EXPECT_EQ(std::getenv("POCL_CACHE_DIR"), privateFolder);
         EXPECT_EQ(cache.notice(),
                   "Kernel cache \"" + folder.path("file/pocl/kcache") +
-                      "\" is not usable: Not a directory. A private one is used for this run; the start "
-                      "takes longer.");
+                      "\" is not usable: Not a directory. This run uses a private one and takes longer to start.");
     }
     EXPECT_FALSE(std::filesystem::exists(privateFolder));
 }
@@ -65,9 +64,8 @@ TEST(KernelCache, LeavesAFolderThatTheUserNamed) {
     const EnvironmentVariable cacheFolder("POCL_CACHE_DIR", named);
     const KernelCache cache;
     EXPECT_EQ(cache.folder(), named);
-    EXPECT_EQ(cache.notice(),
-              "Kernel cache \"" + named +
-                  "\" is not usable: Not a directory. Set POCL_CACHE_DIR to a folder that can be written.");
+    EXPECT_EQ(cache.notice(), "Kernel cache \"" + named +
+                                  "\" is not usable: Not a directory. Set POCL_CACHE_DIR to a writable folder.");
 }
 
 TEST(KernelCache, LeavesNoTraceOfTheTrial) {

@@ -61,7 +61,7 @@ class Devices(program.ProgramTest):
         result = self.devices(XDG_CACHE_HOME=self.path("file"))
         self.expect(result, 0, errors="")
         self.assertIn(f'Kernel cache "{self.path("file", "pocl", "kcache")}" is not usable: Not a directory. '
-                      "A private one is used for this run; the start takes longer.\n", result.stdout)
+                      "This run uses a private one and takes longer to start.\n", result.stdout)
         self.assertEqual(sorted(os.listdir(self.folder)), before)
 
     def test_uses_a_private_cache_where_the_disk_of_the_usual_one_is_full(self):
@@ -69,14 +69,14 @@ class Devices(program.ProgramTest):
         result = self.devices(XDG_CACHE_HOME=self.path("disk"))
         self.expect(result, 0, errors="")
         self.assertIn(f'Kernel cache "{self.path("disk", "pocl", "kcache")}" is not usable: its disk is full. '
-                      "A private one is used for this run; the start takes longer.\n", result.stdout)
+                      "This run uses a private one and takes longer to start.\n", result.stdout)
 
     def test_says_how_to_mend_a_full_disk_under_a_cache_that_the_user_named(self):
         self.small_disk("disk", 64)
         result = self.devices(POCL_CACHE_DIR=self.path("disk"))
         self.assertEqual(result.returncode, 3, result.stdout + result.stderr)
-        self.assertIn(f'Kernel cache "{self.path("disk")}" is not usable: its disk is full. Set POCL_CACHE_DIR to a folder '
-                      "that can be written.\n", result.stdout)
+        self.assertIn(f'Kernel cache "{self.path("disk")}" is not usable: its disk is full. Set POCL_CACHE_DIR to a '
+                      "writable folder.\n", result.stdout)
         self.assertIn(f'lenscorrect: The kernel cache is broken. Clear it: rm -r "{self.path("disk")}"\n', result.stderr)
 
     def test_respects_a_cache_that_the_user_named(self):

@@ -46,8 +46,8 @@ class Find(program.ProgramTest):
         result = self.run_program("find", "deep/shot/plate.####.exr")
         self.expect(result, 2, "")
         lines = result.stderr.splitlines()
-        self.assertEqual(lines[0], f'lenscorrect: No correction file of the clip "{self.path("deep", "shot", "plate")}" '
-                                   "was found. Searched were, in this order:")
+        self.assertEqual(lines[0], f'lenscorrect: No correction file for the clip "{self.path("deep", "shot", "plate")}" '
+                                   "was found. Folders searched, in order:")
         self.assertEqual(lines[1:4], ["  " + self.path("deep", "shot"), "  " + self.path("deep"), "  " + self.folder])
         self.assertEqual(lines[-1],
                          "A match ends in .olcf, contains the clip's name, and names this clip in its header.")
@@ -61,10 +61,10 @@ class Find(program.ProgramTest):
         searched = json.loads(self.run_program("find", "deep/shot", "--json").stdout)["searchedFolders"]
         self.assertGreater(len(searched), 21)
         self.expect(self.run_program("find", "deep/shot"), 2, "", "\n".join([
-            f'lenscorrect: No correction file of the clip "{self.path("deep", "shot", "plate")}" was found. Searched '
-            "were, in this order:",
+            f'lenscorrect: No correction file for the clip "{self.path("deep", "shot", "plate")}" was found. Folders '
+            "searched, in order:",
             *("  " + folder for folder in searched[:10]),
-            f'  and {len(searched) - 10} more, which "lenscorrect find --all" lists',
+            f'  and {len(searched) - 10} more; "lenscorrect find --all" lists them',
             "A match ends in .olcf, contains the clip's name, and names this clip in its header.\n"]))
 
     def test_lists_all_folders_if_asked_to(self):
@@ -97,15 +97,15 @@ class Find(program.ProgramTest):
         locked = self.path("deep", "shot", "locked")
         self.lock(locked)
         self.expect(self.find_as_ordinary_user("find", "deep/shot"), 2, "",
-                    f'lenscorrect: No correction file of the clip "{self.path("deep", "shot", "plate")}" was found, but '
-                    f'folder "{locked}" could not be searched: Permission denied. If the file lies there, make that '
-                    "folder readable; or lay the file beside the clip.\n")
+                    f'lenscorrect: No correction file for the clip "{self.path("deep", "shot", "plate")}" was found, but '
+                    f'folder "{locked}" could not be searched: Permission denied. If the file is there, make the folder '
+                    "readable, or place the file next to the clip.\n")
 
     @unittest.skipIf(os.geteuid() == 0 and not shutil.which("setpriv"), "needs an ordinary user")
     def test_tells_a_locked_folder_in_a_report_too(self):
         locked = self.path("deep", "shot", "locked")
         self.lock(locked)
-        self.assertIn(f"none was found, but {locked} could not be searched: Permission denied\n",
+        self.assertIn(f"none found, but {locked} could not be searched: Permission denied\n",
                       self.find_as_ordinary_user("info", "deep/shot").stdout)
 
     def test_tells_why_files_were_passed_over(self):
@@ -118,9 +118,9 @@ class Find(program.ProgramTest):
         result = self.run_program("find", "deep/shot")
         self.expect(result, 2, "")
         lines = result.stderr.splitlines()
-        self.assertEqual(lines[lines.index("Passed over were:") + 1:-1], [
+        self.assertEqual(lines[lines.index("Files rejected:") + 1:-1], [
             f'  {near[0]}: its name does not contain "plate"',
-            f'  {near[1]}: its name does not end in ".olcf" in small letters',
+            f'  {near[1]}: its name does not end in ".olcf" in lower case',
             f'  {near[2]}: it cannot be parsed; "lenscorrect check" lists its defects',
             f'  {self.path("deep", "shot", "plate_folder.olcf")}: it cannot be read',
             f'  {near[3]}: its header names the clip "other.mov" or "other", not "plate"',

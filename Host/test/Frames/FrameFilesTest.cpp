@@ -86,20 +86,21 @@ TEST(FrameFiles, RefusesAFolderWithSeveralSequencesNamingThem) {
     TemporaryFolder folder;
     for (const char* name : {"a.0001.exr", "b.0001.exr", "a.0001.dpx"}) folder.file(name);
     EXPECT_EQ(failure(folder.path()),
-              "2: Folder \"" + folder.path() + "\" holds several image sequences; name one of them:\n  " +
+              "2: Folder \"" + folder.path() + "\" contains several image sequences; choose one:\n  " +
                   folder.path("a.%04d.dpx") + "\n  " + folder.path("a.%04d.exr") + "\n  " + folder.path("b.%04d.exr"));
 }
 
 TEST(FrameFiles, RefusesAFolderWithoutASequence) {
     TemporaryFolder folder;
     folder.file("a.txt");
-    EXPECT_EQ(failure(folder.path()), "2: Folder \"" + folder.path() + "\" holds no image sequence.");
+    EXPECT_EQ(failure(folder.path()), "2: Folder \"" + folder.path() + "\" contains no image sequence.");
 }
 
 TEST(FrameFiles, SaysWhatDoesNotExist) {
     TemporaryFolder folder;
     EXPECT_EQ(failure(folder.path("a.exr")), "2: Clip \"" + folder.path("a.exr") + "\" does not exist.");
-    EXPECT_EQ(failure(folder.path("a.%04d.exr")), "2: No file fits the pattern \"" + folder.path("a.%04d.exr") + "\".");
+    EXPECT_EQ(failure(folder.path("a.%04d.exr")),
+              "2: No file matches the pattern \"" + folder.path("a.%04d.exr") + "\".");
     EXPECT_EQ(failure(folder.path("no/a.%04d.exr")), "2: Folder \"" + folder.path("no") + "\" of the clip \"" +
                                                          folder.path("no/a.%04d.exr") + "\" does not exist.");
 }
@@ -109,7 +110,7 @@ TEST(FrameFiles, TellsHowASequenceIsNamedToWhoWritesAStar) {
     folder.file("a.1.exr");
     EXPECT_EQ(failure(folder.path("a.*.exr")),
               "2: Clip \"" + folder.path("a.*.exr") +
-                  "\" does not exist. A sequence is named by %04d or #### in place of the frame number.");
+                  "\" does not exist. Write a sequence with %04d or #### in place of the frame number.");
 }
 
 TEST(FrameFiles, RefusesACorrectionFile) {

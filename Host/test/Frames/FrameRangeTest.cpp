@@ -103,14 +103,14 @@ INSTANTIATE_TEST_SUITE_P(
                     Defect{"a", "\"a\" is not understood: \"a\" is not a number."},
                     Defect{"5,1-x2", "\"1-x2\" is not understood: \"x2\" is not a number."},
                     Defect{"1-", "\"1-\" is not understood: a number is missing at its end."},
-                    Defect{"1-5y2", "\"1-5y2\" is not understood: \"y2\" does not belong there."},
-                    Defect{"1..5", "\"1..5\" is not understood: \"..5\" does not belong there."},
-                    Defect{"1-5x2x", "\"1-5x2x\" is not understood: \"x\" does not belong there."},
-                    Defect{"1-1e9x", "\"1-1e9x\" is not understood: \"e9x\" does not belong there."},
+                    Defect{"1-5y2", "\"1-5y2\" is not understood: \"y2\" is not expected there."},
+                    Defect{"1..5", "\"1..5\" is not understood: \"..5\" is not expected there."},
+                    Defect{"1-5x2x", "\"1-5x2x\" is not understood: \"x\" is not expected there."},
+                    Defect{"1-1e9x", "\"1-1e9x\" is not understood: \"e9x\" is not expected there."},
                     Defect{"1-9x", "\"1-9x\" is not understood: a number is missing at its end."},
-                    Defect{"1x2", "\"1x2\" is not understood: \"x2\" does not belong there."},
-                    Defect{"1-5x0", "\"1-5x0\" is not understood: a step of 0 never arrives."},
-                    Defect{"1-5x-1", "\"1-5x-1\" is not understood: a negative step leads away from the end."},
+                    Defect{"1x2", "\"1x2\" is not understood: \"x2\" is not expected there."},
+                    Defect{"1-5x0", "\"1-5x0\" is not understood: a step of 0 never reaches the end."},
+                    Defect{"1-5x-1", "\"1-5x-1\" is not understood: a negative step moves away from the end."},
                     Defect{"99999999999",
                            "\"99999999999\" is not understood: a number in \"99999999999\" is too large."}));
 
@@ -120,10 +120,11 @@ TEST(FrameRange, IsMadeFromStartEndAndStep) {
 }
 
 TEST(FrameRange, RefusesAStepThatNeverArrives) {
-    EXPECT_EQ(failureOf([] { FrameRange::fromStartToEnd(1, 10, 0); }),
-              std::string("2: Frame range \"1-10x0\" is not understood: a step of 0 never arrives.") + examples);
+    EXPECT_EQ(
+        failureOf([] { FrameRange::fromStartToEnd(1, 10, 0); }),
+        std::string("2: Frame range \"1-10x0\" is not understood: a step of 0 never reaches the end.") + examples);
     EXPECT_EQ(failureOf([] { FrameRange::fromStartToEnd(10, 1, 1); }),
-              std::string("2: Frame range \"10-1x1\" is not understood: the step leads away from the end.") + examples);
+              std::string("2: Frame range \"10-1x1\" is not understood: the step moves away from the end.") + examples);
 }
 
 TEST(FrameRange, WritesTheShortestText) {

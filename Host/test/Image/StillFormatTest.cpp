@@ -33,10 +33,10 @@ TEST(StillFormat, HoldsColoursWhateverTheirOrderAndTheirLetters) {
 
 TEST(StillFormat, HoldsAnAlphaChannelAndGreyOnlyWhereThereIsRoom) {
     EXPECT_EQ(complaint("jpg", {"A", "B", "G", "R"}),
-              "f.jpg: cannot be written: the frame has the channels R, G, B, A, and JPEG holds only R, G, B; Y; choose "
+              "f.jpg: cannot be written: the frame has the channels R, G, B, A, but JPEG holds only R, G, B; Y; choose "
               ".png, .tif or .exr");
     EXPECT_EQ(complaint("dpx", {"Y"}),
-              "f.dpx: cannot be written: the frame has the channels Y, and DPX holds only R, G, B; R, G, B, A; choose "
+              "f.dpx: cannot be written: the frame has the channels Y, but DPX holds only R, G, B; R, G, B, A; choose "
               ".exr");
     for (const std::string extension : {"tif", "png"}) {
         EXPECT_EQ(complaint(extension, {"Y"}), "none") << extension;
@@ -47,23 +47,23 @@ TEST(StillFormat, HoldsAnAlphaChannelAndGreyOnlyWhereThereIsRoom) {
 TEST(StillFormat, RefusesLayersAndColoursThatAreMissing) {
     EXPECT_EQ(
         complaint("dpx", {"R", "G"}),
-        "f.dpx: cannot be written: the frame has the channels R, G, and DPX holds only R, G, B; R, G, B, A; choose "
+        "f.dpx: cannot be written: the frame has the channels R, G, but DPX holds only R, G, B; R, G, B, A; choose "
         ".exr");
     EXPECT_EQ(
         complaint("tif", {"B", "G", "R", "beauty.B", "beauty.G", "beauty.R", "depth.Z"}),
-        "f.tif: cannot be written: the frame has the channels R, G, B, beauty.B, beauty.G, beauty.R and 1 more, and "
+        "f.tif: cannot be written: the frame has the channels R, G, B, beauty.B, beauty.G, beauty.R and 1 more, but "
         "TIFF holds only R, G, B; R, G, B, A; Y; Y, A; choose .exr");
     EXPECT_EQ(complaint("exr", {"R", "G", "beauty.R"}), "none");
 }
 
 TEST(StillFormat, RefusesIdentifiersAndTypesThatItHasNot) {
     EXPECT_EQ(complaint("dpx", {"R", "G", "B"}, PixelType::UInt32),
-              "f.dpx: cannot be written: channel R has integers of 32 bits, for which DPX has no room; choose .exr");
+              "f.dpx: cannot be written: channel R has 32-bit integers, which DPX cannot hold; choose .exr");
     EXPECT_EQ(complaint("tif", {"R", "G", "B"}, PixelType::UInt32), "none");
     WriteOptions options;
     options.pixelType = PixelType::Float;
     EXPECT_EQ(complaint("png", {"R", "G", "B"}, PixelType::Half, options),
-              "f.png: cannot be written: PNG has no pixels of type half or float; leave --type out, or choose .tif or "
+              "f.png: cannot be written: PNG cannot hold half or float pixels; omit --type, or choose .tif or "
               ".exr");
     EXPECT_EQ(complaint("tif", {"R", "G", "B"}, PixelType::Half, options), "none");
 }
@@ -77,8 +77,8 @@ TEST(StillFormat, RefusesALongerSideThanItCanCount) {
         FAIL();
     } catch (const ImageError& error) {
         EXPECT_STREQ(error.what(),
-                     "f.jpg: cannot be written: the picture of 65501 x 4 pixels has a side longer than the "
-                     "65500 of JPEG; choose .exr");
+                     "f.jpg: cannot be written: the picture of 65501 x 4 pixels exceeds JPEG's limit of "
+                     "65500 pixels a side; choose .exr");
     }
 }
 

@@ -31,7 +31,7 @@ class Info(program.ProgramTest):
                     "Records           3, frames 1001-1003, timecodes 00:00:40:01 to 00:00:40:03\n"
                     "Recording format  36 x 18.984375 mm for 4096 x 2160 px, radius 20.349 mm, from the file's header\n"
                     "Undistorted size  4096 x 2160 px, 0.00 % overscan (frame 1001)\n"
-                    "Deviation         up to 2.08 px from the ideal undistorted picture, whose corner lies within the frame\n"
+                    "Deviation         up to 2.08 px from the ideal undistorted picture, whose corner is inside the frame\n"
                     "Frames            3 of 3 can be corrected\n", "")
 
     def test_lets_no_header_steer_the_terminal(self):
@@ -102,7 +102,7 @@ class Info(program.ProgramTest):
         self.expect(self.run_program("info", "a.olcf"), 2, "",
                     "lenscorrect: a.olcf: Correction file could not be parsed due to an invalid format.\n"
                     "Reason: Header start could not be found.\n"
-                    'Run "lenscorrect check" on it for every defect.\n')
+                    'Run "lenscorrect check" on it to list every defect.\n')
 
 
 program.main()

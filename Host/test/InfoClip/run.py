@@ -65,7 +65,7 @@ class InfoClip(program.ProgramTest):
         reason = 'its header names the clip "A001C001", not "A001C002"'
         self.assertEqual(self.info(status=1)["passedOverFiles"], [{"path": self.clip("A001C002.olcf"), "reason": reason}])
         text = self.run_program("info", self.clip("A001C002.%04d.exr")).stdout
-        self.assertIn(f"Passed over       {self.clip('A001C002.olcf')}: {reason}\n", text)
+        self.assertIn(f"Rejected          {self.clip('A001C002.olcf')}: {reason}\n", text)
 
     def test_tells_only_the_frames_of_a_range(self):
         self.write_correction([0, 1])

@@ -16,8 +16,9 @@ TEST(CorrectionFileData, carriesTheRecordingFormatOfTheHeader) {
 }
 
 TEST(CorrectionFileData, namesAFileThatCannotBeRead) {
-    EXPECT_EQ("2: /nowhere/a.olcf: the correction file could not be read; it must be a file that you may read.",
-              failureOf([] { CorrectionFileData::read("/nowhere/a.olcf"); }));
+    EXPECT_EQ(
+        "2: /nowhere/a.olcf: the correction file could not be read; it must be a regular file with read permission.",
+        failureOf([] { CorrectionFileData::read("/nowhere/a.olcf"); }));
 }
 
 TEST(CorrectionFileData, namesTheBadLineAndTheCommandThatFindsTheOthers) {
@@ -25,7 +26,7 @@ TEST(CorrectionFileData, namesTheBadLineAndTheCommandThatFindsTheOthers) {
     const std::string path = folder.file("a.olcf", CorrectionFileText().withFrameLine("1;").string());
     EXPECT_EQ("2: " + path +
                   ": Correction file could not be parsed due to an invalid format.\nLine Number: 24\nLine Content: "
-                  "\"1;\"\nRun \"lenscorrect check\" on it for every defect.",
+                  "\"1;\"\nRun \"lenscorrect check\" on it to list every defect.",
               failureOf([&] { CorrectionFileData::read(path); }));
 }
 
@@ -34,6 +35,6 @@ TEST(CorrectionFileData, refusesTextInThePlaceOfANumber) {
     const std::string path = folder.file("a.olcf", CorrectionFileText().withFrameLine("x;;;;;;;;;").string());
     EXPECT_EQ(
         "2: " + path +
-            ": a frame line holds text in the place of a number. Run \"lenscorrect check\" on it for every defect.",
+            ": a frame line has text where a number belongs. Run \"lenscorrect check\" on it to list every defect.",
         failureOf([&] { CorrectionFileData::read(path); }));
 }

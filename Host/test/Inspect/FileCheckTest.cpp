@@ -84,7 +84,7 @@ TEST(FileCheck, listsDefectsOfHeaderAndBodyInOneGo) {
     EXPECT_THAT(
         defects(text.string()),
         ElementsAre(
-            "defect 21 header-line: a header line reads key:=value with \":=\" exactly once, this one is \"no "
+            "defect 21 header-line: a header line must read key:=value with exactly one \":=\", but this one is \"no "
             "separator\"",
             "defect 0 header-entry: Header entry with key \"clipName\" was not found",
             "defect 15 header-entry: Header entry with key \"tcFps\" does not have a valid value: \"abc\" is not a "
@@ -104,15 +104,15 @@ TEST(FileCheck, namesEachBadValueOfALine) {
 TEST(FileCheck, guessesThatDecimalsWereWrittenWithCommas) {
     EXPECT_THAT(
         defects(withFrameLine("5;0,0,1,0,2,0,3,0,4,0,5,0,6,0;9,9,9,9,9,9,9;0,0,0,0,0,0,0;;;;;;00:00:00:00")),
-        ElementsAre("defect 24 frame-line: frame \"5\": 14 height values instead of 7 (decimals need a point, not "
-                    "a comma)"));
+        ElementsAre(
+            "defect 24 frame-line: frame \"5\": 14 height values instead of 7 (use a decimal point, not a comma)"));
 }
 
 TEST(FileCheck, saysThatAByteOrderMarkHidesTheVersion) {
     EXPECT_THAT(
         findings("\xEF\xBB\xBF" + flawless().string()),
-        ElementsAre("warning 1 byte-order-mark: the file begins with a UTF-8 byte order mark, which hides what "
-                    "stands in line 1; save it without one",
+        ElementsAre("warning 1 byte-order-mark: the file begins with a UTF-8 byte order mark, which hides line 1; save "
+                    "it without one",
                     "defect 0 version: Version could not be found: no line begins with \"# OLCF Version \"; line 1 "
                     "reads \"\xEF\xBB\xBF# OLCF Version 3\""));
 }
@@ -126,13 +126,12 @@ TEST(FileCheck, goesOnBehindAVersionThatIsNotSupported) {
 TEST(FileCheck, goesOnBehindAMissingHeaderEnd) {
     CorrectionFileText text = flawless();
     text.headerEnd = "header_end";
-    EXPECT_THAT(
-        defects(text.withFrameLine("x").string()),
-        ElementsAre("defect 22 header-line: a header line reads key:=value with \":=\" exactly once, this one is "
-                    "\"header_end\"",
-                    "defect 2 header-end: Header end could not be found: no line after this one reads "
-                    "\"HEADER_END\"; line 22 reads \"header_end\"",
-                    StartsWith("defect 27 frame-line")));
+    EXPECT_THAT(defects(text.withFrameLine("x").string()),
+                ElementsAre("defect 22 header-line: a header line must read key:=value with exactly one \":=\", but "
+                            "this one is \"header_end\"",
+                            "defect 2 header-end: Header end could not be found: no line after this one reads "
+                            "\"HEADER_END\"; line 22 reads \"header_end\"",
+                            StartsWith("defect 27 frame-line")));
 }
 
 TEST(FileCheck, saysWhichLineLooksLikeTheMissingHeaderStart) {
@@ -167,29 +166,30 @@ TEST(FileCheck, warnsOfANegativeWidth) {
 TEST(FileCheck, warnsOfDuplicateKeys) {
     EXPECT_THAT(
         findings(flawless().withHeaderLine("clipWidth:=1").withHeaderLine("other:=1").withHeaderLine("other:=2")),
-        ElementsAre("warning 22 duplicate-key: key \"clipWidth\" occurs again; the value of line 14 counts"));
+        ElementsAre("warning 22 duplicate-key: key \"clipWidth\" is repeated; the value of line 14 is used"));
 }
 
 TEST(FileCheck, warnsOfAMisspeltKey) {
     EXPECT_THAT(findings(flawless().withHeaderLine("clipwidth :=1")),
-                ElementsAre("warning 22 header-key: key \"clipwidth \" is not read; \"clipWidth\" is"));
+                ElementsAre("warning 22 header-key: key \"clipwidth \" is ignored; did you mean \"clipWidth\"?"));
 }
 
 TEST(FileCheck, warnsOfDuplicateFrames) {
     EXPECT_THAT(findings(flawless().withFrame(1003, "10.00.00.02")),
-                ElementsAre("warning 27 duplicate-frame: frame 1003 occurs again; this line counts, not line 26"));
+                ElementsAre("warning 27 duplicate-frame: frame 1003 is repeated; this line replaces line 26"));
 }
 
 TEST(FileCheck, warnsOfGaps) {
-    EXPECT_THAT(findings(flawless().with("clipDurationFrames", "4").withFrame(1010, "10.00.00.09")),
-                ElementsAre("warning 26 gap: no line for the frames after 1003 and before 1010; they get the line of "
-                            "frame 1003"));
+    EXPECT_THAT(
+        findings(flawless().with("clipDurationFrames", "4").withFrame(1010, "10.00.00.09")),
+        ElementsAre(
+            "warning 26 gap: no line for the frames after 1003 and before 1010; they use the line of frame 1003"));
 }
 
 TEST(FileCheck, warnsOfATimecodeThatLeadsToAnotherLine) {
     EXPECT_THAT(findings(flawless().with("clipDurationFrames", "4").withFrame(1004, "10.00.00.05")),
-                ElementsAre("warning 27 timecode-order: frame 1004: its timecode does not lie 3 frames after the first "
-                            "frame's; by timecode another line is taken"));
+                ElementsAre("warning 27 timecode-order: frame 1004: its timecode is not 3 frames after the first "
+                            "frame's; a look-up by timecode uses another line"));
 }
 
 TEST(FileCheck, warnsOfATimecodeThatIsNone) {
@@ -201,7 +201,8 @@ TEST(FileCheck, warnsOfATimecodeThatIsNone) {
 TEST(FileCheck, warnsOfARateThatIsNotFinite) {
     EXPECT_THAT(
         findings(flawless().with("tcFps", "nan")),
-        ElementsAre("warning 16 timecode-rate: tcFps \"nan\" is no usable rate; frames cannot be found by timecode"));
+        ElementsAre(
+            "warning 16 timecode-rate: tcFps \"nan\" is not a usable rate; frames cannot be looked up by timecode"));
 }
 
 TEST(FileCheck, warnsOfAFileWithoutFrames) {
@@ -211,14 +212,13 @@ TEST(FileCheck, warnsOfAFileWithoutFrames) {
 
 TEST(FileCheck, warnsOnceOfAFitThatIsAbsurdInManyFrames) {
     const char* const values = ";0,5,5.0000005,10,15,18,20;100,99,90,96,93,89,84;0,0,0,0,0,0,0;;;;;;";
-    EXPECT_THAT(
-        findings(CorrectionFileText()
-                     .with("clipDurationFrames", "2")
-                     .with("tcFps", "25")
-                     .withFrameLine(fmt::format("1{}10.00.00.00", values))
-                     .withFrameLine(fmt::format("2{}10.00.00.01", values))),
-        testing::Contains("warning 24 near-equal-heights: frame 1: heights 5 and 5.0000005 mm are nearly equal (and 1 "
-                          "more frames likewise)"));
+    CorrectionFileText text;
+    text.with("clipDurationFrames", "2").with("tcFps", "25");
+    text.withFrameLine(fmt::format("1{}10.00.00.00", values)).withFrameLine(fmt::format("2{}10.00.00.01", values));
+    const std::string warning = "warning 24 near-equal-heights: frame 1: heights 5 and 5.0000005 mm are nearly equal";
+    EXPECT_THAT(findings(text), testing::Contains(warning + " (and 1 more frame)"));
+    text.withFrameLine(fmt::format("3{}10.00.00.02", values));
+    EXPECT_THAT(findings(text), testing::Contains(warning + " (and 2 more frames)"));
 }
 
 TEST(FileCheck, warnsThatTheRecordingFormatIsUnknown) {

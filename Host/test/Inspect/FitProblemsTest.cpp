@@ -50,8 +50,9 @@ TEST(FitProblems, allowTheFirstTwoOfSevenHeightsToBeEqual) {
 TEST(FitProblems, includeHugeCoefficients) {
     Frame frame = ordinaryFrame();
     frame.heights[2] = 5.001f;
-    EXPECT_THAT(problems(frame, 21.0f),
-                Contains("huge-coefficients: the fitted curve has huge coefficients and swings between the points"));
+    EXPECT_THAT(
+        problems(frame, 21.0f),
+        Contains("huge-coefficients: the fitted curve has huge coefficients and oscillates between the points"));
 }
 
 TEST(FitProblems, includeAnIlluminationThatReachesZero) {
@@ -69,5 +70,5 @@ TEST(FitProblems, includeDistortionThatTurnsRound) {
 
 TEST(FitProblems, includeACornerFarBeyondTheLastHeight) {
     EXPECT_THAT(problems(ordinaryFrame(), 24.0f),
-                Contains("beyond-heights: the image reaches to 24 mm, but the last height is 21.4 mm"));
+                Contains("beyond-heights: the image extends to 24 mm, but the last height is 21.4 mm"));
 }

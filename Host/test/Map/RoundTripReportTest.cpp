@@ -36,12 +36,12 @@ TEST(RoundTripReport, NamesTheWorstFrameOfEachError) {
     RoundTripReport worst = report();
     worst.frames[0].deviation = 2.0;
     EXPECT_EQ(worst.text(false),
-              "Undistorting and distorting again, largest errors over 2 frames of 1920 x 1080 px:\n"
-              "Curves                    0.0100 px  what the fitted curve and its inverse do not restore (frame 1001)\n"
-              "Maps                      0.5000 px  the same as the nodes sample it (frame 1002)\n"
-              "Fit, corrected            0.0000 px  by which the curve misses the measured points (frame 1001)\n"
-              "Fit, recorded             0.0000 px  likewise its inverse (frame 1001)\n"
-              "Deviation                 2.0000 px  between the node's undistorted picture and the ideal one (frame "
+              "Largest round-trip errors over 2 frames of 1920 x 1080 px:\n"
+              "Curves                    0.0100 px  round-trip error of the curves (frame 1001)\n"
+              "Maps                      0.5000 px  round-trip error of the nodes' sampling (frame 1002)\n"
+              "Fit, corrected            0.0000 px  deviation of the curve from the measured points (frame 1001)\n"
+              "Fit, recorded             0.0000 px  the same for its inverse (frame 1001)\n"
+              "Deviation                 2.0000 px  of the node's undistorted picture from the ideal one (frame "
               "1001)\n");
 }
 
@@ -65,7 +65,7 @@ TEST(RoundTripReport, WarnsOfACornerThatNobodyMeasured) {
     EXPECT_EQ(
         text.substr(text.find("Warning")),
         "Warning: the frame's corner lies at 13.500 mm, beyond the last measured height of 13.250 mm (frame 1002); "
-        "out there the curves are a guess.\n");
+        "beyond it the curves are extrapolated.\n");
 }
 
 TEST(RoundTripReport, ListsFailedFramesInJson) {

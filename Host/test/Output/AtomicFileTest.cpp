@@ -98,7 +98,7 @@ TEST(AtomicFile, SaysWhichFolderCouldNotBeMade) {
     TemporaryFolder folder;
     folder.file("a", "a file");
     EXPECT_EQ(failureOf([&] { AtomicFile file(folder.path("a/b/f.exr")); }),
-              "4: Folder \"" + folder.path("a/b") + "\" could not be made: Not a directory.");
+              "4: Folder \"" + folder.path("a/b") + "\" could not be created: Not a directory.");
 }
 
 TEST(AtomicFile, SaysThatNothingWasWritten) {

@@ -28,7 +28,9 @@ TEST(ClipSurvey, ListsTheWidestGapThatThereCanBe) {
 
 TEST(ClipSurvey, CountsGapsBeyondTen) {
     std::vector<std::int32_t> frames;
-    for (std::int32_t frame = 0; frame <= 24; frame += 2) frames.push_back(frame);
+    for (std::int32_t frame = 0; frame <= 22; frame += 2) frames.push_back(frame);
+    EXPECT_EQ(gaps(frames), "1, 3, 5, 7, 9, 11, 13, 15, 17, 19 and 1 more gap");
+    frames.push_back(24);
     EXPECT_EQ(gaps(frames), "1, 3, 5, 7, 9, 11, 13, 15, 17, 19 and 2 more gaps");
 }
 

@@ -50,10 +50,9 @@ TEST(CorrectionMark, TellsWhatTheShadingCorrectionLeftAsItIsInEachPart) {
 }
 
 TEST(CorrectionMark, SpeaksAgainstTheSameCorrectionASecondTime) {
-    EXPECT_EQ(
-        CorrectionMark::objection(undistort(), frameMarkedBy(undistort())),
-        "It carries the mark of this very correction (com.orvex.lenscorrect.distortion = \"undistort\"). Take the "
-        "original, or give --force to correct it again.");
+    EXPECT_EQ(CorrectionMark::objection(undistort(), frameMarkedBy(undistort())),
+              "It is already marked with this correction (com.orvex.lenscorrect.distortion = \"undistort\"). Use the "
+              "original, or give --force to correct it again.");
 }
 
 TEST(CorrectionMark, LetsTheOppositeDirectionPass) {

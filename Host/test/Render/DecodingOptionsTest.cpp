@@ -92,8 +92,7 @@ TEST(DecodingOptions, RefuseASandboxInWhichNothingStarts) {
 }
 
 TEST(DecodingOptions, RefuseTheSandboxesLimitsWithoutIt) {
-    const std::string text =
-        "2: --sandbox-memory and --sandbox-time limit the sandbox, which --sandbox=off leaves out.";
+    const std::string text = "2: --sandbox-memory and --sandbox-time cannot be combined with --sandbox=off.";
     EXPECT_EQ(failure("--sandbox=off --sandbox-memory 512M"), text);
     EXPECT_EQ(failure("--sandbox=off --sandbox-time 5"), text);
 }

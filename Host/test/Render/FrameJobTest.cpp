@@ -76,10 +76,9 @@ TEST(FrameJob, NeverReplacesItsOwnInput) {
 TEST(FrameJob, AsksBeforeItReplacesAFile) {
     Job job;
     job.file("out.0002.exr");
-    EXPECT_EQ(job.failure(),
-              "2: \"" + job.path("out.0002.exr") +
-                  "\" exists already. Give --overwrite to replace such files, or --skip-existing to leave "
-                  "those that are finished.");
+    EXPECT_EQ(job.failure(), "2: \"" + job.path("out.0002.exr") +
+                                 "\" already exists. Give --overwrite to replace existing files, or --skip-existing to "
+                                 "keep finished frames.");
     job.options.overwrite = true;
     EXPECT_EQ(job.failure(), "no failure");
     job.options.overwrite = false;

@@ -107,32 +107,30 @@ TEST_P(RenderOptionsDefect, IsReported) {
 INSTANTIATE_TEST_SUITE_P(
     All, RenderOptionsDefect,
     testing::Values(
-        Defect{"", "Nothing is to be corrected: give --distortion undistort|distort, --shading remove|add, or both."},
+        Defect{"", "No correction is requested: give --distortion undistort|distort, --shading remove|add, or both."},
         Defect{"--distortion undistort --shading-layers rgba",
-               "--shading-layers goes with --shading, and not with --map."},
+               "--shading-layers requires --shading, and cannot be combined with --map."},
         Defect{"--shading remove --map --shading-layers rgba",
-               "--shading-layers goes with --shading, and not with --map."},
+               "--shading-layers requires --shading, and cannot be combined with --map."},
         Defect{"--distortion undistort --shading remove --map",
-               "--map shows one correction: leave --distortion or --shading out."},
-        Defect{"--shading remove --map --input-space sRGB",
-               "--map shows no pixels of the clip: leave --input-space out."},
+               "--map writes the map of one correction: omit --distortion or --shading."},
+        Defect{"--shading remove --map --input-space sRGB", "--map writes no pixels of the clip: omit --input-space."},
         Defect{"--distortion undistort --shading add",
-               "--distortion undistort goes with --shading remove, and distort with add: one lens either recorded the "
-               "picture or did not. For other mixtures run the program twice."},
-        Defect{"--shading remove --image-area 24x13", "--image-area and --clip-resolution belong together."},
-        Defect{"--shading remove --clip-resolution 24x13", "--image-area and --clip-resolution belong together."},
+               "--distortion undistort requires --shading remove, and distort requires add: a picture either was "
+               "recorded through the lens or was not. For other combinations run the program twice."},
+        Defect{"--shading remove --image-area 24x13", "--image-area and --clip-resolution must be given together."},
+        Defect{"--shading remove --clip-resolution 24x13",
+               "--image-area and --clip-resolution must be given together."},
         Defect{"--shading remove --image-area 24 --clip-resolution 24x13",
                "--image-area \"24\" is not a size in millimetres, such as 23.76x13.37."},
         Defect{"--shading remove --overscan -1", "--overscan -1 is not between 0 and 1000 percent."},
         Defect{"--shading remove --overscan nan", "--overscan nan is not between 0 and 1000 percent."},
         Defect{"--shading remove --frames 1 --start 1 --end 2",
-               "--frames and --start, --end, --step say the same twice; leave one of them."},
-        Defect{"--shading remove --start 1", "--start and --end belong together."},
-        Defect{"--shading remove --step 2", "--start and --end belong together."},
-        Defect{"--shading remove --skip-existing --overwrite",
-               "--skip-existing and --overwrite contradict each other."},
-        Defect{"--shading remove --keep-going --stop-on-error",
-               "--keep-going and --stop-on-error contradict each other."},
+               "--frames cannot be combined with --start, --end or --step."},
+        Defect{"--shading remove --start 1", "--start and --end must be given together."},
+        Defect{"--shading remove --step 2", "--start and --end must be given together."},
+        Defect{"--shading remove --skip-existing --overwrite", "--skip-existing and --overwrite cannot be combined."},
+        Defect{"--shading remove --keep-going --stop-on-error", "--keep-going and --stop-on-error cannot be combined."},
         Defect{"--shading remove --memory 0",
                "Memory size \"0\" is not understood: it must be more than 0. Examples: 8G, 512M, 1.5G."}));
 
@@ -152,14 +150,13 @@ TEST(RenderOptions, TakeTheLargestRecordingFormatOfTheNodes) {
 
 TEST(RenderOptions, RefuseAnImageAreaBeyondTheNodes) {
     EXPECT_EQ(failure("--shading add --image-area 36.1x20 --clip-resolution 1920x1080"),
-              "2: --image-area 36.1x20 is larger than 36x24 mm, the largest sensor that is supported.");
+              "2: --image-area 36.1x20 is larger than 36x24 mm, the largest supported sensor.");
     EXPECT_EQ(failure("--shading add --image-area 30x24.5 --clip-resolution 1920x1080"),
-              "2: --image-area 30x24.5 is larger than 36x24 mm, the largest sensor that is supported.");
+              "2: --image-area 30x24.5 is larger than 36x24 mm, the largest supported sensor.");
 }
 
 TEST(RenderOptions, RefuseAClipResolutionBeyondTheNodes) {
-    EXPECT_EQ(
-        failure("--shading add --image-area 36x24 --clip-resolution 8192x4320"),
-        "2: --clip-resolution 8192x4320 is larger than 7680x4320 px, the largest clip that is supported here; give "
-        "a smaller one of the same aspect ratio.");
+    EXPECT_EQ(failure("--shading add --image-area 36x24 --clip-resolution 8192x4320"),
+              "2: --clip-resolution 8192x4320 is larger than 7680x4320 px, the largest supported clip; give "
+              "a smaller one of the same aspect ratio.");
 }

@@ -36,8 +36,8 @@ class Render(program.ProgramTest):
         self.sample("--size", "128x96", "--frames", "30")  # more than wait decoded when it is said
         os.remove(self.path("clip", "plate.olcf"))
         self.expect(self.render("--distortion", "undistort", "-o", "out/f.%04d.exr"), 2, "", """\
-lenscorrect: No correction file was found around the clip "clip/plate.%04d.exr": lay the one that names this clip beside it, \
-or give its path with --correction-file. "lenscorrect find" tells where it is searched.
+lenscorrect: No correction file was found for the clip "clip/plate.%04d.exr": place the one that names this clip next to it, \
+or give its path with --correction-file. "lenscorrect find" lists the folders searched.
 Correction file could not be found.
 Clip File Path: "{}/clip/plate"
 """.format(os.path.realpath(self.folder)))
@@ -87,7 +87,7 @@ No frame of the clip "clip/plate.%04d.exr" can be corrected.
     def test_names_an_output_that_no_picture_can_be_before_the_first_frame(self):
         self.sample("--size", "128x96", "--frames", "2")
         for output, problem in (
-                ("f.%04d.xyz", '".xyz" is no format that is written; choose .exr, .dpx, .tif, .png or .jpg'),
+                ("f.%04d.xyz", '".xyz" is not a supported output format; choose .exr, .dpx, .tif, .png or .jpg'),
                 ("folder", "its name has no extension; choose .exr, .dpx, .tif, .png or .jpg"),
                 ("f.mov", "movies are only read; choose an image sequence such as name.%04d.exr")):
             with self.subTest(output):
@@ -109,7 +109,7 @@ No frame of the clip "clip/plate.%04d.exr" can be corrected.
         result = self.run_program("render", "clip/again/plate.%04d.exr", "--distortion", "undistort", "-o",
                                   "out/f.%04d.exr", "--progress", "none")
         self.expect(result, 1)
-        self.assertIn("It carries the mark of this very correction", result.stderr)
+        self.assertIn("It is already marked with this correction", result.stderr)
 
     def test_tells_what_to_install_when_there_is_no_device(self):
         self.sample("--size", "128x96", "--frames", "1")
@@ -117,7 +117,7 @@ No frame of the clip "clip/plate.%04d.exr" can be corrected.
                              environment={"OCL_ICD_VENDORS": self.folder})
         self.expect(result, 3, "", """\
 lenscorrect: There is no OpenCL device to render on: Failed to query number of all available platforms! (-1001) \
-Install a driver (without a GPU: apt-get install pocl-opencl-icd); "lenscorrect devices" tells what is found.
+Install a driver (without a GPU: apt-get install pocl-opencl-icd); "lenscorrect devices" lists what is installed.
 """)
 
     def test_renders_from_a_private_kernel_cache_when_the_home_cannot_be_written(self):

@@ -19,7 +19,7 @@ their colour space with --input-space NAME, which converts them to linear light 
 correct the values as they are.
 """
 NOT_SQUARE = """\
-The pixels are not square (pixel aspect ratio 2), but the lens's model is radial in square pixels. Resample the picture to \
+The pixels are not square (pixel aspect ratio 2), but the lens model is radial in square pixels. Resample the picture to \
 square pixels first, or give --pixel-aspect ignore to correct it as it is."""
 NO_CONFIG = {"OCIO": None}
 
@@ -174,7 +174,7 @@ class Converted(Colour):
         part = self.part("RGBZ", function=lambda x, y: -50)
         self.write_plate(part)
         self.expect(self.render(*SHADING, "--input-space", "Cineon"), 0, "",
-                    "Left unshaded: Z (--shading-layers decides otherwise)\n")
+                    "Not corrected for shading: Z (use --shading-layers to choose layers)\n")
         got = exr.read(self.path("out/f.1001.exr"))[0]
         self.assertEqual(got.at("Z", 5, 5), -50)
 

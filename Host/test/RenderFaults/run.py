@@ -119,7 +119,7 @@ close out/.f.%04d.exr.HOST.frames
         result = self.render(*UNDISTORT, environment={
             "LD_PRELOAD": FAULTS, "OUTPUT_FAULT": f"mkdir:1:{errno.ENOSPC}",
             "OUTPUT_FAULT_FOLDER": os.path.realpath(self.path("out")), "OUTPUT_FAULT_COUNT": self.path("count")})
-        self.expect(result, 4, "", 'lenscorrect: Folder "out" could not be made: No space left on device.\n')
+        self.expect(result, 4, "", 'lenscorrect: Folder "out" could not be created: No space left on device.\n')
         self.assertFalse(os.path.exists(self.path("out")))
 
     def test_close_of_a_dpx_file(self):
@@ -193,13 +193,13 @@ lenscorrect: 1 of 2 frames failed: 1002
         with open(self.path("out"), "w", encoding="utf-8"):
             pass
         result = self.render(*UNDISTORT)
-        self.expect(result, 4, "", 'lenscorrect: Folder "out" could not be made: Not a directory.\n')
+        self.expect(result, 4, "", 'lenscorrect: Folder "out" could not be created: Not a directory.\n')
 
     def test_a_disk_without_room_for_a_frame_is_told_before_the_first_one(self):
         self.small_disk("disk", 4)
         result = self.render(*UNDISTORT, out="disk/f.%04d.exr")
         self.expect(result, 4, "")
-        self.assertRegex(result.stderr, r'^lenscorrect: The disk of folder "disk" has \d kB left, which is no room for a frame\. '
+        self.assertRegex(result.stderr, r'^lenscorrect: The disk of folder "disk" has \d kB left, too little for a frame\. '
                                         r"Free space, or choose another folder\.\n$")
 
     @unittest.skipIf(os.geteuid() == 0 and not shutil.which("setpriv"), "needs an ordinary user")

@@ -208,7 +208,7 @@ class Channels(render_test.RenderTest):
         part.fill("id", exr.UINT, lambda x, y: 1000 + x)
         self.write_plate(part)
         self.expect(self.render("--shading", "remove"), 0, "",
-                    "Left unshaded: Z, id (--shading-layers decides otherwise)\n")
+                    "Not corrected for shading: Z, id (use --shading-layers to choose layers)\n")
         self.expect_shaded(["R", "G", "B", "beauty.R", "beauty.G", "beauty.B"], ["A", "Z", "id"])
 
     def expect_shaded(self, shaded, unshaded):
@@ -226,8 +226,7 @@ class Channels(render_test.RenderTest):
         self.write_plate(self.part(colours + rest))
         for direction in ("remove", "add"):
             result = self.render("--shading", direction, "--overwrite", clip="plate.%04d.exr")
-            self.expect(result, 0, "", "Left unshaded: N, beauty.Z, beauty.id, beauty.x, beauty.y, objectID "
-                                       "(--shading-layers decides otherwise)\n")
+            self.expect(result, 0, "", "Not corrected for shading: N, beauty.Z, beauty.id, beauty.x, beauty.y, objectID (use --shading-layers to choose layers)\n")
             self.expect_shaded(colours if direction == "remove" else [], rest)
             self.assertEqual(exr.read(self.path("out/f.1001.exr"))[0].text("com.orvex.lenscorrect.unshaded"),
                              "N, beauty.Z, beauty.id, beauty.x, beauty.y, objectID")
@@ -238,7 +237,7 @@ class Channels(render_test.RenderTest):
         for arguments in (BOTH, ("--distortion", "distort", "--shading", "add")):
             alone = self.rendered(*arguments[:2], "--overwrite", out="alone/f.%04d.exr")[0]
             self.expect(self.render(*arguments, "--overwrite"), 0, "",
-                        "Left unshaded: Z, beauty.Z (--shading-layers decides otherwise)\n")
+                        "Not corrected for shading: Z, beauty.Z (use --shading-layers to choose layers)\n")
             got = exr.read(self.path("out/f.1001.exr"))[0]
             self.expect_close(got, alone, 0.0, channels=["Z", "beauty.Z"])
             self.assertNotEqual(got.channels["beauty.R"], alone.channels["beauty.R"])
@@ -246,7 +245,7 @@ class Channels(render_test.RenderTest):
     def test_shades_the_layers_that_patterns_name(self):
         self.write_plate(self.part(["R", "G", "B", "Z", "N.X", "N.Y", "N.Z", "crypto.R", "crypto.A"]))
         self.expect(self.render("--shading", "remove", "--shading-layers", "rgba,cry*,N.X"), 0, "",
-                    "Left unshaded: N.Y, N.Z, Z (--shading-layers decides otherwise)\n")
+                    "Not corrected for shading: N.Y, N.Z, Z (use --shading-layers to choose layers)\n")
         self.expect_shaded(["R", "G", "B", "crypto.R", "N.X"], ["N.Y", "N.Z", "Z", "crypto.A"])
 
     def test_makes_a_frame_again_when_other_layers_are_to_be_shaded(self):
@@ -663,14 +662,14 @@ class Storage(render_test.RenderTest):
         self.write_lens()
         for name, channels, kind, arguments, problem in (
                 ("dpx", ("R", "G", "B", "beauty.R", "beauty.G", "beauty.B"), exr.HALF, (),
-                 "the frame has the channels R, G, B, beauty.B, beauty.G, beauty.R, and DPX holds only R, G, B; R, G, B, "
+                 "the frame has the channels R, G, B, beauty.B, beauty.G, beauty.R, but DPX holds only R, G, B; R, G, B, "
                  "A; choose .exr"),
                 ("dpx", ("R", "G"), exr.HALF, (),
-                 "the frame has the channels R, G, and DPX holds only R, G, B; R, G, B, A; choose .exr"),
+                 "the frame has the channels R, G, but DPX holds only R, G, B; R, G, B, A; choose .exr"),
                 ("jpg", "RGBA", exr.HALF, (),
-                 "the frame has the channels R, G, B, A, and JPEG holds only R, G, B; Y; choose .png, .tif or .exr"),
+                 "the frame has the channels R, G, B, A, but JPEG holds only R, G, B; Y; choose .png, .tif or .exr"),
                 ("png", "RGB", exr.HALF, ("--type", "float"),
-                 "PNG has no pixels of type half or float; leave --type out, or choose .tif or .exr")):
+                 "PNG cannot hold half or float pixels; omit --type, or choose .tif or .exr")):
             with self.subTest(name=name, channels=channels):
                 self.write_plate(self.part(channels, kind), frames=(1001, 1002))
                 self.expect(self.render(*UNDISTORT, *arguments, out="out/f.%04d." + name), 2, "",
@@ -685,7 +684,7 @@ class Storage(render_test.RenderTest):
             if number == 1001:
                 self.expect(self.render(*UNDISTORT), 1)
         self.expect(self.render(*UNDISTORT, out="none/f.%04d.exr"), 2, "", "lenscorrect: " +
-                    self.path("plate.1001.exr") + ": deep images are not supported; flatten it first\n")
+                    self.path("plate.1001.exr") + ": deep images are not supported; flatten the image first\n")
 
 
 class LensData(render_test.RenderTest):

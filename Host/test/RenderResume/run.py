@@ -84,8 +84,7 @@ class Resume(render_test.RenderTest):
 
     def test_refuses_to_replace_files_without_being_told_to(self):
         self.states()
-        self.expect(self.render(*UNDISTORT), 2, "", 'lenscorrect: "out/f.1001.exr" exists already. Give --overwrite to '
-                    'replace such files, or --skip-existing to leave those that are finished.\n')
+        self.expect(self.render(*UNDISTORT), 2, "", 'lenscorrect: "out/f.1001.exr" already exists. Give --overwrite to replace existing files, or --skip-existing to keep finished frames.\n')
         self.assertEqual(self.states("--overwrite"), self.all_are("done"))
 
     def test_frames_that_do_not_exist_fail_and_the_others_are_written(self):
@@ -207,7 +206,7 @@ class Interrupted(render_test.RenderTest):
         self.assertEqual(job.returncode, status)
         left = self.COUNT - len(self.names())
         self.assertEqual(errors, f"lenscorrect: Stopped with {left} of {self.COUNT} frames left. Run the same command again "
-                                 "with --skip-existing to go on.\n")
+                                 "with --skip-existing to continue.\n")
         self.assertLess(len(self.names()), self.COUNT)
         self.expect_whole("out", good)
         self.assertEqual(self.temporaries(), [])

@@ -9,7 +9,7 @@ import program
 import render_test
 
 UNDISTORT = ("--distortion", "undistort")
-REPAIR = "Repair the clip, name the frames with --frames, or leave --strict out.\n"
+REPAIR = "Repair the clip, name the frames with --frames, or omit --strict.\n"
 
 
 class Sequence(render_test.RenderTest):
@@ -88,7 +88,7 @@ class DroppedPictures(render_test.RenderTest):
     def expect_told(self, ending, what):
         clip = "plate.%04d." + ending
         self.expect(self.render(*UNDISTORT, "--strict", clip=clip), 0, "",
-                    f'lenscorrect: Only the first picture of each file of the clip "{clip}" is read; dropped are {what} '
+                    f'lenscorrect: Only the first picture of each file of the clip "{clip}" is read; dropped: {what} '
                     "(frames 1001-1002).\n")
         reader = exr.Reader(self.path("out/f.1001.exr"))
         reader.take("II")

@@ -109,12 +109,9 @@ TEST(SampleClip, StaysWithinTheFormatAtEveryAspectRatio) {
 }
 
 TEST(SampleClip, RefusesImpossibleClips) {
-    EXPECT_EQ(failureOf([] {
-                  SampleClip({1920, 1080}, 0);
-              }),
-              "2: A sample of 0 frames is not possible; 1 to 100000 are.");
+    EXPECT_EQ(failureOf([] { SampleClip({1920, 1080}, 0); }), "2: A sample cannot have 0 frames; give 1 to 100000.");
     EXPECT_EQ(failureOf([] {
                   SampleClip({63, 1080}, 1);
               }),
-              "2: A sample of 63x1080 pixels is not possible; each side has 64 to 16384.");
+              "2: A sample cannot have 63x1080 pixels; each side must have 64 to 16384.");
 }

@@ -97,13 +97,13 @@ class Sample(program.ProgramTest):
         self.expect(self.run_program("sample", "clip", "--size", "big"), 2, "",
                     'lenscorrect: --size "big" is not a size in pixels, such as 1920x1080.\n')
         self.expect(self.run_program("sample", "clip", "--frames", "0"), 2, "",
-                    "lenscorrect: A sample of 0 frames is not possible; 1 to 100000 are.\n")
+                    "lenscorrect: A sample cannot have 0 frames; give 1 to 100000.\n")
 
     def test_says_which_folder_cannot_be_made(self):
         with open(self.path("clip"), "w", encoding="utf-8"):
             pass
         self.expect(self.sample("--progress", "none"), 4, "",
-                    'lenscorrect: Folder "clip" could not be made: Not a directory.\n')
+                    'lenscorrect: Folder "clip" could not be created: Not a directory.\n')
 
     def test_leaves_no_partial_file_when_there_is_no_room(self):
         # The limit allows the text files, and ends every picture in the middle.

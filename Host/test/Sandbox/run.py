@@ -12,7 +12,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import program
 
 FAULTS = os.environ.get("ORVEX_FAULTS")
-KILLED = ("its decoder was ended in the sandbox by signal 9 (Killed); the file is damaged or hostile, copy or render it "
+KILLED = ("the sandboxed decoder was killed by signal 9 (Killed); the file is damaged or malicious, copy or render it "
           "again")
 
 
@@ -171,8 +171,7 @@ class Sandbox(program.ProgramTest):
 
     def test_refuses_limits_of_a_sandbox_that_is_not_wanted(self):
         self.expect(self.render("out", "--sandbox=off", "--sandbox-time", "5"), 2, "",
-                    "lenscorrect: --sandbox-memory and --sandbox-time limit the sandbox, which --sandbox=off leaves "
-                    "out.\n")
+                    "lenscorrect: --sandbox-memory and --sandbox-time cannot be combined with --sandbox=off.\n")
 
 
 program.main()

@@ -167,7 +167,7 @@ class Slurm(program.ProgramTest):
                                 "--frames", "1-120", "--chunk", "1", "--limit", "2", "--engine-option=--time=5",
                                 "--engine-option=--hold", "--program", self.path("program"))
         output, errors = submission.communicate(timeout=120)
-        self.assertEqual(errors, "lenscorrect: Slurm takes 50 tasks at most; each gets 3 frames.\n")
+        self.assertEqual(errors, "lenscorrect: Slurm allows 50 tasks at most; each renders 3 frames.\n")
         jobs = re.match(r"Slurm jobs: (\d+) \(kernel cache\), (\d+) \(120 frames in 40 chunks\), then the summary\n", output)
         self.assertTrue(jobs, output)
         array = self.farm.run("scontrol", "show", "job", jobs[2])
@@ -181,7 +181,7 @@ class Slurm(program.ProgramTest):
         _, errors = submission.communicate(timeout=60)
         self.assertEqual(submission.returncode, 3)
         self.assertIn("invalid partition specified: nowhere", errors)
-        self.assertIn("sbatch refused the job (status 1); its reason stands above.", errors)
+        self.assertIn("sbatch refused the job (status 1); its reason is shown above.", errors)
 
 
 program.main()

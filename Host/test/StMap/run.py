@@ -142,13 +142,12 @@ class StMap(program.ProgramTest):
         self.sample(frames="1")
         self.write("map.exr", "mine")
         self.stmap("--direction", "undistort", "-o", "map.exr", status=2, output="",
-                   errors='lenscorrect: "map.exr" exists already. Give --overwrite to replace such files.\n')
+                   errors='lenscorrect: "map.exr" already exists. Give --overwrite to replace existing files.\n')
         self.stmap("--direction", "undistort", "-o", "map.exr", "--overwrite")
 
     def test_says_that_a_correction_file_needs_a_size(self):
         self.stmap("--direction", "undistort", "-o", "map.exr", clip="a.olcf", status=2, output="",
-                   errors="lenscorrect: a.olcf: a correction file does not say how large the frames are that the map is "
-                          "for; give --size WxH.\n")
+                   errors="lenscorrect: a.olcf: a correction file does not contain the frame size; give --size WxH.\n")
 
     def test_says_that_maps_are_openexr_files(self):
         self.stmap("--direction", "undistort", "-o", "map.tif", status=2, output="",
@@ -167,8 +166,8 @@ class StMap(program.ProgramTest):
         self.stmap("--direction", "undistort", "-o", "map.exr", status=2, output="",
                    errors="lenscorrect: Frame 1001 (clip/plate.1001.exr): "
                           "Correction file could not be found.\nClip File Path: \"{}/clip/plate\"\n"
-                          "\"lenscorrect find\" tells where the clip's correction file is searched; --correction-file "
-                          "names one.\n".format(os.path.realpath(self.folder)))
+                          "\"lenscorrect find\" lists the folders searched for the clip's correction file; --correction-file "
+                          "selects a file.\n".format(os.path.realpath(self.folder)))
 
     def test_writes_the_others_when_a_frame_has_no_record(self):
         self.write("a.olcf", olcf.text() + olcf.LINE.replace("0;0,3,6", "1;0,6,6", 1) + "\n")

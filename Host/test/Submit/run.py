@@ -161,15 +161,15 @@ class Submit(program.ProgramTest):
         self.assertIn("The first use of the OpenCL device ended with status 3; see log/warm.log.\n", self.summary(3))
 
     def test_another_folder_is_refused(self):
-        self.expect(self.run_program("summary", "."), 2, "", "lenscorrect: .: this is not a job's folder. Give the one that "
-                                                             '"lenscorrect submit" printed.\n')
+        self.expect(self.run_program("summary", "."), 2, "", 'lenscorrect: .: this is not a job folder. Give the one printed by '
+                                                             '"lenscorrect submit".\n')
 
     # What is refused.
 
     def test_options_that_do_not_go_with_a_farm_are_refused(self):
         for options, reason in (
-                (["--overwrite"], "--overwrite does not go with a farm: tasks are started again where they stopped, and get "
-                                  "their cores from the farm. Leave it out."),
+                (["--overwrite"], "--overwrite cannot be used on a farm: tasks resume where they stopped and get their "
+                                  "cores from the farm. Omit it."),
                 (["--wait"], "--wait, --limit and --engine-option are for Slurm.")):
             with self.subTest(options):
                 self.expect(self.submit("--frames", "1", *options), 2, "", f"lenscorrect: {reason}\n")
@@ -177,7 +177,7 @@ class Submit(program.ProgramTest):
 
     def test_what_render_refuses_is_refused_at_once(self):
         self.expect(self.run_program("submit", "a.%04d.exr", "-o", "b.%04d.exr", "--frames", "1"), 2, "",
-                    "lenscorrect: Nothing is to be corrected: give --distortion undistort|distort, --shading remove|add, or "
+                    "lenscorrect: No correction is requested: give --distortion undistort|distort, --shading remove|add, or "
                     "both.\n")
 
     def test_outputs_that_every_task_would_refuse_are_refused_at_once(self):
@@ -195,7 +195,7 @@ class Submit(program.ProgramTest):
     def test_a_folder_that_exists_is_refused(self):
         os.mkdir(self.path("job"))
         self.expect(self.submit("--frames", "1", "--folder", "job"), 2, "",
-                    f"lenscorrect: {self.path('job')}: the job folder exists already. Give another --folder.\n")
+                    f"lenscorrect: {self.path('job')}: the job folder already exists. Give another --folder.\n")
 
     def test_a_machine_without_slurm_is_told(self):
         result = self.run_program("submit", "a.%04d.exr", "-o", "b.%04d.exr", "--shading", "remove", "--frames", "1",

@@ -78,7 +78,7 @@ class Verify(program.ProgramTest):
         self.write("a.olcf", olcf.text())
         self.expect(self.run_program("verify", "a.olcf", "--size", "1920x1080", "--image-area", "40x22.5",
                                      "--clip-resolution", "1920x1080"), 2, "",
-                    "lenscorrect: --image-area 40x22.5 is larger than 36x24 mm, the largest sensor that is supported.\n")
+                    "lenscorrect: --image-area 40x22.5 is larger than 36x24 mm, the largest supported sensor.\n")
 
     def test_knows_the_sizes_of_both_steps(self):
         self.write("a.olcf", olcf.text())

@@ -70,7 +70,7 @@ public:
                                                "); give another one with --ocio, or set OCIO to one");
         const std::vector<std::string> roles = config.getRoles();
         if (std::find(roles.begin(), roles.end(), sceneLinear) == roles.end())
-            throw ImageError(m_configName, "has no role \"scene_linear\", which says what is linear light; add it");
+            throw ImageError(m_configName, "has no role \"scene_linear\", which defines linear light; add it");
         m_toLinear = config.createColorProcessor(name, sceneLinear);
         if (!m_toLinear) refuse(config, name);
         m_fromLinear = config.createColorProcessor(sceneLinear, name);
@@ -115,9 +115,9 @@ private:
         fromSceneLinear(restored.data(), restored.size() / 3);
         for (std::size_t i = 0; i < greys.size(); ++i) {
             if (std::abs(restored[i] - greys[i]) < halfAStep) continue;
-            throw ImageError(m_configName, "colour space \"" + name + "\" cannot be used: of " +
-                                               std::to_string(greys[i]) + " it makes " + std::to_string(restored[i]) +
-                                               " on the way to linear light and back");
+            throw ImageError(m_configName, "colour space \"" + name + "\" cannot be used: converting " +
+                                               std::to_string(greys[i]) + " to linear light and back gives " +
+                                               std::to_string(restored[i]));
         }
     }
 

@@ -100,7 +100,7 @@ const std::string& required(const InputFile& file, const Part& part, const char*
     const Attribute* attribute = part.findAttribute(name);
     if (attribute == nullptr) throw ImageError(file.path(), std::string("the header has no ") + name);
     if (attribute->type != type || (size != 0 && attribute->value.size() != size))
-        throw ImageError(file.path(), std::string("the header's ") + name + " is damaged");
+        throw ImageError(file.path(), std::string("the header's ") + name + " attribute is damaged");
     return attribute->value;
 }
 
@@ -121,7 +121,9 @@ std::string windowText(const Window& window) {
 }
 
 std::vector<Channel> channelsFrom(const InputFile& file, const std::string& value) {
-    const auto damaged = [&file]() -> ImageError { return {file.path(), "the header's channels is damaged"}; };
+    const auto damaged = [&file]() -> ImageError {
+        return {file.path(), "the header's channels attribute is damaged"};
+    };
     std::vector<Channel> channels;
     std::size_t at = 0;
     while (at < value.size() && value[at] != '\0') {
@@ -149,7 +151,7 @@ std::vector<Channel> channelsFrom(const InputFile& file, const std::string& valu
         channels.push_back(channel);
         at = end + 17;
     }
-    if (channels.empty()) throw ImageError(file.path(), "the header names no channels");
+    if (channels.empty()) throw ImageError(file.path(), "the header lists no channels");
     return channels;
 }
 
@@ -186,7 +188,7 @@ void checkSize(const InputFile& file, const Window& window, const char* name, co
 void interpret(const InputFile& file, Part& part, std::uint32_t flags, const Limits& limits) {
     const Attribute* type = part.findAttribute("type");
     if (type != nullptr && (type->value == "deepscanline" || type->value == "deeptile"))
-        throw UnsupportedImage(file.path(), "deep images are not supported; flatten it first");
+        throw UnsupportedImage(file.path(), "deep images are not supported; flatten the image first");
     part.name = part.text("name");
     part.dataWindow = windowFrom(required(file, part, "dataWindow", "box2i", 16));
     part.displayWindow = windowFrom(required(file, part, "displayWindow", "box2i", 16));
@@ -198,7 +200,7 @@ void interpret(const InputFile& file, Part& part, std::uint32_t flags, const Lim
         throw ImageError(file.path(), "compression method " + std::to_string(compression) + " is not supported");
     part.compression = compressionNames[compression];
     const unsigned order = static_cast<std::uint8_t>(required(file, part, "lineOrder", "lineOrder", 1)[0]);
-    if (order > 2) throw ImageError(file.path(), "the header's lineOrder is damaged");
+    if (order > 2) throw ImageError(file.path(), "the header's lineOrder attribute is damaged");
     part.lineOrder = static_cast<LineOrder>(order);
     part.channels = channelsFrom(file, required(file, part, "channels", "chlist", 0));
     if (limits.maxChannels != 0 && part.channels.size() > static_cast<std::size_t>(limits.maxChannels))
@@ -214,7 +216,7 @@ void interpret(const InputFile& file, Part& part, std::uint32_t flags, const Lim
         part.tileHeight = valueAt<std::uint32_t>(tiles, 4);
         // OpenEXR stores no tile larger than its picture, but a size near it is usual; one far beyond is damage.
         if (part.tileWidth == 0 || part.tileHeight == 0 || part.tileWidth > 65536 || part.tileHeight > 65536)
-            throw ImageError(file.path(), "the header's tiles is damaged");
+            throw ImageError(file.path(), "the header's tiles attribute is damaged");
     }
     part.layOutPlanes();
 }
@@ -249,7 +251,7 @@ ExrHeader readExrHeader(const InputFile& file, const Limits& limits) {
     if ((version & 0xff) > 2)
         throw ImageError(file.path(), "OpenEXR version " + std::to_string(version & 0xff) + " is not supported");
     if ((version & deepFlag) != 0 && (version & multiPartFlag) == 0)
-        throw UnsupportedImage(file.path(), "deep images are not supported; flatten it first");
+        throw UnsupportedImage(file.path(), "deep images are not supported; flatten the image first");
     ExrHeader header;
     header.multiPart = (version & multiPartFlag) != 0;
     for (;;) {
@@ -268,7 +270,7 @@ ExrHeader readExrHeader(const InputFile& file, const Limits& limits) {
         header.parts.push_back(std::move(part));
         if (!header.multiPart) break;
     }
-    if (header.parts.empty()) throw ImageError(file.path(), "the header names no parts");
+    if (header.parts.empty()) throw ImageError(file.path(), "the header lists no parts");
     checkTotal(file, header.parts, limits);
     header.end = cursor.position();
     return header;

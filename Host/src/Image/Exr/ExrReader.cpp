@@ -252,7 +252,7 @@ void ExrReader::readPixels(Frame& frame, unsigned threads, std::int64_t) {
     try {
         for (Part& part : frame.parts) part.allocatePixels();
     } catch (const std::bad_alloc&) {
-        throw ImageError(m_file.path(), "its pixels do not fit into the free memory");
+        throw ImageError(m_file.path(), "not enough memory for its pixels");
     }
     const auto damaged = [this](const Block& block, const std::string& cause) {
         return ImageError(m_file.path(), "the block at line " + std::to_string(block.window.minY) + " is damaged (" +

@@ -101,7 +101,7 @@ public:
         const AVCodec* codec = nullptr;
         const int index = av_find_best_stream(format, AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
         if (index < 0 || codec == nullptr)
-            throw ImageError(path, "has no pictures that this system can decode; transcode it to an EXR sequence");
+            throw ImageError(path, "has no video that this system can decode; transcode it to an EXR sequence");
         m_stream = format->streams[index];
         m_codec.reset(avcodec_alloc_context3(codec));
         m_packet.reset(av_packet_alloc());
@@ -133,7 +133,7 @@ public:
         try {
             part.allocatePixels();
         } catch (const std::bad_alloc&) {
-            throw ImageError(m_path, "its pixels do not fit into the free memory");
+            throw ImageError(m_path, "not enough memory for its pixels");
         }
         convert(part.planes.front());
     }
@@ -160,7 +160,7 @@ private:
             m_frameCount = av_rescale_q(m_stream->duration, m_stream->time_base, av_inv_q(m_rate));
         if (m_frameCount <= 0 && m_format->duration > 0)
             m_frameCount = av_rescale_q(m_format->duration, AVRational{1, AV_TIME_BASE}, av_inv_q(m_rate));
-        if (m_frameCount <= 0) throw ImageError(m_path, "the movie does not say how long it is");
+        if (m_frameCount <= 0) throw ImageError(m_path, "the movie does not state its length");
 
         m_header.format = "mov";
         m_header.parts.emplace_back();
@@ -170,7 +170,7 @@ private:
         if (aspect.num > 0 && aspect.den > 0) part.pixelAspectRatio = static_cast<float>(av_q2d(aspect));
         const AVPixFmtDescriptor* const pixels =
             av_pix_fmt_desc_get(static_cast<AVPixelFormat>(m_stream->codecpar->format));
-        if (pixels == nullptr) throw ImageError(m_path, "has pixels of an unknown kind");
+        if (pixels == nullptr) throw ImageError(m_path, "has an unknown pixel format");
         const bool alpha = (pixels->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
         for (const char* const name : {"R", "G", "B", "A"}) {
             if (*name == 'A' && !alpha) continue;
@@ -265,7 +265,7 @@ private:
                 return;
             }
             if (result != AVERROR(EAGAIN)) fail(index, libraryText(result));
-            if (m_atEnd) fail(index, "the file ends before it");
+            if (m_atEnd) fail(index, "the file ends before this frame");
             result = av_read_frame(m_format.get(), m_packet.get());
             if (result == AVERROR_EOF) {
                 m_atEnd = true;

@@ -73,7 +73,7 @@ void readSharedPixels(FrameReader& reader, const DecoderProcess& order, Frame& f
     const std::vector<std::uint64_t> offsets = sharedOffsets(frame);
     void* const memory = ::mmap(nullptr, offsets.back(), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE,
                                 DecoderProcess::pixelsDescriptor, 0);
-    if (memory == MAP_FAILED) throw ImageError(order.path, "its pixels do not fit into the free memory");
+    if (memory == MAP_FAILED) throw ImageError(order.path, "not enough memory for its pixels");
     const auto place = [memory, &offsets](std::size_t plane) {
         return static_cast<std::uint8_t*>(memory) + offsets[plane];
     };
@@ -84,7 +84,7 @@ void readSharedPixels(FrameReader& reader, const DecoderProcess& order, Frame& f
             ++index;
         }
     reader.readPixels(frame, order.threads, order.index);
-    if (sharedOffsets(frame) != offsets) throw ImageError(order.path, "changed while it was read");
+    if (sharedOffsets(frame) != offsets) throw ImageError(order.path, "changed while it was being read");
     // A reader may have planes with memory of their own.
     index = 0;
     for (const Part& part : frame.parts)
@@ -148,9 +148,7 @@ void DecoderProcess::run(int argumentCount, const char* const* arguments, Start 
     order.sandbox.isRequired = isRequired != 0;
     order.path = arguments[12];
     if (!giveUpRights(order, start) && order.sandbox.isRequired) {
-        reply(Reply::Problem,
-              "this system does not support the sandbox; with --sandbox=off the file would be decoded "
-              "unguarded");
+        reply(Reply::Problem, "this system does not support the sandbox; --sandbox=off decodes the file without it");
         ::_exit(1);
     }
     Reply kind = Reply::Problem;

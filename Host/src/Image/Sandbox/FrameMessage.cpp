@@ -70,7 +70,7 @@ public:
         return value;
     }
     void end() const {
-        if (!m_rest.empty()) throw FrameMessageError("it has bytes behind its end");
+        if (!m_rest.empty()) throw FrameMessageError("it has bytes after its end");
     }
 
 private:
@@ -143,10 +143,10 @@ Part readPart(Reader& reader, const Limits& limits) {
     part.tileHeight = reader.number<std::uint32_t>();
     if ((part.tileWidth == 0) != (part.tileHeight == 0) || part.tileWidth > maxTileSide ||
         part.tileHeight > maxTileSide)
-        throw FrameMessageError("its tiles are of no possible size");
+        throw FrameMessageError("its tile size is invalid");
     const std::size_t channels = reader.count(18);
     if (channels == 0 || (limits.maxChannels != 0 && channels > static_cast<std::uint64_t>(limits.maxChannels)))
-        throw FrameMessageError("its channels are none or exceed the limits");
+        throw FrameMessageError("it has no channels, or more than the limit");
     for (std::size_t i = 0; i < channels; ++i) {
         Channel& channel = part.channels.emplace_back();
         channel.name = reader.text();
@@ -155,7 +155,7 @@ Part readPart(Reader& reader, const Limits& limits) {
         channel.ySampling = reader.number<std::int32_t>();
         channel.perceptuallyLinear = reader.number<std::uint8_t>() != 0;
         if (channel.xSampling < 1 || channel.ySampling < 1 || !exrSamplingFits(channel, part.dataWindow))
-            throw FrameMessageError("a channel's sub-sampling does not fit");
+            throw FrameMessageError("a channel's sub-sampling is invalid");
     }
     const std::size_t attributes = reader.count(24);
     for (std::size_t i = 0; i < attributes; ++i) {
@@ -184,7 +184,7 @@ FrameMessage FrameMessage::parse(std::string_view bytes, const Limits& limits) {
     FrameMessage message;
     message.frameCount = reader.number<std::int64_t>();
     if (message.frameCount < 1 || message.frameCount > maxFrameCount)
-        throw FrameMessageError("it has no possible number of frames");
+        throw FrameMessageError("its number of frames is invalid");
     message.frame.format = reader.text();
     const std::size_t parts = reader.count(80);
     if (parts == 0) throw FrameMessageError("it has no parts");

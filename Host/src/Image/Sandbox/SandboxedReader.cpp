@@ -127,7 +127,7 @@ public:
     }
 
     [[noreturn]] void failForAnswer() const {
-        fail("the sandbox's decoder answered something that is no frame; the file is damaged or hostile");
+        fail("the sandboxed decoder returned something that is not a frame; the file is damaged or malicious");
     }
     [[noreturn]] void fail(const std::string& problem) const { throw ImageError(m_order.path, problem); }
 
@@ -136,8 +136,8 @@ private:
         fail(std::string("the sandbox could not be started: ") + std::strerror(error));
     }
     [[noreturn]] void failForTime() const {
-        fail("decoding it took longer than the " + std::to_string(m_order.sandbox.seconds) +
-             " s that the sandbox grants; the file is damaged or hostile, or needs a larger --sandbox-time");
+        fail("decoding took longer than the sandbox's limit of " + std::to_string(m_order.sandbox.seconds) +
+             " s; the file is damaged or malicious, or needs a larger --sandbox-time");
     }
     /// Some of the next n bytes; 0 at the end.
     std::size_t readSome(void* bytes, std::size_t n) {
@@ -165,12 +165,12 @@ private:
     }
     [[noreturn]] void failForStatus(int status) const {
         if (!WIFSIGNALED(status))
-            fail("the sandbox's decoder gave up without an answer (status " + std::to_string(WEXITSTATUS(status)) +
-                 "); the file is damaged or hostile, or needs a larger --sandbox-memory");
+            fail("the sandboxed decoder exited without a result (status " + std::to_string(WEXITSTATUS(status)) +
+                 "); the file is damaged or malicious, or needs a larger --sandbox-memory");
         const int signal = WTERMSIG(status);
         if (signal == SIGXCPU) failForTime();
-        fail("its decoder was ended in the sandbox by signal " + std::to_string(signal) + " (" + ::strsignal(signal) +
-             "); the file is damaged or hostile, copy or render it again");
+        fail("the sandboxed decoder was killed by signal " + std::to_string(signal) + " (" + ::strsignal(signal) +
+             "); the file is damaged or malicious, copy or render it again");
     }
     void end() {
         ::kill(m_process, SIGKILL);
@@ -189,7 +189,8 @@ std::string shownProblem(std::string text, const SandboxLimits& sandbox) {
     for (char& letter : text)
         if (static_cast<unsigned char>(letter) < 0x20 || letter == 0x7f) letter = '?';
     if (text.find("memory") != std::string::npos)
-        text += " (the sandbox grants " + std::to_string(sandbox.memory >> 20) + " MiB; --sandbox-memory changes that)";
+        text += " (the sandbox's limit is " + std::to_string(sandbox.memory >> 20) +
+                " MiB; raise it with --sandbox-memory)";
     return text;
 }
 
@@ -208,8 +209,8 @@ FrameMessage readMessage(Child& child, const DecoderProcess& order) {
     try {
         return FrameMessage::parse(bytes, order.limits);
     } catch (const FrameMessageError& error) {
-        child.fail(std::string("the sandbox's decoder answered something that is no frame (") + error.what() +
-                   "); the file is damaged or hostile");
+        child.fail(std::string("the sandboxed decoder returned something that is not a frame (") + error.what() +
+                   "); the file is damaged or malicious");
     }
 }
 
@@ -239,7 +240,7 @@ void SandboxedReader::readPixels(Frame& frame, unsigned threads, std::int64_t in
         for (Part& part : frame.parts) part.allocatePixels();
         pixels.copyTo(frame);
     } catch (const std::bad_alloc&) {
-        throw ImageError(m_path, "its pixels do not fit into the free memory");
+        throw ImageError(m_path, "not enough memory for its pixels");
     }
 }
 

@@ -200,7 +200,7 @@ PixelType nativeType(const OIIO::TypeDesc& type) {
 void checkSize(const std::string& path, const OIIO::ImageSpec& spec, const Limits& limits) {
     if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1) throw ImageError(path, "has no pixels");
     if (spec.depth > 1) throw UnsupportedImage(path, "volumes are not supported");
-    if (spec.deep) throw UnsupportedImage(path, "deep images are not supported; flatten it first");
+    if (spec.deep) throw UnsupportedImage(path, "deep images are not supported; flatten the image first");
     const std::string size = std::to_string(spec.width) + " x " + std::to_string(spec.height) + " pixels";
     if (limits.maxSide != 0 && (spec.width > limits.maxSide || spec.height > limits.maxSide))
         throw ImageError(path, "the picture of " + size + " exceeds the limit of " + std::to_string(limits.maxSide) +
@@ -269,7 +269,7 @@ public:
         try {
             part.allocatePixels();
         } catch (const std::bad_alloc&) {
-            throw ImageError(m_path, "its pixels do not fit into the free memory");
+            throw ImageError(m_path, "not enough memory for its pixels");
         }
         const TiffLock lock(m_header.format);
         for (std::size_t p = 0; p < part.planes.size(); ++p) {
@@ -411,7 +411,7 @@ void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOpt
         try {
             pixels.resize(width * height * channels.size() * size);
         } catch (const std::bad_alloc&) {
-            throw ImageError(path, "cannot be written: its pixels do not fit into the free memory");
+            throw ImageError(path, "cannot be written: not enough memory for its pixels");
         }
         std::vector<float> floats;
         std::size_t done = 0;

@@ -111,10 +111,9 @@ TEST_F(ColourSpaces, ThatClipAreRefused) {
         "  - !<ColorSpace>\n    name: clipped\n"
         "    to_scene_reference: !<RangeTransform> {min_in_value: 0, min_out_value: 0, max_in_value: 0.5, "
         "max_out_value: 0.5}\n");
-    EXPECT_EQ(failureOf("clipped", path),
-              path +
-                  ": colour space \"clipped\" cannot be used: of 0.501466 it makes 0.500000 "
-                  "on the way to linear light and back");
+    EXPECT_EQ(failureOf("clipped", path), path +
+                                              ": colour space \"clipped\" cannot be used: converting 0.501466 to "
+                                              "linear light and back gives 0.500000");
 }
 
 TEST_F(ColourSpaces, ThatNeedAMissingTableAreToldWithIt) {
@@ -142,8 +141,7 @@ TEST_F(ColourSpaces, OfAFileThatIsMissingOrNoConfigurationAreRefused) {
 
 TEST_F(ColourSpaces, NeedAConfigurationThatSaysWhatIsLinear) {
     const std::string path = config(doubled, "data: lin");
-    EXPECT_EQ(failureOf("doubled", path),
-              path + ": has no role \"scene_linear\", which says what is linear light; add it");
+    EXPECT_EQ(failureOf("doubled", path), path + ": has no role \"scene_linear\", which defines linear light; add it");
 }
 
 } // namespace

@@ -633,7 +633,7 @@ TEST_F(Exr, WithDeepData) {
         header.compression() = Imf::ZIPS_COMPRESSION;
         Imf::DeepScanLineOutputFile file(path.c_str(), header);
     }
-    EXPECT_EQ(complaint(path), "deep images are not supported; flatten it first");
+    EXPECT_EQ(complaint(path), "deep images are not supported; flatten the image first");
 }
 
 TEST_F(Exr, WithAnyByteChangedIsReadOrRefusedButNeverCrashes) {

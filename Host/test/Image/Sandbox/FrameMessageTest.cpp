@@ -101,21 +101,21 @@ TEST(FrameMessage, WithBytesBehindItsEndIsRefused) {
         FrameMessage::parse(twoParts().bytes() + "x", {});
         FAIL();
     } catch (const FrameMessageError& error) {
-        EXPECT_STREQ(error.what(), "it has bytes behind its end");
+        EXPECT_STREQ(error.what(), "it has bytes after its end");
     }
 }
 
 TEST(FrameMessage, WithAnImpossibleNumberOfFramesIsRefused) {
     EXPECT_EQ(problemAfter([](FrameMessage& message, Part&) { message.frameCount = 0; }),
-              "it has no possible number of frames");
+              "its number of frames is invalid");
     EXPECT_EQ(problemAfter([](FrameMessage& message, Part&) { message.frameCount = 10'000'001; }),
-              "it has no possible number of frames");
+              "its number of frames is invalid");
 }
 
 TEST(FrameMessage, WithoutPartsOrChannelsIsRefused) {
     EXPECT_EQ(problemAfter([](FrameMessage& message, Part&) { message.frame.parts.clear(); }), "it has no parts");
     EXPECT_EQ(problemAfter([](FrameMessage&, Part& part) { part.channels.clear(); }),
-              "its channels are none or exceed the limits");
+              "it has no channels, or more than the limit");
 }
 
 TEST(FrameMessage, WithAWindowThatIsEmptyOrBeyondTheLimitsIsRefused) {
@@ -137,15 +137,14 @@ TEST(FrameMessage, WithAWindowThatIsEmptyOrBeyondTheLimitsIsRefused) {
 }
 
 TEST(FrameMessage, WithMoreChannelsOrBytesThanTheLimitsIsRefused) {
-    EXPECT_EQ(problem(twoParts(), {64, 4096, 3, 1 << 16}), "its channels are none or exceed the limits");
+    EXPECT_EQ(problem(twoParts(), {64, 4096, 3, 1 << 16}), "it has no channels, or more than the limit");
     EXPECT_EQ(problem(twoParts(), {64, 4096, 8, 100}), "its pixels exceed the limits");
 }
 
 TEST(FrameMessage, WithImpossibleTilesOrSubSamplingIsRefused) {
-    EXPECT_EQ(problemAfter([](FrameMessage&, Part& part) { part.tileWidth = 16; }),
-              "its tiles are of no possible size");
+    EXPECT_EQ(problemAfter([](FrameMessage&, Part& part) { part.tileWidth = 16; }), "its tile size is invalid");
     EXPECT_EQ(problemAfter([](FrameMessage&, Part& part) { part.tileWidth = part.tileHeight = 65537; }),
-              "its tiles are of no possible size");
+              "its tile size is invalid");
     EXPECT_EQ(problemAfter([](FrameMessage&, Part& part) { part.channels[0].xSampling = 0; }),
-              "a channel's sub-sampling does not fit");
+              "a channel's sub-sampling is invalid");
 }

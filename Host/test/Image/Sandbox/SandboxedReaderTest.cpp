@@ -211,42 +211,42 @@ TEST_F(Sandbox, GrantsNoMoreMemoryThanItsLimit) {
     EXPECT_EQ(complaintOf([&] {
                   reader(path, {std::uint64_t{256} << 20, 60}).readPixels(frame);
               }),
-              "its pixels do not fit into the free memory (the sandbox grants 256 MiB; --sandbox-memory changes that)");
+              "not enough memory for its pixels (the sandbox's limit is 256 MiB; raise it with --sandbox-memory)");
 }
 #endif
 
 TEST_F(Sandbox, SurvivesTheDeathOfItsProcess) {
     EXPECT_EQ(complaint("kill -SEGV $$"),
-              "its decoder was ended in the sandbox by signal 11 (Segmentation fault); the "
-              "file is damaged or hostile, copy or render it again");
+              "the sandboxed decoder was killed by signal 11 (Segmentation fault); the "
+              "file is damaged or malicious, copy or render it again");
     EXPECT_EQ(complaint("kill -KILL $$"),
-              "its decoder was ended in the sandbox by signal 9 (Killed); the file is "
-              "damaged or hostile, copy or render it again");
+              "the sandboxed decoder was killed by signal 9 (Killed); the file is damaged or malicious, copy or render "
+              "it again");
 }
 
 TEST_F(Sandbox, EndsAProcessThatHangs) {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(complaint("exec sleep 30", 1),
-              "decoding it took longer than the 1 s that the sandbox grants; the file "
-              "is damaged or hostile, or needs a larger --sandbox-time");
+              "decoding took longer than the sandbox's limit of 1 s; the file "
+              "is damaged or malicious, or needs a larger --sandbox-time");
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30)) << "it ended by itself";
 }
 
 TEST_F(Sandbox, EndsAProcessThatClosesItsOutputAndHangs) {
     EXPECT_EQ(complaint("exec sleep 30 >&-", 1),
-              "decoding it took longer than the 1 s that the sandbox grants; the "
-              "file is damaged or hostile, or needs a larger --sandbox-time");
+              "decoding took longer than the sandbox's limit of 1 s; the "
+              "file is damaged or malicious, or needs a larger --sandbox-time");
 }
 
 TEST_F(Sandbox, TellsThatTheProcessorTimeIsUsedUp) {
     EXPECT_EQ(complaint("kill -XCPU $$", 7),
-              "decoding it took longer than the 7 s that the sandbox grants; the file "
-              "is damaged or hostile, or needs a larger --sandbox-time");
+              "decoding took longer than the sandbox's limit of 7 s; the file "
+              "is damaged or malicious, or needs a larger --sandbox-time");
 }
 
 TEST_F(Sandbox, RefusesAnAnswerThatIsNoFrame) {
     const std::string text =
-        "the sandbox's decoder answered something that is no frame; the file is damaged or hostile";
+        "the sandboxed decoder returned something that is not a frame; the file is damaged or malicious";
     EXPECT_EQ(complaint("exec cat /dev/zero"), text);
     EXPECT_EQ(complaint("echo 'Usage: lenscorrect COMMAND'"), text);
     writeBytes(folder / "answer", answer(std::string(5000, 'x'), 2));
@@ -261,8 +261,8 @@ TEST_F(Sandbox, RefusesAFrameBeyondTheLimitsBeforeTakingMemory) {
     message.frame.parts[0].dataWindow = {0, 0, 1 << 30, 1 << 30};
     writeBytes(folder / "answer", answer(message.bytes()));
     EXPECT_EQ(complaint("cat " + (folder / "answer")),
-              "the sandbox's decoder answered something that is no frame (a "
-              "window exceeds the limits); the file is damaged or hostile");
+              "the sandboxed decoder returned something that is not a frame (a "
+              "window exceeds the limits); the file is damaged or malicious");
 }
 
 TEST_F(Sandbox, RefusesAFrameWhoseProcessDoesNotEndInOrder) {
@@ -270,10 +270,10 @@ TEST_F(Sandbox, RefusesAFrameWhoseProcessDoesNotEndInOrder) {
     writeBytes(folder / "answer", answer(message.bytes()));
     EXPECT_EQ(complaint("cat " + (folder / "answer")), "(none)");
     EXPECT_EQ(complaint("cat " + (folder / "answer") + "; kill -SEGV $$"),
-              "its decoder was ended in the sandbox by signal 11 (Segmentation fault); the file is damaged or hostile, "
+              "the sandboxed decoder was killed by signal 11 (Segmentation fault); the file is damaged or malicious, "
               "copy or render it again");
     EXPECT_EQ(complaint("cat " + (folder / "answer") + "; echo more"),
-              "the sandbox's decoder answered something that is no frame; the file is damaged or hostile");
+              "the sandboxed decoder returned something that is not a frame; the file is damaged or malicious");
 }
 
 TEST_F(Sandbox, CannotMakeTheSharedMemoryShorterWhileItIsRead) {

@@ -175,7 +175,7 @@ TEST_F(Stills, OfAnUnknownKindAreRefused) {
     writeBytes(folder / "a.txt", "text");
     EXPECT_THAT(complaintOfReading(folder / "a.txt"), testing::StartsWith("cannot be read as an image ("));
     EXPECT_EQ(complaintOfWriting(folder / "b.txt", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
-              "cannot be written: \".txt\" is no format that is written; choose .exr, .dpx, .tif, .png or .jpg");
+              "cannot be written: \".txt\" is not a supported output format; choose .exr, .dpx, .tif, .png or .jpg");
     EXPECT_EQ(complaintOfWriting(folder / "b", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
               "cannot be written: its name has no extension; choose .exr, .dpx, .tif, .png or .jpg");
 }
@@ -184,9 +184,14 @@ TEST_F(Stills, WithoutRoomForTheDataWindowAreRefused) {
     Frame frame = noiseFrame({-5, -5, 30, 20}, rgb(PixelType::UInt8));
     frame.parts[0].displayWindow = {0, 0, 25, 15};
     EXPECT_EQ(complaintOfWriting(folder / "a.dpx", frame),
-              "cannot be written: this format has no room for pixels around or apart from the picture; choose .exr, or "
-              "have the frame cut to its format");
+              "cannot be written: this format cannot hold pixels outside the display window; choose .exr, or crop the "
+              "frame to its format");
     EXPECT_FALSE(std::filesystem::exists(folder / "a.dpx"));
+    frame.parts[0].displayWindow = {-10, -10, 35, 25};
+    EXPECT_EQ(complaintOfWriting(folder / "a.png", frame),
+              "cannot be written: this format cannot hold a data window smaller than the display window; choose .exr, "
+              "or crop the frame to its format");
+    EXPECT_FALSE(std::filesystem::exists(folder / "a.png"));
 }
 
 TEST_F(Stills, WithSeveralPartsAreRefused) {
