@@ -9,9 +9,20 @@ target_compile_options(orvex_warnings INTERFACE
     -ffp-contract=off
     # Assertion texts name files relative to the repository, and builds are reproducible.
     "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+if(CMAKE_UNITY_BUILD)
+    # Several sources compiled as one see each other's local names; the other presets warn of what is meant here.
+    target_compile_options(orvex_warnings INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-shadow>
+        $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
+endif()
 if(ORVEX_SANITIZE)
     # With sanitizers GCC loses track of what is initialised and warns of code that is right.
     target_compile_options(orvex_warnings INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-maybe-uninitialized>)
     add_compile_options(-fsanitize=${ORVEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${ORVEX_SANITIZE})
 endif()
+
+# orvex_compile_apart(target files…): sources of a folder whose local names stand in others of the target too. The
+# presets with sanitizers compile several sources as one (CMAKE_UNITY_BUILD), in a quarter of the time.
+function(orvex_compile_apart target)
+    set_source_files_properties(${ARGN} TARGET_DIRECTORY ${target} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
