@@ -16,7 +16,7 @@
 /// box is centred on the format and may be larger than it, so that the whole corrected picture is kept.
 ///
 /// Nothing is thrown into the host: a failure of the core shows as the node's error with the core's brief text and goes
-/// with all details to the log file; any other exception shows with its own text behind what was being done, for
+/// with all details to the log file; any other exception shows with its own text after the operation that failed, for
 /// example "Rendering the frame failed: bad lexical cast: …".
 ///
 /// Threads: the host may render several planes of one node at once. Knobs are touched on the host's main thread only;
@@ -85,7 +85,7 @@ protected:
 
     void _validate(bool forReal) override;
 
-    /// Shows and enables the controls that `knob` decides about; all of them when it is null.
+    /// Shows and enables the controls that depend on `knob`; all of them when it is null.
     void updateVisibilityOfKnobsIfNeeded(DD::Image::Knob* knob);
     /// Keeps overscan amount and remaining resolution describing the same overscan of the image input's format after
     /// `knob` has changed; null counts as a change of the amount. Throws boost::math::rounding_error when a size comes

@@ -8,8 +8,8 @@
 /// One to four channels of a plane as the core takes them: width × height × 4 floats over a given box, row by row from
 /// the box's bottom row, without gaps.
 ///
-/// Red, green, blue and alpha stand in their own lanes whatever the order of the plane's channels; other channels take
-/// the first of the three colour lanes that is free, since the core does not shade the fourth, alpha's. Lanes without a
+/// Red, green, blue and alpha keep their own lanes whatever the order of the plane's channels; other channels take the
+/// first of the three colour lanes that is free, since the core does not shade the fourth, alpha's. Lanes without a
 /// channel and pixels outside the plane hold 0.
 class PackedPlane {
 public:

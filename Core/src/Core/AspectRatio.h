@@ -6,7 +6,7 @@
 
 namespace Core {
 
-/// Whether frames have a recording format's aspect ratio, as the facade looks at it before it corrects one.
+/// Whether frames have a recording format's aspect ratio, by the check that the facade makes before it corrects one.
 ///
 /// The format's clip resolution must not be 0.
 class AspectRatio {
@@ -15,7 +15,7 @@ public:
         : m_quotient(static_cast<float>(format.clipResolutionWidth) / static_cast<float>(format.clipResolutionHeight)) {
     }
 
-    /// The height in px of a frame of this width, rounded up; one that no frame has is the largest number.
+    /// The height in px of a frame of this width, rounded up; the largest number if no frame is that high.
     std::uint32_t expectedHeight(std::uint32_t width) const;
 
     /// Whether the height is off by less than 2 px.

@@ -16,7 +16,7 @@ namespace Core {
 /// thread's next operation; no other thread's operation touches them. Exceptions of the Exception family never leave
 /// the facade; any other (a value in a correction file that is not a number, a file system error, out of memory) passes
 /// through to the caller, who has to catch it. Threads: one facade may be used by several threads, and several facades
-/// at once. The data source may call its facade back while it is asked.
+/// at once. The data source may call back into its facade.
 class Core {
 public:
     explicit Core(std::unique_ptr<CoreDataSource> dataSource);
@@ -31,9 +31,8 @@ public:
     /// Renders the current frame. Both buffers hold `size` bytes: width × height × 4 floats (R, G, B, A), row by row
     /// without gaps, in the frame data's size. `input` is null exactly when a map is wanted. With no correction
     /// wanted, succeeds and leaves `output` untouched; after a failure `output` is undefined.
-    /// `isAborted`, if there is one, is asked on the calling thread once the renderers are free, right before the
-    /// rendering starts. When it answers true, nothing is rendered: a success that leaves `output` untouched. It must
-    /// not call a facade.
+    /// `isAborted`, if set, is called on the calling thread once the renderers are free, right before rendering starts.
+    /// When it answers true, nothing is rendered: a success that leaves `output` untouched. It must not call a facade.
     bool render(const float* input, float* output, unsigned long size, const std::function<bool()>& isAborted = {});
 
     /// The recording format that the correction data imply; the user's own choice is not consulted. An unknown format

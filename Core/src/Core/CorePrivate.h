@@ -11,9 +11,9 @@ namespace Core {
 /// Does the facade's work: the preparation of frames, and what needs the renderers. Its operations throw where the
 /// facade's answer false.
 ///
-/// Threads: after the locks of the preparation, and never together with them, `rendererAccessLock`, one per process,
-/// guards the renderers. It is taken twice per operation, to make the renderers and to use them; a caller writes its
-/// own parameter blocks into them right before it renders.
+/// Threads: `rendererAccessLock`, one per process, guards the renderers; it is taken after the locks of the
+/// preparation, and never together with them. It is taken twice per operation, to make the renderers and to use them; a
+/// caller writes its own parameter blocks into them right before it renders.
 class Core::CorePrivate : private FramePreparation {
 public:
     explicit CorePrivate(std::unique_ptr<CoreDataSource> dataSource);

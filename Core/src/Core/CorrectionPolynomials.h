@@ -23,8 +23,8 @@ struct DistortionPolynomials {
 /// Relative illumination in % over the image height in mm. Throws as distortionPolynomials does.
 Polynomial shadingPolynomial(const CorrectionData::Frame& frame);
 
-/// Throws CorrectionData::CoefficentCalculationFailedException when no polynomial passes through the points, which is
-/// also so when the record carries unequal counts of heights and values.
+/// Throws CorrectionData::CoefficentCalculationFailedException when no polynomial passes through the points, also when
+/// the record has unequal counts of heights and values.
 DistortionPolynomials distortionPolynomials(const CorrectionData::Frame& frame);
 
 /// Where each measured height is imaged: height × (1 − radial distortion ÷ 1000), mm. Throws as

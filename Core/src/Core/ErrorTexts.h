@@ -5,10 +5,9 @@
 
 namespace Core {
 
-/// The texts of the last failure at one facade, for each thread its own: no thread sees, replaces or waits for those of
-/// another.
+/// The texts of the last failure at one facade, kept per thread: no thread sees, replaces or waits for another's.
 ///
-/// They are gone with the facade, in other threads at the latest when those use a facade again.
+/// They are released with the facade; in other threads, no later than their next use of a facade.
 class ErrorTexts {
 public:
     struct Texts {
@@ -21,16 +20,16 @@ public:
     ErrorTexts(const ErrorTexts&) = delete;
     ErrorTexts& operator=(const ErrorTexts&) = delete;
 
-    /// Replaces the calling thread's texts. Out of memory, there are none.
+    /// Replaces the calling thread's texts; if memory runs out, it has none.
     void keep(Texts texts);
 
     void forget() noexcept;
 
-    /// The calling thread's, until it keeps or forgets some; null when there are none.
+    /// The calling thread's, valid until it next keeps or forgets texts; null when there are none.
     const Texts* texts() const noexcept;
 
 private:
-    /// Stands for this facade; an address alone could come back as another facade's.
+    /// Identifies this facade; a bare address could be reused by another one.
     const std::shared_ptr<const char> m_facade;
 };
 

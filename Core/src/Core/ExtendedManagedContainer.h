@@ -37,8 +37,8 @@ public:
 
     /// The header's own sensor width and clip size if they are complete, the image area taking the clip's aspect ratio
     /// (24 mm and 4096 × 2160 px: 24 × 12.65625 mm, radius about 13.566 mm). Else the only one of the camera's formats
-    /// in the recording format database that has the clip's size or the sensor's width. Else what the header says with
-    /// image area height and radius 0. Throws what headerData throws; a later call tries again then.
+    /// in the recording format database that has the clip's size or the sensor's width. Else the header's own values,
+    /// with image area height and radius 0. Throws what headerData throws; a later call tries again then.
     RecordingFormatDatabase::RecordingFormat recordingFormat();
 
     /// Of that format; throws as it does.

@@ -16,10 +16,10 @@
 
 namespace Core {
 
-/// How far around a clip its correction file is searched.
+/// How far around a clip to search for its correction file.
 constexpr CorrectionFile::LevelOfDepth correctionFileSearchDepth{1, 5, 2};
 
-/// The user's correction file, of a clip that is known by its file name.
+/// The user's correction file, for a clip that is known by its file name.
 struct SelectedCorrectionFile {
     std::string clipFileName;
     std::string correctionFilePath;
@@ -30,7 +30,7 @@ struct FrameMetadata {
     std::string json;
 };
 
-/// The clip around which the correction file is searched.
+/// The clip around which to search for the correction file.
 struct ClipFile {
     std::string path;
 };
@@ -41,17 +41,17 @@ inline bool operator==(const SelectedCorrectionFile& a, const SelectedCorrection
 inline bool operator==(const FrameMetadata& a, const FrameMetadata& b) { return a.json == b.json; }
 inline bool operator==(const ClipFile& a, const ClipFile& b) { return a.path == b.path; }
 
-/// Where a container's data come from, and by which texts it was chosen.
+/// Where a container's data come from, and the texts that identify it.
 using ContainerSource = std::variant<ClipFile, SelectedCorrectionFile, FrameMetadata>;
 
-/// By what a frame's record is found.
+/// How a frame's record is found.
 enum class RecordKey {
     FrameNumber,
     Timecode,
     OwnRecord, ///< the frame carries it
 };
 
-/// A frame whose correction is wanted, with all that the correction is worked out from.
+/// A frame to correct, with everything that its correction is computed from.
 struct FrameToCorrect {
     std::optional<ShadingCorrectionParameter> wantedShading;
     std::optional<DistortionCorrectionParameter> wantedDistortion;
@@ -70,13 +70,13 @@ struct FrameParameters {
     std::optional<Renderer::DistortionParameter> distortion;
 };
 
-/// Works out from a data source's answers how a frame is corrected, up to what the renderers are told; needs no OpenCL
+/// Works out from a data source's answers how a frame is corrected, up to the renderers' parameters; needs no OpenCL
 /// device. Operations throw what the facade reports.
 ///
 /// Each operation asks the data source first, each question at most once and without a lock, and works on that set of
 /// answers whatever the host says meanwhile. A data source may therefore call its facade back.
 /// Threads: any. Two locks, never held together: this object's, for its current container, and the container manager's,
-/// one per process, for everything that may reach correction files; frames that carry their record do without it.
+/// one per process, for everything that may reach correction files; frames that carry their record need no lock.
 class FramePreparation {
 public:
     explicit FramePreparation(std::unique_ptr<CoreDataSource> dataSource);

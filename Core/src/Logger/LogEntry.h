@@ -8,7 +8,7 @@ namespace Core {
 /// written is lost.
 ///
 /// Log files have fixed names in a folder that every user may write to. So a symbolic link is not followed, and nothing
-/// but a regular file is written to: whoever plants a link or a pipe there loses us entries, but no file.
+/// but a regular file is written to: a planted link or pipe can cost us entries, but never a file.
 class LogEntry {
 public:
     /// Opens the file for appending and creates it if it does not exist.

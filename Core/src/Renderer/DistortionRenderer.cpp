@@ -17,7 +17,7 @@ namespace {
 
 constexpr float maximumLength = 2147483648.0f; // px; nothing larger is a frame, and it fits an unsigned int
 
-/// Turns lengths in px into whole numbers; complains about lengths that no frame has.
+/// Turns lengths in px into whole numbers; throws if a length is not a valid frame size.
 class FrameLength {
 public:
     explicit FrameLength(float frameImageRadius) : m_frameImageRadius(frameImageRadius) {}

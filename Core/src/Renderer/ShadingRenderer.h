@@ -13,7 +13,7 @@ namespace Renderer {
 class ShadingRenderer {
 public:
     /// Filled by the caller before each frame; read by frameSize and render. Values are not checked: an illumination
-    /// of 0 or a radius of 0 is computed through, to infinity or not-a-number.
+    /// of 0 or a radius of 0 propagates to infinity or not-a-number.
     ShadingParameter parameter;
 
     /// Builds the image and the map kernel on the most powerful OpenCL device.

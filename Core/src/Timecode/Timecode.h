@@ -41,8 +41,8 @@ public:
 Timecode operator+(const Timecode& timecode, const unsigned int& frameCount);
 
 /// Number of frames from rhs to lhs. rhs is the reference and must know its rate; lhs has the same rate or none.
-/// Example: 01:00:00:10 at 25 minus 01:00:00:00 at 25 is 10. Throws InvalidTimecodeException if the rates do not fit,
-/// the rate is no count of 32 bits, or lhs is earlier than rhs.
+/// Example: 01:00:00:10 at 25 minus 01:00:00:00 at 25 is 10. Throws InvalidTimecodeException if the rates do not match,
+/// the rate does not fit 32 bits, or lhs is earlier than rhs.
 unsigned int operator-(const Timecode& lhs, const Timecode& rhs);
 
 /// Whether all four counters are equal. Throws InvalidTimecodeException if the rates are not comparable.

@@ -15,7 +15,7 @@ public:
 
 private:
     bool m_asJson = false;
-    bool m_isProbe = false; ///< this process is the trial
+    bool m_isProbe = false; ///< this process is the test
 };
 
 } // namespace Host

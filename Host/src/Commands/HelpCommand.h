@@ -4,8 +4,8 @@
 
 namespace Host {
 
-/// `lenscorrect help [COMMAND]`: the help texts. With hidden options that packaging uses: as a manual page, or as what
-/// a shell completes; all of it comes from the commands' own declarations.
+/// `lenscorrect help [COMMAND]`: the help texts. Options for packaging print them as a manual page, or as a shell's
+/// completion script; all of it comes from the commands' own declarations.
 class HelpCommand : public Command {
 public:
     std::string name() const override { return "help"; }

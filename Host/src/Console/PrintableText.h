@@ -5,8 +5,8 @@
 
 namespace Host {
 
-/// A text as it may be shown on a terminal: texts from files and names of files could otherwise steer it. Control
-/// characters stand as their bytes, such as \x1B; line feeds and everything else stay.
+/// A text that is safe to show on a terminal, which texts from files, and file names, could otherwise control. Control
+/// characters become byte values, such as \x1B; line feeds and everything else are kept.
 std::string printableText(std::string_view text);
 
 } // namespace Host

@@ -9,14 +9,14 @@
 
 namespace Host {
 
-/// Tells how far a job has come.
+/// Reports a job's progress.
 ///
 /// - Bar: one line on a terminal, rewritten at most ten times a second: frames done, rate, time left, error count.
 /// - Lines: a line of the same content at the first frame and then at most every ten seconds, for logs.
 /// - Json: one JSON object per line and event, for programs: Docs/schemas/progress.json.
 /// - None: nothing but notes and the messages of failed frames.
 ///
-/// Failed frames are told at once in every mode (in Json as their event), above the bar. Any thread may report.
+/// Failed frames are reported at once in every mode (in Json as their event), above the bar. Any thread may report.
 class Progress {
 public:
     enum class Mode { Bar, Lines, Json, None };
@@ -33,7 +33,7 @@ public:
     /// (WrongUse) naming the text.
     static Mode parseMode(const std::string& text, bool isTerminal);
 
-    /// The real thing: JSON to the standard output, all else to the error stream; colour on a terminal unless the
+    /// For production: JSON to the standard output, all else to the error stream; colour on a terminal unless the
     /// environment has NO_COLOR or a dumb terminal; the steady clock.
     static Output standardOutput(Mode mode);
 
@@ -41,12 +41,12 @@ public:
 
     void done(std::int32_t frame, const std::string& file);
     void skipped(std::int32_t frame, const std::string& file);
-    /// `message` tells file, frame and reason.
+    /// `message` names file, frame and reason.
     void failed(std::int32_t frame, const std::string& file, const std::string& message);
-    /// Something that the job's user should know; a line, or an event, of its own, in every mode.
+    /// Something that the user should know; a line, or an event, of its own, in every mode.
     void note(const std::string& message);
     /// The last lines or event; once. `files`: the pattern of the frames' files; a bar and lines say where the frames
-    /// are, if there is any frame. `unshaded`: layers and channels that a shading correction left as they are.
+    /// are, if there are any. `unshaded`: layers and channels that a shading correction left unchanged.
     void end(const std::string& files = {}, const std::vector<std::string>& unshaded = {});
 
     std::size_t doneCount() const;

@@ -10,10 +10,10 @@ namespace Host {
 
 /// The folder in which the CPU driver (PoCL) keeps compiled kernels.
 ///
-/// The driver finds no device at all when it cannot write there, and ends the whole process when that disk is full. So
-/// before the first OpenCL call the folder is tried, and if it cannot be used a private one is made for this run, told
-/// to the driver by POCL_CACHE_DIR, and removed at the end. A folder that the user named by POCL_CACHE_DIR is left as
-/// it is: that was a decision, and `problem` tells what is wrong with it. Other drivers do not look at any of this.
+/// The driver finds no device at all when it cannot write there, and kills the whole process when that disk is full. So
+/// the folder is tested before the first OpenCL call; if it is unusable, a private one is created for this run, passed
+/// to the driver in POCL_CACHE_DIR, and removed at the end. A folder that the user chose with POCL_CACHE_DIR is never
+/// replaced: that was a decision, and `problem` says what is wrong with it. Other drivers ignore all of this.
 ///
 /// One object per process, made before the first thread.
 class KernelCache {
@@ -31,14 +31,14 @@ public:
     /// Why the usual folder cannot be used: "Kernel cache \"…\" is not usable: …"; empty if it can be.
     const std::string& problem() const { return m_problem; }
 
-    /// What a person should know about the choice, a sentence or two; empty when the usual folder is used.
+    /// A notice about the choice for the user, a sentence or two; empty when the usual folder is used.
     std::string notice() const;
 
     /// The folder that the driver uses by itself: POCL_CACHE_DIR, else pocl/kcache in XDG_CACHE_HOME or in HOME's
     /// .cache, else /tmp/pocl. `variable` looks up the environment and answers null for what is not set.
     static std::string usualFolder(const std::function<const char*(const char*)>& variable);
 
-    /// Tries to make the folder, to write there and whether its disk has room for some kernels. Empty, or the reason.
+    /// Creates the folder, writes to it, and checks that its disk has room for some kernels. Empty, or what failed.
     static std::string problemOf(const std::string& folder);
 
 private:

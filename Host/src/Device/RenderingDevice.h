@@ -4,7 +4,7 @@
 
 namespace Host {
 
-/// Makes the process ready to render, and says what to do when there is nothing to render on.
+/// Prepares the process for rendering, and says what to do when there is no device to render on.
 ///
 /// One object per process, made before the first thread and the first OpenCL call.
 class RenderingDevice {
@@ -13,8 +13,8 @@ public:
     /// (Environment).
     RenderingDevice();
 
-    /// Throws Failure (Environment) when there is no OpenCL device. Separate, so that a command can complain about its
-    /// input first.
+    /// Throws Failure (Environment) when there is no OpenCL device. Separate, so that a command can report errors in
+    /// its input first.
     void check() const;
 
 private:

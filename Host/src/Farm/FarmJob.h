@@ -10,15 +10,15 @@ namespace Host {
 ///
 /// The folder lies on a disk that every machine of the farm sees under the same path:
 ///
-/// | File | Is |
-/// |---|---|
-/// | `job.sh` | every step: `warm`, `chunk [NUMBER]`, `frames LIST`, `summary`; an engine calls it and knows nothing
-/// else | | `frames.txt` | all frames, as a list | | `work.txt` | the folder in which relative paths begin | |
-/// `chunks.txt` | the frames of chunk 0, 1 …, a list per line | | `report/NAME.ATTEMPT.jsonl` | what the renderer told
-/// about the frames of a chunk, at each start of it | | `report/NAME.status` | exit status of the chunk's last start;
-/// missing while it runs and when it was killed | | `log/NAME.log` | what a chunk wrote to the error stream |
+/// - `job.sh`: every step (`warm`, `chunk [NUMBER]`, `frames LIST`, `summary`); an engine only calls it
+/// - `frames.txt`: all frames, as a list
+/// - `work.txt`: the folder in which relative paths begin
+/// - `chunks.txt`: the frames of chunk 0, 1 …, one list per line
+/// - `report/NAME.ATTEMPT.jsonl`: what the renderer reported about a chunk's frames, for each start of the chunk
+/// - `report/NAME.status`: exit status of the chunk's last start; missing while it runs and if it was killed
+/// - `log/NAME.log`: what a chunk wrote to the error stream
 ///
-/// Since finished frames are skipped and files appear whole or not at all, a step may be stopped and started again at
+/// Since finished frames are skipped and files appear complete or not at all, a step may be stopped and restarted at
 /// any time; on SIGTERM it completes the frames in flight and ends with 143.
 struct FarmJob {
     std::string name;                         ///< three or more letters, digits and "_"

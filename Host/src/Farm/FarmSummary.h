@@ -14,7 +14,7 @@ struct FarmSummary {
     std::size_t total = 0;
     std::size_t done = 0;                       ///< written, or already there
     std::map<std::int32_t, std::string> failed; ///< and why
-    std::vector<std::int32_t> withoutResult;    ///< never begun, or stopped in between, or the file has gone
+    std::vector<std::int32_t> withoutResult;    ///< never started, or interrupted, or the file is gone
     std::map<std::string, int> failedSteps;     ///< steps whose last start ended with a status other than 0
 
     /// Throws Failure (WrongUse) if the folder is not that of a job.

@@ -13,7 +13,7 @@ struct OpenCueJob {
     std::string shot;
     std::string user;
 
-    /// The job has been written; its folder is in the commands.
+    /// The job must have been written; the commands refer to its folder.
     std::string xml(const FarmJob& job) const;
 };
 

@@ -9,9 +9,9 @@
 namespace Host {
 
 /// Hands a job to Slurm, through its program sbatch, as three jobs that depend on each other:
-/// - one task that compiles the OpenCL kernels into the cache, so that not every task does at once;
+/// - one task that compiles the OpenCL kernels into the cache, so that the tasks do not all compile them at once;
 /// - an array with one task per chunk, when that has succeeded; a task that is stopped is put back into the queue;
-/// - the summary, when all tasks have ended in whatever way.
+/// - the summary, when all tasks have ended, whether they succeeded or not.
 class SlurmSubmission {
 public:
     unsigned int tasksAtOnce = 0;     ///< 0: as many as the farm has room for
@@ -23,9 +23,9 @@ public:
     /// Number of tasks that an array may have, as Slurm is configured; its default if it cannot be asked.
     static std::size_t maximumArraySize();
 
-    /// The job has been written. Prints the numbers of the three jobs; with `wait` also the summary, once that has
-    /// ended, and answers its status. Throws Failure (Environment) if sbatch refuses, and takes back what was submitted
-    /// before.
+    /// The job must have been written. Prints the numbers of the three jobs; with `wait` also the summary, once that
+    /// has ended, and answers its status. Throws Failure (Environment) if sbatch refuses, and cancels what was
+    /// submitted before.
     ExitCode submit(const FarmJob& job, bool wait) const;
 };
 

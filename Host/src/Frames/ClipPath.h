@@ -6,8 +6,8 @@
 
 namespace Host {
 
-/// The path under which a clip's correction file is searched: absolute, and for pictures of every format the folder
-/// with the clip's name, without frame number and extension. No metadata of the clip is looked at.
+/// The path from which a clip's correction file is searched for: absolute, and for pictures of every format the folder
+/// with the clip's name, without frame number and extension. The clip's metadata play no part.
 ///
 /// | Files                                        | Path                        |
 /// |----------------------------------------------|-----------------------------|
@@ -19,8 +19,8 @@ namespace Host {
 /// | anything else, `/shots/A001C002.mov`         | `/shots/A001C002.mov`       |
 std::string clipFilePath(const FrameFiles& clip);
 
-/// The path under which a reader shows every frame of the clip to the nodes, so that they come to clipFilePath: the
-/// nodes know an image sequence by the extensions "exr" and "dpx" alone, and take what stands before the first ".".
+/// The path under which a reader shows every frame of the clip to the nodes, so that they arrive at clipFilePath: the
+/// nodes recognise an image sequence only by the extensions "exr" and "dpx", and use what precedes the first ".".
 /// DPX files keep their extension, all other pictures are shown as EXR (`/shots/A001.exr`); anything else as it is.
 std::string shownClipPath(const FrameFiles& clip);
 

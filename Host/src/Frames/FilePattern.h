@@ -16,17 +16,17 @@ namespace Host {
 /// | `@`, `@@@@` …   | at least as many as there are signs                                   |
 /// | `$F4`, `$F`     | at least 4, as many as needed; accepted for input only                |
 ///
-/// A number that is wider than its place is written whole; a negative one counts its sign: -5 at `%04d` is -005. The
-/// place stands in the file's name, not in a folder's, and there is one. A value type.
+/// A number wider than its placeholder is written in full; a minus sign counts as a digit: -5 at `%04d` is -005. There
+/// is at most one placeholder, in the file's name and not in a folder's. A value type.
 class FilePattern {
 public:
     enum class Use { Input, Output };
 
-    /// Reads a path; throws Failure (WrongUse) for an empty path, a place in a folder's name, two places, or a notation
-    /// that is not accepted for this use.
+    /// Reads a path; throws Failure (WrongUse) for an empty path, a placeholder in a folder's name, two placeholders,
+    /// or a notation that is not accepted for this use.
     static FilePattern parse(const std::string& path, Use use);
 
-    /// One file without a place for a number, whatever signs its name has.
+    /// One file without a placeholder, whatever characters its name has.
     static FilePattern singleFile(const std::string& path);
 
     /// `prefix` and `suffix` enclose the number in the file's name; `digits` 1 means as many as needed.
@@ -35,7 +35,7 @@ public:
 
     bool hasFrameNumber() const { return m_digits > 0; }
 
-    /// The path of a frame's file; the same for every frame when there is no place for a number.
+    /// The path of a frame's file; the same for every frame when there is no placeholder.
     std::string path(std::int32_t frame) const;
 
     /// The number in a file's name (without its folder), whatever its count of digits; none if the name does not match.
@@ -44,7 +44,7 @@ public:
     /// Folder as written, "." if none was.
     const std::string& folder() const { return m_folder; }
 
-    /// What stands before the place for the number in the file's name; without a place the whole name.
+    /// What precedes the placeholder in the file's name; without one the whole name.
     const std::string& prefix() const { return m_prefix; }
 
     /// Path in the `%04d` notation.
@@ -55,7 +55,7 @@ private:
     std::string m_folder;
     std::string m_prefix;
     std::string m_suffix;
-    unsigned int m_digits = 0; ///< 0: no place for a number
+    unsigned int m_digits = 0; ///< 0: no placeholder
 };
 
 } // namespace Host

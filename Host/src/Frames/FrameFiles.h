@@ -10,7 +10,7 @@ namespace Host {
 
 /// The files that a clip's path names on disk: every frame of a sequence, or the one file.
 struct FrameFiles {
-    FilePattern pattern;                       ///< without a place for a number exactly when one file was named
+    FilePattern pattern;                       ///< without a placeholder exactly when one file was named
     std::map<std::int32_t, std::string> files; ///< path of each frame that exists; never empty
 
     /// Looks the clip up on disk. `clip` is

@@ -17,11 +17,11 @@ namespace Host {
 /// | `-10-5`, `-10--5`| -10 to 5 and -10 to -5                                             |
 /// | `1-3,10,20-30x5` | one after the other; blanks separate like commas                   |
 ///
-/// The order written is kept; a number that comes again is dropped. `:` is refused, since some programs read it as a
-/// step and others as a staggered order.
+/// The written order is kept; repeated numbers are dropped. `:` is refused, since some programs read it as a step and
+/// others as a staggered order.
 class FrameRange {
 public:
-    /// More frames than this in one list are taken for a slip of the keyboard.
+    /// A list of more frames than this is taken for a typing error.
     static constexpr std::size_t maximumCount = 1000000;
 
     /// Reads a list; throws Failure (WrongUse) naming the text that is not understood, or that has more frames than
@@ -29,7 +29,7 @@ public:
     static FrameRange parse(const std::string& text, std::size_t most = maximumCount);
 
     /// The frames from start to end, both included, as farms hand them over. Throws Failure (WrongUse) when the step is
-    /// 0 or leads away from the end.
+    /// 0 or moves away from the end.
     static FrameRange fromStartToEnd(std::int32_t start, std::int32_t end, std::int32_t step = 1);
 
     /// At least one number, none twice.

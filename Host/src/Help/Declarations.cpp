@@ -7,7 +7,7 @@
 namespace Host {
 namespace {
 
-/// The type's name with the accepted words behind it: "TEXT:{half,float}".
+/// The type's name followed by the accepted words: "TEXT:{half,float}".
 std::string typeOf(const CLI::Option& option) { return option.get_type_name(); }
 
 } // namespace

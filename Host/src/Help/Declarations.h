@@ -10,7 +10,7 @@ class Option;
 
 namespace Host {
 
-/// What the command line parser was told, in the form in which texts are made of it. All lists are in the order of
+/// The command line parser's declarations, in the form that texts are made from. All lists are in the order of
 /// declaration, hidden ones left out; options in groups come after the others.
 std::vector<const CLI::App*> visibleCommands(const CLI::App& app);
 std::vector<const CLI::Option*> visibleOptions(const CLI::App& app);
@@ -24,7 +24,7 @@ std::string valueOf(const CLI::Option& option);
 /// The words that an option accepts, if it accepts only certain ones.
 std::vector<std::string> choicesOf(const CLI::Option& option);
 
-/// `There is no command "NAME"`, with the name that may be meant.
+/// `There is no command "NAME"`, with the name that was probably meant.
 std::string noCommandText(const CLI::App& program, const std::string& name);
 
 } // namespace Host

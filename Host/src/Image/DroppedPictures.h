@@ -7,11 +7,11 @@
 
 namespace HostImage {
 
-/// Text attribute by which a reader tells that a still other than OpenEXR holds more pictures than the one it reads:
-/// "mip levels", "further pages", "a second picture" or "further pictures". It is no part of the file.
+/// Text attribute in which a reader notes that a still other than OpenEXR holds more pictures than the one it reads:
+/// "mip levels", "further pages", "a second picture" or "further pictures". It is not part of the file.
 inline constexpr const char* droppedPicturesAttribute = "orvex:droppedPictures";
 
-/// What a frame's file holds beside the pictures that are read, in these words; OpenEXR files may have "mip levels".
+/// What a frame's file holds besides the pictures that are read, in these words; OpenEXR files may have "mip levels".
 std::vector<std::string> droppedPictures(const Frame& header);
 
 } // namespace HostImage

@@ -30,7 +30,7 @@ enum class PixelType { UInt8, UInt16, UInt32, Half, Float };
 std::size_t bytesPerSample(PixelType type);
 
 /// How many samples a channel has at the coordinates minimum … maximum: those that divide by `sampling`; 0 if the
-/// maximum is the lesser one.
+/// maximum is less than the minimum.
 std::size_t samplesBetween(std::int64_t minimum, std::int64_t maximum, std::int64_t sampling);
 
 /// One channel of a part and where its samples are.
@@ -72,7 +72,7 @@ struct Plane {
     const std::uint8_t* row(std::size_t y) const { return pixels.data() + y * rowBytes(); }
     /// Gives the plane memory for its pixels; contents undefined. Throws std::bad_alloc.
     void allocatePixels();
-    /// Row y (0 = the top row) as width × components floats, by the rule told at PixelType.
+    /// Row y (0 = the top row) as width × components floats, by the rule given at PixelType.
     void rowToFloat(std::size_t y, float* samples) const;
     /// The reverse; integers are rounded and clamped, NaN becomes 0.
     void rowFromFloat(std::size_t y, const float* samples);
@@ -139,7 +139,7 @@ struct Frame {
     void assignHeader(const Frame& header);
 };
 
-/// n samples to floats and back, by the rules told at PixelType and Plane::rowFromFloat.
+/// n samples to floats and back, by the rules given at PixelType and Plane::rowFromFloat.
 void samplesToFloat(PixelType type, const void* samples, float* floats, std::size_t n);
 void samplesFromFloat(PixelType type, const float* floats, void* samples, std::size_t n);
 

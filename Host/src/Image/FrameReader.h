@@ -31,17 +31,18 @@ public:
     /// Everything but the pixels: parts with windows, channels, laid-out planes (without memory) and attributes. Cheap.
     /// Throws ImageError.
     virtual Frame readHeader(std::int64_t index = 0) = 0;
-    /// The whole frame. Memory that `frame` holds from an earlier frame is used again. `threads` (at least 1) is how
-    /// many threads, the caller's included, decode. Throws ImageError; the frame's content is then undefined.
+    /// The whole frame. Memory that `frame` holds from an earlier frame is reused. `threads` (at least 1) is how many
+    /// threads, the caller's included, decode. Throws ImageError; the frame's content is then undefined.
     virtual void readPixels(Frame& frame, unsigned threads = 1, std::int64_t index = 0) = 0;
 };
 
-/// Opens the file and reads its header. The format follows from the content for EXR, from the file's extension else.
-/// Throws ImageError: missing or unreadable file, not an image, beyond the limits, or of a kind that is not supported.
+/// Opens the file and reads its header. The format follows from the content for EXR, otherwise from the file's
+/// extension. Throws ImageError: missing or unreadable file, not an image, beyond the limits, or of a kind that is not
+/// supported.
 std::unique_ptr<FrameReader> openReader(const std::string& path, const Limits& limits = {});
 
-/// Loads what decodes files of the path's extension, if that is a module, and opens nothing. A module that is missing
-/// is told when a file is opened.
+/// Loads the module that decodes files of the path's extension, if it takes one, and opens no file. A missing module is
+/// reported when a file is opened.
 void loadReaderModule(const std::string& path);
 
 /// Whether the path's extension is that of a movie (frames inside one file), e.g. "mov".

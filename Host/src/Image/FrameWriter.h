@@ -8,7 +8,7 @@
 
 namespace HostImage {
 
-/// How a frame is stored where it is not to be stored as it says itself.
+/// Overrides the way in which a frame says that it is stored.
 struct WriteOptions {
     /// Of every part, as Part::compression; the parts' own if absent.
     std::optional<std::string> compression = {};
@@ -19,13 +19,13 @@ struct WriteOptions {
     std::optional<float> level = {};
     /// Threads that encode, the caller's included.
     unsigned threads = 1;
-    /// Whether the file is made where there is none; otherwise that is an error.
+    /// Whether a missing file is created; otherwise it is an error.
     bool makesFile = true;
 };
 
 /// Writes the frame with all its parts and attributes; the format follows from the path's extension. The same frame and
-/// options give the same bytes. The file is written in place (a caller wants a temporary name and a rename) and removed
-/// if writing fails. Throws ImageError, also for what checkFrame refuses.
+/// options give the same bytes. The file is written in place (callers should use a temporary name and rename it) and
+/// removed if writing fails. Throws ImageError, also for what checkFrame refuses.
 void writeFrame(const std::string& path, const Frame& frame, const WriteOptions& options = {});
 
 /// Throws ImageError if writeFrame refuses the path for its extension, whatever the frame; touches no file.

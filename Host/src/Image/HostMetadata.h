@@ -23,8 +23,8 @@ using Metadata = std::map<std::string, MetadataValue>;
 /// `frameNumber` is the frame of the clip, as in the file's name or the movie's place on the timeline.
 Metadata hostMetadata(const Frame& header, const std::string& path, std::int64_t frameNumber);
 
-/// "HH:MM:SS:FF" of a packed SMPTE word (binary-coded digits; the flag bits are left out); "" if a digit is above 9.
-/// The word has no room for frames of 40 and more.
+/// "HH:MM:SS:FF" of a packed SMPTE word (binary-coded digits; the flag bits are ignored); "" if a digit is above 9. The
+/// word has no room for frames of 40 and more.
 std::string timecodeText(std::uint32_t timeAndFlags);
 
 /// One value as text: numbers in their shortest exact form, lists with spaces between.

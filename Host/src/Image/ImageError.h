@@ -11,7 +11,7 @@ public:
     ImageError(const std::string& path, const std::string& problem) : std::runtime_error(path + ": " + problem) {}
 };
 
-/// A picture that is in order, of a kind that is not read (deep pixels, volumes).
+/// A valid picture of a kind that is not read (deep pixels, volumes).
 class UnsupportedImage : public ImageError {
 public:
     using ImageError::ImageError;

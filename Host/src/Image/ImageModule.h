@@ -6,8 +6,8 @@
 
 namespace HostImage {
 
-/// The doors of a reader module: a shared library of the program's own that is loaded when a file first needs it,
-/// because what it links against takes longer to load than the program's other work. Functions throw ImageError.
+/// The entry points of a reader module: a shared library of the program's own that is loaded when a file first needs
+/// it, because what it links against takes longer to load than the program's other work. Functions throw ImageError.
 ///
 /// A module defines the first or both of these with C linkage under the names "orvexOpenReader" and "orvexWriteFrame".
 using OpenModuleReader = FrameReader* (*)(const std::string& path, const Limits& limits);

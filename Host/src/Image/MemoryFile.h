@@ -6,11 +6,11 @@
 
 namespace HostImage {
 
-/// A file that lies in memory and on no disk, for libraries that read or write files only by name. It goes with the
-/// object. One thread at a time.
+/// A file in memory, not on a disk, for libraries that read or write files only by name. It is gone with the object.
+/// One thread at a time.
 class MemoryFile {
 public:
-    /// Empty. Throws std::bad_alloc if the system grants none.
+    /// Empty. Throws std::bad_alloc if the system provides none.
     MemoryFile();
     ~MemoryFile();
     MemoryFile(const MemoryFile&) = delete;
@@ -19,7 +19,7 @@ public:
     /// A name under which this process can open it; another process cannot.
     std::string path() const;
     /// Its bytes as they are now, without a copy: valid until the next call or the object's end, and only as long as
-    /// nobody makes the file shorter. Throws std::bad_alloc.
+    /// the file is not truncated. Throws std::bad_alloc.
     std::uint8_t* bytes();
     std::size_t size() const;
 

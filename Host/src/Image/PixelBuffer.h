@@ -10,7 +10,7 @@ namespace HostImage {
 class PixelBuffer {
 public:
     PixelBuffer() = default;
-    /// Memory of another's, which outlives it; beyond `bytes` it takes its own.
+    /// Borrows memory, which must outlive it; beyond `bytes` it allocates its own.
     PixelBuffer(std::uint8_t* memory, std::size_t bytes)
         : m_data(memory), m_size(bytes), m_capacity(bytes), m_isOwn(false) {}
     PixelBuffer(const PixelBuffer& other);

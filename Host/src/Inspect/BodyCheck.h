@@ -19,7 +19,8 @@ namespace Host {
 /// Finds what is wrong in a correction file's version and frames.
 class BodyCheck {
 public:
-    /// All must outlive this. All is found when it returns, and `summary` tells the version and the frames.
+    /// All arguments must outlive this. Every finding is reported when it returns, and `summary` holds the version and
+    /// the frames.
     BodyCheck(const std::string& text, const HeaderCheck& header, Findings& findings, CheckSummary& summary);
 
 private:

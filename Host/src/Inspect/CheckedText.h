@@ -10,7 +10,7 @@ namespace Host {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-/// A text from a file as it may stand in a message: no control characters, not too long.
+/// A text from a file made fit for a message: no control characters, not too long.
 std::string quoted(std::string_view text);
 
 /// Without a byte order mark in front, and without spaces and tabs around it.

@@ -12,7 +12,7 @@
 namespace Host {
 
 /// What a lens report draws of a clip: the curves of three of its frames, and values of frames spaced over the whole of
-/// it. A frame whose curves can't be fitted takes no part.
+/// it. A frame whose curves cannot be fitted is left out.
 class ClipCurves {
 public:
     /// Parts of the way from the image centre to its corner at which values over the clip are taken.

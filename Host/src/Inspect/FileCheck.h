@@ -9,7 +9,7 @@
 
 namespace Host {
 
-/// What a check of one file comes to.
+/// The result of checking one file.
 struct CheckSummary {
     std::size_t defectCount = 0;
     std::size_t warningCount = 0;
@@ -19,11 +19,11 @@ struct CheckSummary {
     int fileVersion = 0; ///< 0: unknown
 };
 
-/// Finds everything that is wrong in a correction file, where the parser ends at the first defect.
+/// Finds everything that is wrong in a correction file, whereas the parser stops at the first defect.
 ///
 /// Every header and frame line is judged by the parser's own rule, and the header as a whole by the parser itself, so a
 /// file has a defect exactly when the plug-in refuses it. Lines that a defect elsewhere would hide from the parser are
-/// looked at too. Warnings that hold for many frames are reported once, with the first line and the count.
+/// checked too. Warnings that hold for many frames are reported once, with the first line and the count.
 /// Memory: the file's text and 16 bytes per frame.
 class FileCheck {
 public:

@@ -8,8 +8,8 @@ namespace Host {
 /// One thing that is wrong, or odd, in a correction file.
 struct Finding {
     enum class Severity {
-        Defect,  ///< the plug-in refuses the file for it
-        Warning, ///< the plug-in takes the file; the result may not be what was meant
+        Defect,  ///< the plug-in refuses the file because of it
+        Warning, ///< the plug-in accepts the file; the result may not be what was meant
     };
 
     Severity severity = Severity::Defect;

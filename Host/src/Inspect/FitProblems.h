@@ -7,7 +7,7 @@
 
 namespace Host {
 
-/// What is absurd about one frame's fitted curves, although each number is in its range.
+/// What is implausible about one frame's fitted curves, although each number is in its range.
 struct FitProblem {
     std::string kind;    ///< fixed word, the same for the same problem of every frame
     std::string message; ///< with the first values concerned
@@ -21,7 +21,7 @@ struct FitProblem {
 /// - "huge-coefficients": a term exceeds the curve's values a thousandfold at the last height. The kernels work with
 ///   seven decimal digits, so the result keeps no more than four.
 /// - "illumination": the curve reaches 0 % or less; the plug-in divides by it.
-/// - "distortion-not-monotonic": two heights fall on one place, or the order of heights turns round.
+/// - "distortion-not-monotonic": two heights map to one position, or the order of heights is reversed.
 /// - "beyond-heights": the image's corner lies more than 10 % beyond the last height, where nothing was measured.
 std::vector<FitProblem> fitProblems(const CorrectionData::Frame& frame, float imageRadius);
 

@@ -12,13 +12,13 @@ namespace Host {
 
 /// How the plug-in corrects one frame, or why it cannot.
 struct FrameInfo {
-    /// What undistorting the frame comes to.
+    /// The result of undistorting the frame.
     struct Undistortion {
         PixelSize size;               ///< of the data window that the corrected picture gets
         float overscan = 0.0f;        ///< %, by which the half-diagonal grows of a picture that fills the format
         double deviation = 0.0;       ///< px; as FrameGeometry::deviation
         float imageRadius = 0.0f;     ///< mm, of the recorded frame's corner
-        float correctedRadius = 0.0f; ///< mm, where that corner comes to lie
+        float correctedRadius = 0.0f; ///< mm, where that corner ends up
     };
 
     std::int64_t frame = 0;

@@ -16,7 +16,7 @@ namespace Host {
 /// Finds what is wrong in a correction file's header.
 class HeaderCheck {
 public:
-    /// Both must outlive this. All is found when it returns.
+    /// Both must outlive this. Every finding is reported when it returns.
     HeaderCheck(const std::string& text, Findings& findings);
 
     /// What the header does give, with harmless values for what is missing or broken.

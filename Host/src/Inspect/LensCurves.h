@@ -28,7 +28,7 @@ public:
     double shiftAt(float height) const;        ///< mm from the corrected to the recorded height, positive outward
     double roundTripAt(float height) const;    ///< mm by which correcting and distorting again misses the height
 
-    /// Largest distance of a fitted curve from the points that it was laid through.
+    /// Largest distance of a fitted curve from the points that it was fitted to.
     double largestIlluminationResidual() const; ///< %
     double largestForwardResidual() const;      ///< mm, recorded to corrected height (P)
     double largestInverseResidual() const;      ///< mm, corrected to recorded height (Q)

@@ -5,8 +5,8 @@
 
 namespace Host {
 
-/// A text from a file as it may stand in HTML and SVG: markup escaped, control characters and what is no UTF-8 replaced
-/// by U+FFFD.
+/// A text from a file made safe for HTML and SVG: markup escaped, control characters and invalid UTF-8 replaced by
+/// U+FFFD.
 std::string markupText(std::string_view text);
 
 /// Colours, fonts and line styles that all figures use, light or dark as the reader's system is set. The series'

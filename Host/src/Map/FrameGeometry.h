@@ -9,7 +9,7 @@
 
 namespace Host {
 
-/// A place in a picture, px, y downwards; a pixel's centre has whole coordinates.
+/// A position in a picture, px, y downwards; a pixel's centre has whole coordinates.
 struct Place {
     double x = 0.0;
     double y = 0.0;
@@ -21,11 +21,11 @@ enum class Direction {
     Redistort  ///< back
 };
 
-/// By which scale the lens's curve is laid over the pixels.
+/// The scale between the lens's curve and the pixels.
 enum class Geometry {
     /// The node's: the half-diagonal of the frame that is rendered stands for the corner of the corrected picture.
-    /// That frame is never smaller than the one that came in, and may be larger than the corner asks for (edges that
-    /// stick out further, whole pixels), so the lens is then evaluated too near the centre or too far from it.
+    /// That frame is never smaller than the one that came in, and may be larger than the corner requires (edges that
+    /// extend further, whole pixels), so the lens is then evaluated too near the centre or too far from it.
     Node,
     /// Half the diagonal of the recorded frame stands for the recording format's image radius, and a source's distance
     /// from the centre in px times that scale is its distance on the sensor in mm, whatever the rendered frame's size.
@@ -38,8 +38,8 @@ enum class Geometry {
 /// Windows are those of picture files: corners inclusive, y downwards, places in the same coordinates.
 struct FrameGeometry {
     HostImage::Window format;  ///< the display window
-    HostImage::Window box;     ///< where a picture comes to lie that fills the format
-    HostImage::Window picture; ///< the data window of the corrected picture; smaller if the picture came with less
+    HostImage::Window box;     ///< where a picture that fills the format ends up
+    HostImage::Window picture; ///< the data window of the corrected picture; smaller if the picture had less
     float pixelAspectRatio = 1.0f;
     Direction direction = Direction::Undistort;
     Core::FrameToCorrect lens;                  ///< what the node knows about the frame
@@ -49,7 +49,7 @@ struct FrameGeometry {
 
     RadialSampling sampling(Geometry geometry) const;
 
-    /// Place in the source for a place in the rendered picture.
+    /// Position in the source for a position in the rendered picture.
     Place source(const RadialSampling& sampling, Place place) const;
 
     Place centre() const;

@@ -25,7 +25,7 @@ public:
     explicit LensGeometry(LensOptions options);
     ~LensGeometry();
 
-    /// The frames that are asked for, or all. A clip may lack some of them: `geometry` says so then.
+    /// The requested frames, or all. A clip may lack some of them: `geometry` says so then.
     const std::vector<std::int32_t>& frames() const { return m_frames; }
 
     /// The frame's file; empty for a frame of a correction file.
@@ -66,7 +66,7 @@ private:
     std::optional<Clip> m_plate;
     std::string m_shownPath; ///< what the reader shows for a correction file alone
     std::vector<std::int32_t> m_frames;
-    std::unique_ptr<Header> m_header; ///< of the frame that was asked for last
+    std::unique_ptr<Header> m_header; ///< of the frame that was requested last
     std::unique_ptr<Node> m_nodes[3];
 };
 

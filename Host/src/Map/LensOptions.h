@@ -35,7 +35,7 @@ public:
     /// Declares the options; the reader outlives the parse.
     void declareOptions(CLI::App& app);
 
-    /// The options of the last parse. Throws Failure (WrongUse) with what does not go together or is not understood.
+    /// The options of the last parse. Throws Failure (WrongUse) for what cannot be combined or is not understood.
     LensOptions read() const;
 
 private:

@@ -8,7 +8,7 @@
 
 namespace Host {
 
-/// How a map writes a place (sx, sy) of a source picture of W × H px: px from the centre of its top left pixel, y
+/// How a map encodes a position (sx, sy) of a source picture of W × H px: px from the centre of its top left pixel, y
 /// downwards. Values are relative to the picture's display window, however large map and box are, and are never
 /// clamped.
 ///

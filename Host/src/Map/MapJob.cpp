@@ -88,7 +88,7 @@ void MapJob::checkLensData() {
 void MapJob::writeOne() {
     const std::vector<std::int32_t>& frames = m_lens.frames();
     Geometries first = geometries(frames.front());
-    if (frames.size() > 1) first.frame.identity.clear(); // a map for all is none of them
+    if (frames.size() > 1) first.frame.identity.clear(); // a shared map identifies no single frame
     for (const std::int32_t frame : frames) {
         if (Interruption::requested()) return;
         const Geometries other = geometries(frame);

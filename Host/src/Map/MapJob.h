@@ -11,11 +11,11 @@
 
 namespace Host {
 
-/// What is to be written where.
+/// What to write, and where.
 struct MapOptions {
     LensOptions lens;
     MapContent content;
-    FilePattern output; ///< without a place for a number: one map for all frames
+    FilePattern output; ///< without a placeholder: one map for all frames
     bool overwrite = false;
     std::string progress = "auto";
 };
@@ -26,9 +26,9 @@ public:
     /// Opens what the maps are made from. Throws Failure, HostImage::ImageError.
     explicit MapJob(const MapOptions& options);
 
-    /// Writes the maps and answers the program's exit status. A frame that fails is told on the error stream and the
-    /// others go on. Throws Failure: a file exists already and must not be replaced, or cannot be written; one file was
-    /// asked for and the maps differ; no frame at all can be corrected.
+    /// Writes the maps and returns the program's exit status. A frame that fails is reported on the error stream and
+    /// the others continue. Throws Failure: a file exists already and must not be replaced, or cannot be written; one
+    /// file was asked for and the maps differ; no frame at all can be corrected.
     ExitCode run();
 
 private:

@@ -18,7 +18,7 @@ struct MapContent {
 /// the format. `opposite` is the geometry of the other direction, with the same format; needed for
 /// MapConvention::Channels::Both only. `threads` compute.
 ///
-/// The frame's identity stands in the attributes that the clip has it in, the convention in text attributes:
+/// The frame's identity is kept in the clip's own attributes, the convention in text attributes:
 ///
 ///     com.orvex.lenscorrect.map.direction      "undistort" or "redistort"
 ///     com.orvex.lenscorrect.map.geometry       "node" or "ideal"

@@ -7,7 +7,7 @@
 namespace Host {
 
 /// Where a rendered picture is sampled in its source: on the same ray from the common centre, at a distance that a
-/// polynomial gives. The polynomial works in mm on the sensor, pictures in px, so a scale stands between them.
+/// polynomial gives. The polynomial works in mm on the sensor, pictures in px, so a scale converts between them.
 ///
 /// Computed in double precision; the kernels compute the same in single precision (within about 0.001 px at 4096 px). A
 /// value type.

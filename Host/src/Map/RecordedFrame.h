@@ -7,15 +7,15 @@
 
 namespace Host {
 
-/// The frame of a plate, as what is rendered of it is measured against it.
+/// The recorded frame of a plate, against which its renderings are measured.
 struct RecordedFrame {
-    /// Half the diagonal in px, from corner to corner of the pixels, of what the lens threw on the recorded area: of
-    /// the format, or of what remains when so many percent of the format are overscan.
+    /// Half the diagonal in px, from corner to corner of the pixels, of what the lens projected onto the recorded area:
+    /// of the format, or of what remains when this percentage of the format is overscan.
     double halfDiagonal = 0.0;
 
     explicit RecordedFrame(PixelSize format, std::optional<float> overscan = std::nullopt);
 
-    /// At which scale the lens's curve lies over the recorded picture.
+    /// The scale between the lens's curve and the recorded picture.
     double millimetresPerPixel(const RecordingFormatDatabase::RecordingFormat& recordingFormat) const;
 };
 

@@ -80,7 +80,7 @@ double largestPlaceError(const HostImage::Part& part, const HostImage::Window& w
         for (std::size_t x = 0; x < plane.width; ++x) {
             const double placeX = static_cast<double>(part.dataWindow.minX) + static_cast<double>(x);
             const float* const pixel = row.data() + x * 4;
-            // Pixels that took in some of the black around the picture tell no place.
+            // Pixels blended with the black surround encode no position.
             constexpr float opaque = 0.9999f;
             if (placeX < window.minX || placeX > window.maxX || !(pixel[3] >= opaque)) continue;
             largest = std::max(

@@ -21,8 +21,8 @@ struct RoundTrip {
     double lastHeight = 0.0;  ///< mm, the outermost measured one; beyond it the curves are a guess
 
     double analytic = 0.0;            ///< Q(P(r)) − r of the fitted curves
-    double maps = 0.0;                ///< of a place that goes through both maps, as the nodes render them
-    std::optional<double> rendered;   ///< of places that are rendered as pixel values through both nodes
+    double maps = 0.0;                ///< of a position that goes through both maps, as the nodes render them
+    std::optional<double> rendered;   ///< of positions that are rendered as pixel values through both nodes
     double toCorrectedResidual = 0.0; ///< by which the fitted curves miss the measured points
     double toRecordedResidual = 0.0;
     double deviation = 0.0; ///< between the node's undistorted picture and the ideal one

@@ -10,7 +10,7 @@
 
 namespace Host {
 
-/// What verifying the frames of a clip or a correction file came to, for people and for programs.
+/// The result of verifying the frames of a clip or a correction file, for people and for programs.
 struct RoundTripReport {
     std::string input;               ///< as written
     std::optional<double> tolerance; ///< px

@@ -4,16 +4,16 @@
 
 namespace Host {
 
-/// A file that appears under its name whole or not at all.
+/// A file that appears under its name complete or not at all.
 ///
 /// The writer fills `temporaryPath()`, a hidden file in the same folder, `.<stem>.<host>.<pid>.tmp.<extension>`, which
 /// is there already and empty:
-/// hidden, so that no scan for frames meets it; with its extension, since writers choose the format by it; with host
+/// hidden, so that no scan for frames finds it; with its extension, since writers choose the format by it; with host
 /// and process, so that two machines that make the same frame do not write into one file (the last one wins, whole).
 /// `commit` flushes it to the disk, renames it and flushes the folder. Without a commit, by an exception or an
 /// interruption, the destructor removes it; `removeAllNow` removes every open one when there is no time for that. A
 /// writer should open the file without making it (std::ios::in | std::ios::out, WriteOptions::makesFile): then nothing
-/// brings one back that was removed.
+/// recreates one that was removed.
 ///
 /// Each object belongs to one thread; different objects are independent.
 class AtomicFile {
@@ -36,9 +36,9 @@ public:
     /// fails, or if the file is empty; nothing new is then under the final name, and the temporary file is removed.
     void commit();
 
-    /// Removes the temporary files of all objects of the process, for good: none is made afterwards, by any thread, and
-    /// a later commit fails. Only for a signal handler that ends the process: safe there. Waits, at most a second, for
-    /// files that are being made at that moment.
+    /// Removes the temporary files of all objects of the process, permanently: none is created afterwards, by any
+    /// thread, and a later commit fails. Only for a signal handler that ends the process: safe there. Waits, at most a
+    /// second, for files that are being made at that moment.
     static void removeAllNow() noexcept;
 
     /// Removes temporary files in a folder that processes of this machine left behind when they were killed: the

@@ -7,8 +7,8 @@ namespace Host {
 /// A new folder for temporary files that only this user can enter; removed, with what is in it, at the end.
 class PrivateFolder {
 public:
-    /// Makes a folder whose name begins so, in TMPDIR, /tmp, /var/tmp or XDG_RUNTIME_DIR, whichever takes it first.
-    /// Throws Failure (Environment) if none does.
+    /// Creates a folder whose name begins with `name` in TMPDIR, /tmp, /var/tmp or XDG_RUNTIME_DIR, the first that is
+    /// writable. Throws Failure (Environment) if none is.
     explicit PrivateFolder(const std::string& name);
     ~PrivateFolder();
     PrivateFolder(const PrivateFolder&) = delete;

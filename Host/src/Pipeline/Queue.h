@@ -8,8 +8,8 @@
 
 namespace Host {
 
-/// Hands items from the threads of one stage to those of the next, in order; any thread may call. It has no bound of
-/// its own: whoever makes items limits how many there are.
+/// Hands items from the threads of one stage to those of the next, in order; any thread may call. It is unbounded:
+/// whoever produces items limits how many there are.
 template <typename Item>
 class Queue {
 public:
@@ -35,7 +35,7 @@ public:
         return front;
     }
 
-    /// No more items will come; those that wait are still handed out.
+    /// No more items will come; those in the queue are still handed out.
     void close() {
         const std::lock_guard lock(m_mutex);
         m_isClosed = true;

@@ -27,20 +27,20 @@ public:
     const FrameFiles& files() const { return m_files; }
     /// Every frame and its file.
     const std::map<std::int32_t, std::string>& frames() const { return m_frames; }
-    /// First and last frame as the nodes see them. They take no negative frame number, and a frame's place in the clip
-    /// is what counts: a clip that begins below 0 is shown as one that begins at 0.
+    /// First and last frame as the nodes see them. They accept no negative frame number, and only a frame's position in
+    /// the clip counts: a clip that begins below 0 is shown as one that begins at 0.
     ClipSource::Range range() const;
     bool isMovie() const { return m_isMovie; }
     /// The clip's path for the finder of correction files.
     const std::string& searchPath() const { return m_searchPath; }
     /// The path under which a reader shows the frame to the nodes: shownClipPath, unless the sidecar's "input/filename"
-    /// tells the camera's own file, of which the clip is a transcoded copy; its format then decides how the metadata
+    /// names the camera's own file, of which the clip is a transcoded copy; its format then decides how the metadata
     /// are read. A name without folder lies in the clip's.
     std::string shownPath(std::int32_t frame) const;
 
     /// A frame's header. Throws HostImage::ImageError.
     HostImage::Frame readHeader(std::int32_t frame) const;
-    /// The whole frame; memory of `into` is used again. Throws HostImage::ImageError.
+    /// The whole frame; memory of `into` is reused. Throws HostImage::ImageError.
     void read(std::int32_t frame, HostImage::Frame& into, unsigned int threads) const;
     /// What the host's reader shows for a frame whose header or pixels were read.
     HostImage::Metadata metadata(std::int32_t frame, const HostImage::Frame& header) const;

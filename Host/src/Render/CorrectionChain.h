@@ -28,7 +28,7 @@ public:
     CorrectionError(const std::string& brief, const std::string& details);
     ~CorrectionError() override;
     const std::string& details() const { return m_details; }
-    /// All of it for a person, without a line feed at the end: the details, which begin with the brief text, or that
+    /// The whole text for a user, without a line feed at the end: the details, which begin with the brief text, or that
     /// alone; the cause first.
     std::string text() const;
     /// A core's text without the sentence that only says that there are no lens data, where the cause follows it.
@@ -46,8 +46,8 @@ struct ClipFrame {
     ClipSource::Range range;
 };
 
-/// The two nodes behind a reader node, set up as the options say: Read → Shading → Distortion when the lens is taken
-/// out, Read → Distortion → Shading when it is put back. Channels that the shading must leave as they are go round it.
+/// The two nodes behind a reader node, set up as the options say: Read → Shading → Distortion when the lens is removed,
+/// Read → Distortion → Shading when it is applied. Channels that the shading must not change bypass it.
 ///
 /// One thread at a time.
 class CorrectionChain {
@@ -65,14 +65,14 @@ public:
     LensCorrection& lastNode() const { return *m_nodes.back(); }
 
     /// How the nodes will frame the picture, from headers alone and without a device. Throws CorrectionError with the
-    /// core's texts, std::runtime_error for windows that lie too far away.
+    /// core's texts, std::runtime_error for windows that are too far away.
     FramePlan plan();
 
     /// Shows the nodes the picture as planned and lets them work out their boxes. Needs headers only. Throws
     /// CorrectionError with the nodes' texts.
     FramePlan validate();
 
-    /// The shape of the part that was chosen. Throws std::runtime_error when its data window lies too far away.
+    /// The shape of the part that was chosen. Throws std::runtime_error when its data window is too far away.
     PictureShape shape() const;
 
     /// Takes a layer's pixels and the host's channels of the part's channels; for a map, of A, B, G and R. Nothing more

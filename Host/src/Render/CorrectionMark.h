@@ -13,8 +13,8 @@ namespace Host {
 ///     com.orvex.lenscorrect.distortion       "undistort" or "distort"
 ///     com.orvex.lenscorrect.shading          "remove" or "add"
 ///     com.orvex.lenscorrect.inputSpace       "LogC3", "raw"; absent when the pixels were taken as linear light
-///     com.orvex.lenscorrect.unshaded         the part's layers and channels that the shading correction left as they
-///                                            are, such as "N, crypto00, Z"; absent when there are none
+///     com.orvex.lenscorrect.unshaded         the part's layers and channels that the shading correction left
+///                                            unchanged, such as "N, crypto00, Z"; absent when there are none
 ///     com.orvex.lenscorrect.correctionFile   path; absent when the lens data came with the frame
 ///     com.orvex.lenscorrect.version          "0.18.1"
 class CorrectionMark {
@@ -22,8 +22,8 @@ public:
     /// Writes the mark for a job into every part, replacing what an earlier job left of the same kind.
     static void write(const RenderOptions& options, const std::string& correctionFile, HostImage::Frame& frame);
 
-    /// Why the frame should not be corrected like this: it says that the very same was done to it already. Empty when
-    /// nothing speaks against it; the opposite direction never does, since that is how a lens is put back.
+    /// Why the frame should not be corrected like this: it is already marked with the same correction. Empty if it is
+    /// not; the opposite direction is always allowed, since that is how a lens is applied again.
     static std::string objection(const RenderOptions& options, const HostImage::Frame& frame);
 };
 

@@ -16,10 +16,10 @@ namespace Host {
 /// How the files of a clip are opened: what they may claim to be, and whether they are trusted.
 struct DecodingOptions {
     HostImage::Limits limits;
-    /// Which files a process of its own decodes.
+    /// Which files are decoded in a separate process.
     enum class Sandbox {
         Auto, ///< those that are not decoded by OpenEXR, whose decoders may crash
-        On,   ///< all, and none where the system cannot forbid what decoding does not need
+        On,   ///< all; an error where the system cannot forbid what decoding does not need
         Off
     };
     Sandbox sandbox = Sandbox::Auto;

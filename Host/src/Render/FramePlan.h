@@ -9,27 +9,27 @@
 
 namespace Host {
 
-/// Of what shape a picture is, and how much of it was recorded.
+/// A picture's shape, and how much of it was recorded.
 struct PictureShape {
     PixelSize format;
     DD::Image::Box data;           ///< in the host's coordinates: the format's left bottom corner is the origin
     std::optional<float> overscan; ///< %, inside the format; without it the whole format was recorded
 
     DD::Image::Box formatBox() const;
-    /// What the picture shows at least: its format, black where it has no data, and its data.
+    /// The least that the picture shows: its format, black where it has no data, and its data.
     DD::Image::Box whole() const;
 };
 
-/// In which order the nodes correct a picture.
+/// The order in which the nodes correct a picture.
 enum class Steps { Distortion, Shading, ShadingThenDistortion, DistortionThenShading };
 
-/// How the nodes frame a picture, known beforehand from its shape and its lens data alone. One rule for all that asks:
+/// How the nodes frame a picture, known in advance from its shape and its lens data alone. One rule for every caller:
 ///
-/// - The nodes are shown a picture that fills its format at least, so that a picture with less in its data window is
+/// - The nodes are shown a picture that at least fills its format, so that a picture with less in its data window is
 ///   corrected as the whole one.
 /// - The nodes centre frames on the format in whole pixels, and the core refuses one whose height is off by 2 px or
 ///   more. The picture gets the smallest border of black with which none of its frames is refused.
-/// - A file keeps of the nodes' box what was in the picture's data window, and what that becomes.
+/// - Of the nodes' box, a file keeps what was in the picture's data window, and where that ends up.
 ///
 /// The numbers are the nodes' and the core's own arithmetic.
 struct FramePlan {
@@ -43,14 +43,14 @@ struct FramePlan {
     std::optional<Renderer::DistortionParameter> distortion;
     Steps steps = Steps::Distortion; ///< as wanted, but without distortion beside shading if the lens has none
 
-    /// Where a window of the picture comes to lie when all of it is kept: what lay in it before, and afterwards.
+    /// What a file keeps if all of a window of the picture is kept: where its content was, and where it ends up.
     DD::Image::Box keptOf(const DD::Image::Box& window, const PictureShape& shape) const;
 };
 
 /// Lets the core prepare the frame and plans it. The preparation's data source must answer frameData for a frame as
-/// large as the format, without overscan. A picture that no border helps is planned without one; the nodes tell of it.
+/// large as the format, without overscan. A picture that no border helps is planned without one; the nodes report it.
 ///
-/// Throws Exception with the core's texts, boost::math::rounding_error for sizes beyond every picture.
+/// Throws Exception with the core's texts, boost::math::rounding_error for sizes beyond any picture's.
 FramePlan planFrame(const PictureShape& shape, Steps steps, Core::FramePreparation& preparation);
 
 } // namespace Host

@@ -13,7 +13,8 @@
 
 namespace Host {
 
-/// The colour space of a clip's pixels: whether they are linear light, and the way to it and back where they are not.
+/// The colour space of a clip's pixels: whether they are linear light, and the conversion to it and back if they are
+/// not.
 ///
 /// Lenses act on light: shading is a factor on linear pixels alone. Immutable; any thread.
 class InputSpace {
@@ -37,7 +38,7 @@ public:
     float black(DD::Image::Channel channel) const;
 
     /// Why the picture should not be corrected like this: shading is wanted, nothing was said about the pixels' space,
-    /// and the picture says that they are not linear. Empty: nothing speaks against it.
+    /// and the picture says that they are not linear. Empty: there is no objection.
     static std::string objection(const RenderOptions& options, const HostImage::Frame& frame);
 
 private:

@@ -15,9 +15,9 @@ struct Frame;
 
 namespace Host {
 
-/// What is said by hand about a clip's lens data and frames; without it, all of it is found.
+/// Settings for a clip's lens data and frames; what is not set is worked out.
 struct LensDataOptions {
-    std::optional<std::string> correctionFile; ///< instead of the one that is found around the clip
+    std::optional<std::string> correctionFile; ///< instead of the one found near the clip
     std::optional<MillimetreSize> imageArea;   ///< both or neither of these two: a manual recording format
     std::optional<PixelSize> clipResolution;
     std::optional<float> overscan;   ///< percent, inside the format; without it the data window is the overscan
@@ -33,8 +33,8 @@ public:
     /// Declares the options; the reader outlives the parse.
     void declareOptions(CLI::App& app);
 
-    /// The options of the last parse. Throws Failure (WrongUse) with what does not go together, is not understood, or
-    /// is beyond the nodes' controls.
+    /// The options of the last parse. Throws Failure (WrongUse) for what cannot be combined, is not understood, or is
+    /// beyond the nodes' controls.
     LensDataOptions read() const;
 
 private:

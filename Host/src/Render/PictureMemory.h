@@ -9,16 +9,16 @@
 
 namespace Host {
 
-/// Gives those planes of a frame that have no memory for pixels that of another frame's planes in the same places. A
-/// picture so takes its memory back from encoding to decoding.
+/// Moves pixel memory from the planes of `from` to those planes of `to`, in the same places, that have none. So a
+/// picture's memory returns from encoding to decoding.
 void moveMemory(HostImage::Frame& from, HostImage::Frame& to);
 
-/// Memory for the picture that a part becomes, layer by layer as these are rendered. It is the part's own where nothing
-/// more is rendered from that, so that a frame's layers are not all there twice.
+/// Memory for the picture that a part becomes, layer by layer as these are rendered. It reuses the part's own once
+/// nothing more is rendered from it, so that a frame's layers do not all exist twice.
 class PictureMemory {
 public:
     /// `output` has the part's channels, or those of a map, and is laid out. `isBlack`: whether planes begin black,
-    /// since not every pixel will be rendered; black is what `space` has for it. All of them must live as long.
+    /// since not every pixel will be rendered; black is what `space` has for it. All of them must outlive this.
     PictureMemory(HostImage::Part& input, HostImage::Part& output, bool isBlack, const InputSpace& space);
 
     /// Gives memory to those of the output's planes that the host's plane is to be stored to (storePlane) and that have

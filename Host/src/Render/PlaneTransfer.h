@@ -10,8 +10,8 @@
 namespace Host {
 
 /// A window of a picture file (corners inclusive, y downwards) as a box of the host: the display window's bottom left
-/// corner is its origin, right and top are exclusive, y upwards. Throws std::runtime_error for windows that lie
-/// further than 2^24 px away from the display window, where single precision no longer tells pixels apart.
+/// corner is its origin, right and top are exclusive, y upwards. Throws std::runtime_error for windows that are
+/// further than 2^24 px from the display window, where single precision no longer tells pixels apart.
 DD::Image::Box hostBox(const HostImage::Window& window, const HostImage::Window& displayWindow);
 
 /// The reverse.
@@ -30,8 +30,8 @@ enum class PlaneShare { None, Some, Whole };
 std::vector<PlaneShare> planeShares(const DD::Image::ImagePlane& plane, const HostImage::Part& part,
                                     const std::vector<DD::Image::Channel>& channels);
 
-/// Copies the plane's pixels into the part, likewise; what the plane does not have stays. Those of the part's planes
-/// that the plane has a share in must have memory.
+/// Copies the plane's pixels into the part, likewise; channels that the plane does not have are unchanged. The part's
+/// planes that receive pixels must have memory.
 void storePlane(const DD::Image::ImagePlane& plane, HostImage::Part& part,
                 const std::vector<DD::Image::Channel>& channels, unsigned int threads);
 

@@ -392,7 +392,7 @@ void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads)
         HostImage::Part& output = slot.output.parts[part];
         const FramePlan plan = chain.validate();
         layOut(slot.input.parts[part], fileBox(plan, chain.shape()), part, output);
-        // What no pixel is rendered for is black.
+        // Outside the rendered box is black.
         const bool isBlack = !plan.box.contains(hostBox(output.dataWindow, output.displayWindow));
         PictureMemory memory(slot.input.parts[part], output, isBlack, m_inputSpace);
         chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {

@@ -28,14 +28,14 @@ namespace Host {
 ///
 /// Frames travel in slots, which keep their memory from one frame to the next; there are as many as the memory limit
 /// allows, so a stage that is ahead waits for a slot. The nodes run on one thread, since the OpenCL device already uses
-/// every core. A frame that fails is reported and its slot goes on with another frame.
+/// every core. A frame that fails is reported and its slot continues with another frame.
 class RenderJob {
 public:
-    /// Looks the clips up and lays the frames out. Throws Failure, HostImage::ImageError.
+    /// Looks up the clips and lays out the frames. Throws Failure, HostImage::ImageError.
     explicit RenderJob(const RenderOptions& options);
     ~RenderJob();
 
-    /// Does the job and answers the program's exit status; reports to the error stream (JSON progress to the standard
+    /// Runs the job and returns the program's exit status; reports to the error stream (JSON progress to the standard
     /// output). Throws Failure for what concerns every frame, before any is rendered.
     ExitCode run();
 
@@ -80,7 +80,7 @@ private:
     std::vector<FrameJob> m_jobs;
     FinishedFrames m_finished;
     InputSpace m_inputSpace;
-    std::string m_correctionFile;                          ///< the one found around the clip or given; empty: none
+    std::string m_correctionFile;                          ///< the one found near the clip or given; empty: none
     std::map<std::size_t, DD::Image::Box> m_constantBoxes; ///< by part, when all frames of the clip share one
     std::atomic<bool> m_isStopped{false};
     std::atomic<bool> m_hasOutputFailed{false};

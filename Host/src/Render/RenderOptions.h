@@ -27,7 +27,7 @@ struct RenderOptions : LensDataOptions {
     };
     enum class BoxSize {
         Frame,   ///< every frame has the data window that it needs
-        Constant ///< all frames have one, in which the picture of every frame of the clip has room
+        Constant ///< all frames have one, which holds the picture of every frame of the clip
     };
     enum class PixelType { Half, Float };
 
@@ -54,7 +54,7 @@ struct RenderOptions : LensDataOptions {
 
     bool skipExisting = false; ///< leave frames that are finished and made from the same inputs
     bool overwrite = false;    ///< replace existing files; with neither of the two, existing files end the job
-    bool stopOnError = false;  ///< end at the first failed frame; else go on with the others
+    bool stopOnError = false;  ///< end at the first failed frame; otherwise continue with the others
     bool strict = false;       ///< gaps, and changes of size or channels, in a sequence end the job before it begins
     bool force = false;        ///< correct although the clip carries the mark of a correction
 
@@ -79,7 +79,7 @@ public:
     /// Declares the options; the reader outlives the parse.
     void declareOptions(CLI::App& app);
 
-    /// The options of the last parse. Throws Failure (WrongUse) with what does not go together or is not understood.
+    /// The options of the last parse. Throws Failure (WrongUse) for what cannot be combined or is not understood.
     RenderOptions read() const;
 
 private:

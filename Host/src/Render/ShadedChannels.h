@@ -15,7 +15,7 @@ public:
 
     explicit ShadedChannels(DD::Image::Node* node);
 
-    /// Channels in neither set come along with their layer; so does alpha, which a shading node leaves as it is.
+    /// Channels in neither set come along with their layer; so does alpha, which a shading node leaves unchanged.
     void setChannels(const DD::Image::ChannelSet& shaded, const DD::Image::ChannelSet& unshaded);
 
     const char* Class() const override;

@@ -21,8 +21,8 @@ namespace Host {
 /// channels that have none. Alpha is never shaded.
 ///
 /// By patterns, separated by commas: the last one that fits a channel's layer or its whole name decides; a "!" before
-/// it leaves the channel unshaded, and so does no pattern that fits. "*", "?" and "[abc]" are what they are to a shell;
-/// case counts. Examples: "rgba,light_*" and "*,!N".
+/// it leaves the channel unshaded, and a channel that no pattern fits is unshaded too. "*", "?" and "[abc]" work as in
+/// a shell; case counts. Examples: "rgba,light_*" and "*,!N".
 ///
 /// A value type.
 class ShadingLayers {
@@ -42,8 +42,8 @@ public:
     /// For each of the part's channels, in their order.
     std::vector<bool> shadedChannels(const HostImage::Frame& frame, std::size_t part) const;
 
-    /// What a shading correction leaves as it is, for people: names of layers of which nothing is shaded, and of single
-    /// channels. Without alpha, except where a picture has nothing else.
+    /// What a shading correction leaves unchanged, for people: names of layers of which nothing is shaded, and of
+    /// single channels. Without alpha, except where a picture has nothing else.
     std::vector<std::string> unshaded(const HostImage::Frame& frame, std::size_t part) const;
 
 private:

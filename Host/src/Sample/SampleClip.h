@@ -14,7 +14,7 @@ namespace Host {
 struct SampleErrorBound {
     double displacement = 0.0;  ///< px by which the correction's fitted curves and rounded frame size move the picture
     double interpolation = 0.0; ///< error of interpolating between the plate's pixels
-    double movement = 0.0;      ///< what the displacement makes of the picture's steepest place
+    double movement = 0.0;      ///< effect of the displacement where the picture is steepest
     double shading = 0.0;       ///< error of the fitted brightness curve
     double rounding = 0.0;      ///< plate, reference and result are stored as half floats
     double total = 0.0;         ///< sum of the last four
@@ -50,7 +50,7 @@ public:
     /// The same as the word that picture files hold: binary-coded digits, no flags.
     std::uint32_t timecodeWord(std::int32_t index) const;
 
-    /// For the least favourable frame. Derived in the README that the sample command writes.
+    /// For the worst frame. Derived in the README that the sample command writes.
     SampleErrorBound errorBound() const;
 
     /// Half the diagonal of the image area, mm; always the same, so that every size has the same distortion.

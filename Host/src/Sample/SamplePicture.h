@@ -6,7 +6,7 @@
 namespace Host {
 
 /// The scene of the sample clip, as an ideal lens would show it: a gradient, a grid of straight lines, a family of
-/// slanted ones, and a fine texture that moves from frame to frame. It fills the plane without an end.
+/// slanted ones, and a fine texture that moves from frame to frame. It extends over the whole plane.
 ///
 /// Everything is a smooth function of the place with known limits on its derivatives, so one evaluation at a pixel's
 /// centre is exact without any aliasing, and the error of interpolating between pixels can be stated.

@@ -6,7 +6,7 @@
 
 namespace CorrectionData {
 
-/// No polynomial could be laid through the points. Spelled so on purpose: callers match on this name.
+/// No polynomial passes through the points. The spelling is intentional: callers match this name.
 class CoefficentCalculationFailedException : public Exception {
 public:
     CoefficentCalculationFailedException(const std::vector<float>& xVector, const std::vector<float>& yVector);

@@ -14,7 +14,7 @@ namespace CorrectionData {
 /// The correction data of one clip, fetched when first asked for. Made from the clip's path, from the clip's name and
 /// its correction file's path, or from the JSON text that a frame carries.
 ///
-/// Content of a file belongs to the data source and is held weakly: when the data source drops it, the next question
+/// Content of a file belongs to the data source and is held weakly: when the data source drops it, the next request
 /// fetches it again. A JSON text is parsed once and kept; it answers every frame number and timecode.
 /// Threads: a JSON container may be used by several; the others by one at a time, since data sources have no lock.
 class ManagedContainer : public Container {
@@ -26,24 +26,25 @@ public:
     explicit ManagedContainer(const std::string& frameMetadataJSONString);
     ~ManagedContainer() override;
 
-    /// Throws DataNotAvailableException, its reason the brief text of what went wrong below. Failures of other kinds
-    /// (a value in the file that is no number, a file system error) pass through.
+    /// Throws DataNotAvailableException with the brief text of the underlying failure as its reason. Failures of other
+    /// kinds
+    /// (a value in the file that is not a number, a file system error) pass through.
     void headerData(Header& header) override;
 
     /// The record of the greatest stored frame number that is not above the requested one: of the frames 10, 20 and 30,
     /// 25 gets 20's and 35 gets 30's. Throws as headerData does, and for a number before the first stored one.
     void frameData(unsigned int frameNumber, Frame& frame) override;
 
-    /// The record of the frame that lies as far behind the first stored frame as the timecode lies behind that frame's,
-    /// looked up by the number operation. Throws as that does, for a timecode before the first frame's likewise, and
-    /// Timecode::InvalidTimecodeException if the first stored frame's timecode is none.
+    /// The record of the frame that is as many frames after the first stored one as the timecode is after that frame's,
+    /// looked up by number. Throws as that does, likewise for a timecode before the first frame's, and
+    /// Timecode::InvalidTimecodeException if the first stored frame's timecode is invalid.
     void frameData(Timecode::Timecode timecode, Frame& frame) override;
 
-    /// The content of the clip's file, from the data source unless it still lives. The data source's failures pass, and
-    /// `content` is untouched then. A programming error in a container that was made from a JSON text.
+    /// The content of the clip's file, from the data source unless it still lives. The data source's failures pass
+    /// through and leave `content` untouched. A programming error for a container made from a JSON text.
     void sharedContent(std::shared_ptr<Content>& content);
 
-    /// Throws the DataNotAvailableException of this clip for its header, or for a frame. An empty reason is none.
+    /// Throws the DataNotAvailableException of this clip for its header, or for a frame. An empty reason means none.
     [[noreturn]] void throwException(const std::string& reason) const;
     [[noreturn]] void throwException(const std::string& reason, unsigned int frameNumber) const;
     [[noreturn]] void throwException(const std::string& reason, const Timecode::Timecode& timecode) const;
@@ -58,7 +59,7 @@ private:
     const std::shared_ptr<ManagedContainerDataSource> m_dataSource;
     std::weak_ptr<Content> m_content;
     std::mutex m_jsonMutex;                             ///< guards that the text is parsed once
-    std::optional<std::pair<Header, Frame>> m_jsonData; ///< empty until it was parsed, the same ever after
+    std::optional<std::pair<Header, Frame>> m_jsonData; ///< empty until parsed, then never changed
 };
 
 } // namespace CorrectionData

@@ -8,7 +8,7 @@
 namespace CorrectionData {
 
 /// Where managed containers get the parsed content of a correction file from. It is shared by all of a clip's
-/// containers, so nobody changes it.
+/// containers, so it must not be changed.
 class ManagedContainerDataSource {
 public:
     virtual ~ManagedContainerDataSource();
@@ -16,7 +16,7 @@ public:
     /// The content of the correction file that belongs to the clip of this path. `content` is set on success only.
     virtual void shareContent(const std::string& clipFilePath, std::shared_ptr<Content>& content) = 0;
 
-    /// The content of this correction file, which has to belong to the clip of this name.
+    /// The content of this correction file, which must belong to the clip of this name.
     virtual void shareContent(const std::string& clipFileName, const std::string& correctionFilePath,
                               std::shared_ptr<Content>& content) = 0;
 };

@@ -13,14 +13,14 @@ namespace CorrectionData {
 /// The shared owner of parsed correction files: each is read once and then shared by all containers of its clip.
 ///
 /// Failures of its data source pass through unchanged, and nothing is cached for them.
-/// Threads: one at a time; the callers serialise.
+/// Threads: one at a time; callers must serialise.
 class ContainerManager : public ManagedContainerDataSource {
 public:
     /// Keeps the content of at most `capacity` insertions (0: all). The data source must not be empty.
     ContainerManager(std::unique_ptr<ContainerManagerDataSource> dataSource, std::uint32_t capacity);
     ~ContainerManager() override;
 
-    /// No check is made that the file found near the clip names the clip.
+    /// Does not check that the file found near the clip names the clip.
     void shareContent(const std::string& clipFilePath, std::shared_ptr<Content>& content) override;
 
     /// Throws FileMismatchException unless the clip's name is the file's `videoFileName` or `clipName`, exactly.

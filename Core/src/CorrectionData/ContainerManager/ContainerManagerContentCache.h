@@ -13,13 +13,13 @@ namespace CorrectionData {
 /// Keeps the parsed content of correction files, found by the file's path or by a clip's path.
 ///
 /// At most `capacity` insertions are kept, first in first out; 0 means all. Look-ups do not refresh an entry.
-/// Insertions are counted, not files: a file that was cached twice goes as a whole when its older insertion comes due.
-/// Dropping content releases the cache's reference only. Threads: one at a time.
+/// Insertions are counted, not files: a file that was cached twice is dropped as a whole when its older insertion
+/// expires. Dropping content releases the cache's reference only. Threads: one at a time.
 class ContainerManagerContentCache {
 public:
     explicit ContainerManagerContentCache(std::uint32_t capacity);
 
-    /// Both leave the cache as it is when memory runs out.
+    /// Both leave the cache unchanged when memory runs out.
     void cacheContent(const std::string& correctionFilePath, std::shared_ptr<Content> content);
     void cacheContent(const std::string& clipFilePath, const std::string& correctionFilePath,
                       std::shared_ptr<Content> content);
@@ -42,7 +42,7 @@ private:
     std::uint32_t m_capacity;
     std::map<std::string, std::shared_ptr<Content>> m_contentByCorrectionFilePath;
     std::map<std::string, std::string> m_correctionFilePathByClipFilePath;
-    std::deque<std::string> m_insertions; ///< correction file paths, oldest first; one may stand here twice
+    std::deque<std::string> m_insertions; ///< correction file paths, oldest first; one may appear twice
 };
 
 } // namespace CorrectionData

@@ -9,7 +9,7 @@ namespace CorrectionData {
 
 /// Loads content from correction files on disk.
 ///
-/// Throws what the finder, the reader and the parser throw; a value in a file that is no number at all raises
+/// Throws what the finder, the reader and the parser throw; a value in a file that is not a number raises
 /// boost::bad_lexical_cast, an unreadable folder boost::filesystem::filesystem_error.
 class CorrectionFileBasedContainerManagerDataSource : public ContainerManagerDataSource {
 public:

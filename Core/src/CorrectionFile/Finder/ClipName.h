@@ -4,7 +4,7 @@
 
 namespace CorrectionFile {
 
-/// A clip's name, as correction files carry it. Any thread may use it.
+/// A clip's name as correction files give it. Any thread may use it.
 class ClipName {
 public:
     explicit ClipName(const std::string& clipFilePath);
@@ -12,10 +12,10 @@ public:
     /// The clip's file name: what a header must give.
     const std::string& file() const { return m_file; }
 
-    /// That without its extension: what must be somewhere in a correction file's own name.
+    /// That without its extension: what a correction file's own name must contain.
     const std::string& stem() const { return m_stem; }
 
-    /// Whether the clip's correction file may have this name: *.olcf, in small letters, with the stem in it.
+    /// Whether the clip's correction file may have this name: *.olcf in lower case, containing the stem.
     bool isIn(const std::string& correctionFileName) const;
 
 private:

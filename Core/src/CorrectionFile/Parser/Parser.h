@@ -29,11 +29,11 @@ public:
     /// Parses header and body into a fresh content and assigns it.
     void parse(const std::string& text, CorrectionData::Content& content) const;
 
-    /// Parses the header alone; needs neither version line nor body. Of a key that occurs twice the first value counts.
-    /// A number or flag that does not convert becomes 0 or false, except tcFps; videoFileName must not be empty.
+    /// Parses the header alone; needs neither version line nor body. If a key occurs twice, its first value counts. A
+    /// number or flag that does not convert becomes 0 or false, except tcFps; videoFileName must not be empty.
     void parseHeader(const std::string& text, CorrectionData::Header& header) const;
 
-    /// Parses the body alone and puts its frames into the map; of equal frame numbers the later line counts.
+    /// Parses the body alone and puts its frames into the map; for equal frame numbers the later line counts.
     /// Heights and shading must be 0…100, distortion −100…100.
     void parseBody(const std::string& text, std::map<std::uint32_t, CorrectionData::Frame>& frames) const;
 };

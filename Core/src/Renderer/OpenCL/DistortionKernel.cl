@@ -8,9 +8,9 @@
 // - groups beyond the picture leave at once, before any other work, and are spread among the others;
 // - all positions of a group come first, and of each the pixel to begin with and the weights (plain arithmetic, no
 //   branch); all reads of pixels come after a barrier;
-// - floats cross the barrier in local memory, for a float merely kept would be computed again behind it; whether a
-//   group fits there is asked of the whole group, so that a compiler that knows the group's size drops the question.
-//   The pixel's number is merely kept: a third array would be more local memory than some processors' drivers have;
+// - floats cross the barrier in local memory, since a float kept in a register would be recomputed after it; whether a
+//   group fits there is decided for the whole group, so that a compiler that knows the group's size drops the test.
+//   The pixel's number stays in a register: a third array would need more local memory than some CPU drivers have;
 // - no item returns after the group's common exit: some runtimes corrupt memory when items leave beside a barrier.
 // Powers are written as products, in the order of summation that the results are defined by.
 

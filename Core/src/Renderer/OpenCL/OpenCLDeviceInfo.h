@@ -8,7 +8,7 @@
 
 namespace Renderer {
 
-/// What is known about one OpenCL device when a device is chosen. Name and vendor take no part in the choice.
+/// What is known about one OpenCL device when a device is chosen. Name and vendor do not affect the choice.
 struct OpenCLDeviceInfo {
     cl_device_id id = nullptr;
     std::string name;

@@ -9,10 +9,10 @@
 
 namespace Renderer {
 
-/// Asks the OpenCL runtime what there is, and picks the device that renders.
+/// Queries the OpenCL runtime, and picks the device that renders.
 ///
-/// Stateless: every call asks afresh. Every failure is an Exception of one sentence with the OpenCL status, for example
-/// "Failed to query number of all available platforms! (-1001)".
+/// Stateless: every call queries afresh. Every failure is an Exception of one sentence with the OpenCL status, for
+/// example "Failed to query number of all available platforms! (-1001)".
 class OpenCLKernelHelper {
 public:
     /// All platforms in the runtime's order; none is no error.

@@ -7,8 +7,8 @@
 // only if it is free of branches, library calls, integer divisions and vector types:
 // - groups beyond the picture leave at once, before any other work, and are spread among the others;
 // - all factors of a group come first (plain float arithmetic, no branch), all pixels after a barrier;
-// - the factors cross the barrier in local memory, for a value merely kept would be computed again behind it; whether a
-//   group fits there is asked of the whole group, so that a compiler that knows the group's size drops the question;
+// - the factors cross the barrier in local memory, since a value kept in a register would be recomputed after it;
+//   whether a group fits there is decided for the whole group, so that a compiler that knows its size drops the test;
 // - no item returns after the group's common exit: some runtimes corrupt memory when items leave beside a barrier.
 // Powers of the distance are written as products, in the order of summation that the results are defined by.
 

@@ -6,12 +6,11 @@
 
 namespace HostImage {
 
-/// A colour space of an OpenColorIO configuration, and the way from it to the configuration's scene-linear space and
-/// back.
+/// A colour space of an OpenColorIO configuration, converted to the configuration's scene-linear space and back.
 ///
-/// Both ways together restore every value from 0 to 1: openColourSpace refuses spaces for which they do not. With the
+/// The round trip restores every value from 0 to 1: openColourSpace refuses spaces for which it does not. With the
 /// built-in configuration the error is below 3e-7, so that a picture of up to 16 bit comes back with equal samples.
-/// Values are converted as they stand, whatever a pixel's alpha is. Any number of threads may convert at once.
+/// Values are converted as they are, whatever a pixel's alpha is. Any number of threads may convert at once.
 class ColourSpace {
 public:
     ColourSpace() = default;
@@ -19,7 +18,7 @@ public:
     ColourSpace& operator=(const ColourSpace&) = delete;
     virtual ~ColourSpace() = default;
 
-    /// Converts so many pixels, R, G, B, R, G, B ..., in place.
+    /// Converts `count` pixels, R, G, B, R, G, B ..., in place.
     virtual void toSceneLinear(float* pixels, std::size_t count) const = 0;
     virtual void fromSceneLinear(float* pixels, std::size_t count) const = 0;
 };

@@ -610,7 +610,7 @@ void writeExr(const std::string& path, const Frame& frame, const WriteOptions& o
             }
             if (status == EXR_ERR_SUCCESS && !isOwn) status = pipeline.encode(info, part, source);
             if (status != EXR_ERR_SUCCESS) throw notCompressed(block, context.errorText(status));
-            // Whoever has made the next block writes it and all that wait behind it; others go on meanwhile.
+            // Whoever has made the next block writes it and all that wait for it; others continue meanwhile.
             std::vector<std::pair<std::uint64_t, PixelBuffer>> writes;
             {
                 const std::lock_guard<std::mutex> lock(fileMutex);

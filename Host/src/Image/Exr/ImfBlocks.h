@@ -10,8 +10,8 @@
 
 namespace HostImage {
 
-/// Decodes blocks with OpenEXR's C++ library, for the methods that its C library has not (DWAA, DWAB) or decodes at
-/// half the speed (PIZ). One per thread; starts no threads.
+/// Decodes blocks with OpenEXR's C++ library, for the methods that its C library lacks (DWAA, DWAB) or decodes at half
+/// the speed (PIZ). One per thread; starts no threads.
 class ImfBlockReader {
 public:
     /// Throws std::exception (of the library's own kind) as all members do.
@@ -40,8 +40,8 @@ struct CompressedBlocks {
 };
 
 /// Compresses a window of a part's pixels with OpenEXR's C++ library: one tile, or lines of full width, of which the
-/// first begins a block; the more blocks at once, the less the library spends on getting ready. `compressed` is
-/// replaced; its memory is used again. Throws std::exception.
+/// first begins a block; the more blocks at once, the less often the library repeats its setup. `compressed` is
+/// replaced; its memory is reused. Throws std::exception.
 void compressWithImf(const Part& part, const Window& window, const std::string& compression, float dwaLevel,
                      CompressedBlocks& compressed);
 

@@ -9,9 +9,9 @@
 
 namespace HostImage {
 
-/// One frame to be decoded by a process of its own: what SandboxedReader asks this program for.
+/// One frame to be decoded in a separate process: what SandboxedReader asks this program for.
 ///
-/// The other process is this program with a hidden first argument. It gives up all that decoding does not need
+/// The other process is this program with a hidden first argument. It gives up every right that decoding does not need
 /// (SystemCallFilter, limits of memory, processor time and file size), decodes, writes to its standard output, and
 /// ends:
 ///
@@ -40,12 +40,12 @@ struct DecoderProcess {
 
     /// Whether a command line is such a one.
     static bool isMeant(int argumentCount, const char* const* arguments);
-    /// What the process does. Call it before anything else in main: returns never.
+    /// What the process does. Call it before anything else in main; it never returns.
     [[noreturn]] static void run(int argumentCount, const char* const* arguments, Start start = Start::Own);
 };
 
-/// Where each plane of all parts begins in the shared memory, in the order of parts and planes, and at last how many
-/// bytes there are in all.
+/// Where each plane of all parts begins in the shared memory, in the order of parts and planes, followed by the total
+/// number of bytes.
 std::vector<std::uint64_t> sharedOffsets(const Frame& frame);
 
 } // namespace HostImage

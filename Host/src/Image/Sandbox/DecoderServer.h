@@ -8,11 +8,11 @@
 
 namespace HostImage {
 
-/// Starts decoder processes quickly. It is this program once more, which loads the libraries that decode and opens no
-/// file: each decoder is a copy of it at that point (some milliseconds) instead of a program that starts from nothing
-/// (some tenths of a second). A decoder serves one frame, as one that is started on its own does.
+/// Starts decoder processes quickly. It is this program in another process, which loads the decoding libraries and
+/// opens no file: each decoder is a fork of it at that point (a few milliseconds) instead of a program started from
+/// scratch (a few tenths of a second). A decoder serves one frame, like one that is started on its own.
 ///
-/// The server is started with the first decoder, again if something ends it, and goes when this process goes, with
+/// The server starts with the first decoder, is restarted if something ends it, and ends with this process, as does
 /// every decoder that is left. Any thread.
 class DecoderServer {
 public:
@@ -25,7 +25,7 @@ public:
 
     /// Whether a command line is the server's.
     static bool isMeant(int argumentCount, const char* const* arguments);
-    /// What the server does. Call it before anything else in main: returns never.
+    /// What the server does. Call it before anything else in main; it never returns.
     [[noreturn]] static void run();
 
 private:

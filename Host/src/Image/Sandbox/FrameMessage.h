@@ -16,17 +16,17 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// A frame without its pixels, and how many frames its file has, as bytes: how a process that decodes hands them over.
-/// The reading side trusts nothing: it checks every count against the bytes that are there and every size against the
-/// limits before it takes memory, and lays the planes out itself.
+/// A frame without its pixels, and how many frames its file has, as bytes: how a decoder process hands them over. The
+/// reading side trusts nothing: it checks every count against the bytes that are there and every size against the
+/// limits before it allocates memory, and lays the planes out itself.
 struct FrameMessage {
-    /// No frame's description is longer; the reading side refuses more.
+    /// The longest description of a frame; the reading side refuses longer ones.
     static constexpr std::uint64_t maxBytes = std::uint64_t{64} << 20;
     /// A movie of 115 hours with 24 frames a second.
     static constexpr std::int64_t maxFrameCount = 10'000'000;
 
     std::int64_t frameCount = 1;
-    Frame frame; ///< planes without memory once it was read
+    Frame frame; ///< its planes have no memory after reading
 
     std::string bytes() const;
     /// Throws FrameMessageError.

@@ -8,11 +8,11 @@
 
 namespace HostImage {
 
-/// Reads a file that is not trusted. Every call has the file decoded by a process of its own (DecoderProcess), which
-/// may use no more than the limits, write no file, start no program and open no connection; whatever happens to that
-/// process, this one goes on. What comes back is checked as if the other process were hostile.
+/// Reads a file that is not trusted. Every call has the file decoded in a separate process (DecoderProcess), which may
+/// use no more than the limits, write no file, start no program and open no connection; whatever happens to that
+/// process, this one continues. What comes back is checked as if the other process were hostile.
 ///
-/// Processes are copies of a DecoderServer; where that fails, and with another program, each starts from nothing.
+/// Processes are copies of a DecoderServer; where that fails, and with another program, each starts from scratch.
 /// Pixels come through shared memory and are copied once.
 class SandboxedReader : public FrameReader {
 public:
@@ -23,8 +23,8 @@ public:
     /// Unlike other readers', reads the file and throws ImageError.
     std::int64_t frameCount() const override;
     Frame readHeader(std::int64_t index = 0) override;
-    /// Beside what other readers say, ImageError when the process was ended by a signal, took longer than it may, or
-    /// answered something that is no frame within the limits.
+    /// Besides other readers' errors, ImageError when the process was killed by a signal, exceeded its time limit, or
+    /// returned something that is not a frame within the limits.
     void readPixels(Frame& frame, unsigned threads = 1, std::int64_t index = 0) override;
 
 private:
