@@ -13,6 +13,7 @@
 #include "DDImage/MetaData.h"
 #include "Exception/Assert.h"
 #include "LensCorrection.h"
+#include "Text/lowerCase.h"
 
 namespace {
 
@@ -90,11 +91,8 @@ bool DataSourceHelper::readNodeAndClipFilePath(LensCorrection* op, DD::Image::Re
 bool DataSourceHelper::clipFileExtension(const boost::filesystem::path& path, std::string& extension) {
     std::string normalized = path.extension().string();
     normalized.erase(std::remove(normalized.begin(), normalized.end(), '.'), normalized.end());
-    for (char& character : normalized) {
-        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
-    }
     if (normalized.empty()) return false;
-    extension = normalized;
+    extension = Text::lowerCase(normalized);
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Console/PrintableText.h"
+#include "Text/lowerCase.h"
 
 namespace Host {
 
@@ -19,9 +20,8 @@ std::string_view trimmed(std::string_view text) {
 }
 
 bool equalsIgnoringCase(std::string_view lhs, std::string_view rhs) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
     return std::equal(lhs.begin(), lhs.end(), rhs.begin(), rhs.end(),
-                      [&](char left, char right) { return lower(left) == lower(right); });
+                      [&](char left, char right) { return Text::lowerCase(left) == Text::lowerCase(right); });
 }
 
 std::vector<std::string_view> split(std::string_view text, char separator) {

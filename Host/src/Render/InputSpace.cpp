@@ -8,6 +8,7 @@
 
 #include "Image/ParallelFor.h"
 #include "Render/ShadingLayers.h"
+#include "Text/lowerCase.h"
 
 namespace Host {
 namespace {
@@ -69,12 +70,6 @@ void convertRows(DD::Image::ImagePlane& plane, DD::Image::Box box, unsigned int 
     });
 }
 
-std::string lowerCase(std::string text) {
-    for (char& character : text)
-        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
-    return text;
-}
-
 bool containsOneOf(const std::string& text, std::initializer_list<const char*> words) {
     return std::any_of(words.begin(), words.end(),
                        [&](const char* word) { return text.find(word) != std::string::npos; });
@@ -83,7 +78,7 @@ bool containsOneOf(const std::string& text, std::initializer_list<const char*> w
 /// Whether a name as pictures carry it, of a colour space or a transfer function, is known to mean other than linear
 /// light. What is not known is taken as linear.
 bool isKnownNotLinear(const std::string& name) {
-    const std::string text = lowerCase(name);
+    const std::string text = Text::lowerCase(name);
     if (containsOneOf(text, {"lin"})) return false; // "Linear sRGB", "lin_rec709_scene"
     return containsOneOf(
         text, {"log",  "density", "cineon", "adx",    "srgb", "709", "601",  "274m",    "video",  "gamma",  "g18_",
@@ -94,7 +89,7 @@ bool isKnownNotLinear(const std::string& name) {
 std::string statementAgainstLinear(const HostImage::Part& part) {
     for (const HostImage::Attribute& attribute : part.attributes) {
         if (attribute.type != "string") continue;
-        const std::string name = lowerCase(attribute.name.substr(attribute.name.rfind(':') + 1));
+        const std::string name = Text::lowerCase(attribute.name.substr(attribute.name.rfind(':') + 1));
         // A movie's pixels are linear only if it says so.
         const bool isMovieTransfer = name == "color_transfer" && attribute.value != "linear";
         const bool isSpace = name == "colorspace" || name == "colorinteropid" || name == "transfer";

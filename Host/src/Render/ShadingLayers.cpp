@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "Console/Failure.h"
+#include "Text/lowerCase.h"
 
 namespace Host {
 namespace {
@@ -17,13 +18,6 @@ constexpr std::string_view mainLayer = "rgba";
 bool isUpper(char character) { return character >= 'A' && character <= 'Z'; }
 bool isLower(char character) { return character >= 'a' && character <= 'z'; }
 bool isDigit(char character) { return character >= '0' && character <= '9'; }
-
-std::string lowerCase(std::string_view text) {
-    std::string lower(text);
-    for (char& character : lower)
-        if (isUpper(character)) character = static_cast<char>(character - 'A' + 'a');
-    return lower;
-}
 
 template <std::size_t count>
 bool isOneOf(std::string_view text, const std::array<std::string_view, count>& list) {
@@ -45,7 +39,7 @@ std::vector<std::string> words(std::string_view name) {
     std::string word;
     const auto end = [&] {
         while (!word.empty() && isDigit(word.back())) word.pop_back();
-        if (!word.empty()) words.push_back(lowerCase(word));
+        if (!word.empty()) words.push_back(Text::lowerCase(word));
         word.clear();
     };
     for (std::size_t i = 0; i < name.size(); ++i) {
@@ -67,12 +61,12 @@ bool isDataWord(const std::string& word) {
 
 bool isAlpha(const HostImage::Channel& channel) {
     static constexpr std::array<std::string_view, 2> names = {"a", "alpha"};
-    return isOneOf(lowerCase(channel.baseName()), names);
+    return isOneOf(Text::lowerCase(channel.baseName()), names);
 }
 
 bool isColour(const HostImage::Part& part, const HostImage::Channel& channel) {
     static constexpr std::array<std::string_view, 6> names = {"r", "g", "b", "red", "green", "blue"};
-    if (isOneOf(lowerCase(channel.baseName()), names)) return true;
+    if (isOneOf(Text::lowerCase(channel.baseName()), names)) return true;
     return channel.name == "Y" && !part.findChannel("R");
 }
 
