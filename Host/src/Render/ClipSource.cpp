@@ -49,7 +49,8 @@ void ClipSource::fillPlane(double, DD::Image::ImagePlane& plane) {
     if (m_settings.isMap) return plane.clear();
     Host::fillPlane(plane, m_part, m_channels, m_settings.threads);
     if (m_settings.space)
-        m_settings.space->toSceneLinear(plane, hostBox(m_part.dataWindow, m_part.displayWindow), m_settings.threads);
+        m_settings.space->toSceneLinear(plane, hostBox(m_part.dataWindow, m_part.displayWindow), m_settings.threads,
+                                        m_settings.isDataPart);
 }
 
 } // namespace Host

@@ -29,6 +29,7 @@ public:
         /// The picture shows red, green, blue and alpha whatever it holds: a map depends on its size only.
         bool isMap = false;
         const InputSpace* space = nullptr; ///< of the picture's pixels, which are shown in linear light; none: they are
+        bool isDataPart = false;           ///< the main layer is not in that space (ShadingLayers::isDataPart)
         /// The picture's box, black where it has no pixels; without it the data window.
         std::optional<DD::Image::Box> box;
     };

@@ -119,7 +119,11 @@ void CorrectionChain::setControls(Op* node) {
 void CorrectionChain::setImage(std::optional<DD::Image::Box> box) {
     const auto source = std::make_shared<ClipSource>(
         *m_image.frame, m_part, *m_image.metadata, m_image.range,
-        ClipSource::Settings{.threads = m_threads, .isMap = m_options.renderMap, .space = m_space, .box = box});
+        ClipSource::Settings{.threads = m_threads,
+                             .isMap = m_options.renderMap,
+                             .space = m_space,
+                             .isDataPart = ShadingLayers::isDataPart(*m_image.frame, m_part),
+                             .box = box});
     m_channels = source->channels();
     m_imageRead->setSource(source);
     m_imageRead->setFilename(m_image.path);
@@ -199,7 +203,7 @@ void CorrectionChain::render(const Store& store) {
         fetch(plane);
         if (m_space && m_space->isConverting()) {
             plane.makeUnique();
-            m_space->fromSceneLinear(plane, m_threads);
+            m_space->fromSceneLinear(plane, m_threads, ShadingLayers::isDataPart(*m_image.frame, m_part));
         }
         store(plane, m_channels);
         plane = DD::Image::ImagePlane(); // one layer's floats at a time

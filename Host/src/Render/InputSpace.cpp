@@ -16,20 +16,22 @@ namespace {
 constexpr std::size_t colours = 3;
 
 /// 0, 1, 2 for a layer's red, green, blue, unless the layer holds data; -1 for any other channel.
-int colourOf(DD::Image::Channel channel) {
+int colourOf(DD::Image::Channel channel, bool isDataPart) {
     constexpr std::array<std::string_view, colours> names = {"red", "green", "blue"};
     const std::string_view name = DD::Image::getName(channel);
     const auto* const colour = std::find(names.begin(), names.end(), name.substr(name.rfind('.') + 1));
-    if (colour == names.end() || ShadingLayers::isDataLayer(DD::Image::getLayerName(channel))) return -1;
+    if (colour == names.end()) return -1;
+    const std::string layer = DD::Image::getLayerName(channel);
+    if (layer == "rgba" ? isDataPart : ShadingLayers::isDataLayer(layer)) return -1;
     return static_cast<int>(colour - names.begin());
 }
 
 /// Where a plane has red, green and blue; -1: it does not. All -1: it does not hold colour.
-std::array<int, colours> coloursOf(const DD::Image::ImagePlane& plane) {
+std::array<int, colours> coloursOf(const DD::Image::ImagePlane& plane, bool isDataPart) {
     std::array<int, colours> components{-1, -1, -1};
     const DD::Image::ChannelSet channels = plane.channels();
     for (DD::Image::Channel channel = channels.first(); channel; channel = channels.next(channel)) {
-        const int colour = colourOf(channel);
+        const int colour = colourOf(channel, isDataPart);
         if (colour >= 0) components[static_cast<std::size_t>(colour)] = plane.chanNo(channel);
     }
     return components;
@@ -38,8 +40,9 @@ std::array<int, colours> coloursOf(const DD::Image::ImagePlane& plane) {
 /// Calls convert(pixels, count) for each row of the plane within the box, as R, G, B, R, G, B ...; a colour that the
 /// plane does not have is that of another one, so that a grey picture is converted as grey.
 template <typename Convert>
-void convertRows(DD::Image::ImagePlane& plane, DD::Image::Box box, unsigned int threads, Convert convert) {
-    std::array<int, colours> components = coloursOf(plane);
+void convertRows(DD::Image::ImagePlane& plane, DD::Image::Box box, unsigned int threads, bool isDataPart,
+                 Convert convert) {
+    std::array<int, colours> components = coloursOf(plane, isDataPart);
     const int any = *std::max_element(components.begin(), components.end());
     if (any < 0 || !box.intersects(plane.bounds())) return;
     box.intersect(plane.bounds());
@@ -108,21 +111,21 @@ InputSpace::InputSpace(const RenderOptions& options) {
     m_space->fromSceneLinear(m_black.data(), 1);
 }
 
-void InputSpace::toSceneLinear(DD::Image::ImagePlane& plane, const DD::Image::Box& picture,
-                               unsigned int threads) const {
+void InputSpace::toSceneLinear(DD::Image::ImagePlane& plane, const DD::Image::Box& picture, unsigned int threads,
+                               bool isDataPart) const {
     if (!m_space) return;
-    convertRows(plane, picture, threads,
+    convertRows(plane, picture, threads, isDataPart,
                 [this](float* pixels, std::size_t count) { m_space->toSceneLinear(pixels, count); });
 }
 
-void InputSpace::fromSceneLinear(DD::Image::ImagePlane& plane, unsigned int threads) const {
+void InputSpace::fromSceneLinear(DD::Image::ImagePlane& plane, unsigned int threads, bool isDataPart) const {
     if (!m_space) return;
-    convertRows(plane, plane.bounds(), threads,
+    convertRows(plane, plane.bounds(), threads, isDataPart,
                 [this](float* pixels, std::size_t count) { m_space->fromSceneLinear(pixels, count); });
 }
 
-float InputSpace::black(DD::Image::Channel channel) const {
-    const int colour = colourOf(channel);
+float InputSpace::black(DD::Image::Channel channel, bool isDataPart) const {
+    const int colour = colourOf(channel, isDataPart);
     return colour < 0 ? 0.0f : m_black[static_cast<std::size_t>(colour)];
 }
 

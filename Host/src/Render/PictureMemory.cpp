@@ -23,8 +23,14 @@ void moveMemory(HostImage::Frame& from, HostImage::Frame& to) {
     }
 }
 
-PictureMemory::PictureMemory(HostImage::Part& input, HostImage::Part& output, bool isBlack, const InputSpace& space)
-    : m_input(input), m_output(output), m_isBlack(isBlack), m_space(space), m_hasMemory(output.planes.size()) {}
+PictureMemory::PictureMemory(HostImage::Part& input, HostImage::Part& output, bool isBlack, const InputSpace& space,
+                             bool isDataPart)
+    : m_input(input),
+      m_output(output),
+      m_isBlack(isBlack),
+      m_space(space),
+      m_isDataPart(isDataPart),
+      m_hasMemory(output.planes.size()) {}
 
 void PictureMemory::provideFor(const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
     const std::vector<PlaneShare> shares = planeShares(plane, m_output, channels);
@@ -47,7 +53,7 @@ void PictureMemory::blacken(std::size_t index, const std::vector<DD::Image::Chan
     std::vector<float> row(target.width * target.components);
     for (std::size_t channel = 0; channel < channels.size(); ++channel) {
         if (m_output.channels[channel].plane != index) continue;
-        const float black = m_space.black(channels[channel]);
+        const float black = m_space.black(channels[channel], m_isDataPart);
         for (std::size_t i = m_output.channels[channel].component; i < row.size(); i += target.components)
             row[i] = black;
     }

@@ -18,8 +18,10 @@ void moveMemory(HostImage::Frame& from, HostImage::Frame& to);
 class PictureMemory {
 public:
     /// `output` has the part's channels, or those of a map, and is laid out. `isBlack`: whether planes begin black,
-    /// since not every pixel will be rendered; black is what `space` has for it. All of them must outlive this.
-    PictureMemory(HostImage::Part& input, HostImage::Part& output, bool isBlack, const InputSpace& space);
+    /// since not every pixel will be rendered; black is what `space` has for it (`isDataPart`: as InputSpace has it).
+    /// The parts and the space must outlive this.
+    PictureMemory(HostImage::Part& input, HostImage::Part& output, bool isBlack, const InputSpace& space,
+                  bool isDataPart);
 
     /// Gives memory to those of the output's planes that the host's plane is to be stored to (storePlane) and that have
     /// none yet, at the cost of the input's pixels in the same channels. Throws std::bad_alloc.
@@ -32,6 +34,7 @@ private:
     HostImage::Part& m_output;
     bool m_isBlack;
     const InputSpace& m_space;
+    bool m_isDataPart;
     std::vector<bool> m_hasMemory; ///< of the output's planes
 };
 

@@ -394,7 +394,8 @@ void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads)
         layOut(slot.input.parts[part], fileBox(plan, chain.shape()), part, output);
         // Outside the rendered box is black.
         const bool isBlack = !plan.box.contains(hostBox(output.dataWindow, output.displayWindow));
-        PictureMemory memory(slot.input.parts[part], output, isBlack, m_inputSpace);
+        PictureMemory memory(slot.input.parts[part], output, isBlack, m_inputSpace,
+                             ShadingLayers::isDataPart(slot.input, part));
         chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
             memory.provideFor(plane, channels);
             storePlane(plane, output, channels, threads);

@@ -70,10 +70,15 @@ bool isColour(const HostImage::Part& part, const HostImage::Channel& channel) {
     return channel.name == "Y" && !part.findChannel("R");
 }
 
+/// The layer of a part's channels that have none, if the part's name is it; else empty.
+std::string layerOfPart(const HostImage::Frame& frame, const HostImage::Part& part) {
+    return frame.parts.size() > 1 ? part.name : std::string();
+}
+
 /// Empty for channels such as "Z" in a file of one part.
 std::string layerOf(const HostImage::Frame& frame, const HostImage::Part& part, const HostImage::Channel& channel) {
     if (!channel.layer().empty()) return std::string(channel.layer());
-    if (frame.parts.size() > 1 && !part.name.empty()) return part.name;
+    if (const std::string layer = layerOfPart(frame, part); !layer.empty()) return layer;
     return isColour(part, channel) || isAlpha(channel) ? std::string(mainLayer) : std::string();
 }
 
@@ -99,6 +104,10 @@ bool ShadingLayers::isDataLayer(const std::string& layer) {
     if (layer == "N" || layer == "P" || layer == "Z") return true;
     const std::vector<std::string> all = words(layer);
     return std::any_of(all.begin(), all.end(), isDataWord);
+}
+
+bool ShadingLayers::isDataPart(const HostImage::Frame& frame, std::size_t part) {
+    return isDataLayer(layerOfPart(frame, frame.parts.at(part)));
 }
 
 std::vector<bool> ShadingLayers::shadedChannels(const HostImage::Frame& frame, std::size_t part) const {

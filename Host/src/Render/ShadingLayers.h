@@ -39,6 +39,9 @@ public:
     /// Whether a layer's name says that it holds data; false for the main one ("rgba", or none).
     static bool isDataLayer(const std::string& layer);
 
+    /// Whether the part's channels without a layer are data: in a file of several parts, its name says so.
+    static bool isDataPart(const HostImage::Frame& frame, std::size_t part);
+
     /// For each of the part's channels, in their order.
     std::vector<bool> shadedChannels(const HostImage::Frame& frame, std::size_t part) const;
 

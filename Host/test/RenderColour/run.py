@@ -178,6 +178,17 @@ class Converted(Colour):
         got = exr.read(self.path("out/f.1001.exr"))[0]
         self.assertEqual(got.at("Z", 5, 5), -50)
 
+    def test_leaves_a_part_of_data_alone_whose_channels_are_named_as_colour(self):
+        # Of these, only colour would survive a conversion there and back: Cineon has no code for them.
+        data = (8, 4, WIDTH - 9, HEIGHT - 5)
+        self.write_plate(self.part("RGB", data=data, name="beauty"),
+                         self.part("RGB", data=data, name="normal", function=lambda x, y: -50))
+        result = self.render(*SHADING, "--input-space", "Cineon", "--window", "format")
+        self.expect(result, 0, "", "Not corrected for shading: normal (use --shading-layers to choose layers)\n")
+        beauty, normal = exr.read(self.path("out/f.1001.exr"))
+        self.assertAlmostEqual(beauty.at("G", 0, 0), 95 / 1023, delta=1e-6)
+        self.assertEqual([normal.at("G", 0, 0), normal.at("G", 20, 20)], [0, -50])
+
     def test_gives_frames_of_one_size_the_space_s_black_around(self):
         self.write_lens(2)
         with open(self.path("plate.olcf"), encoding="utf-8") as file:
