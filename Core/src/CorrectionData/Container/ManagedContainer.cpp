@@ -105,6 +105,8 @@ void ManagedContainer::sharedContent(std::shared_ptr<Content>& content) {
 }
 
 const std::pair<Header, Frame>& ManagedContainer::jsonData() {
+    // A once flag would do but for ThreadSanitizer, under which a flag whose function threw is never released: the next
+    // call waits for ever.
     const std::lock_guard<std::mutex> lock(m_jsonMutex);
     if (!m_jsonData) {
         std::pair<Header, Frame> data;
