@@ -482,6 +482,8 @@ ExitCode RenderJob::run() {
     Progress progress(mode, m_jobs.size(), Progress::standardOutput(mode));
     AtomicFile::removeAbandoned(m_options.output.folder());
     tellIrregularity(progress, missingFrames(m_clip, framesOf(m_jobs), m_options.frames.has_value()));
+    // Of a plate, only what the job needs counts: it may be longer than the clip.
+    if (m_plate) tellIrregularity(progress, missingFrames(*m_plate, framesOf(m_jobs), true));
     if (m_options.boxSize == RenderOptions::BoxSize::Constant && m_options.window == RenderOptions::Window::Box)
         findConstantBoxes();
     const std::vector<FrameJob> jobs = remainingJobs(progress);

@@ -40,6 +40,23 @@ class Sequence(render_test.RenderTest):
         self.expect_told('Frames are missing in the clip "plate.%04d.exr": 1002,1007.', "--frames", "1001-1003,1007",
                          status=1)
 
+    def test_with_gaps_in_its_plate_is_told(self):
+        self.write_plate(self.part("RGB"), frames=(1001, 1003, 1006, 1008))
+        self.write_plate(self.part("RGB"), frames=(1001, 1002, 1003, 1004), name="cg")
+        arguments = ("--distortion", "distort", "--plate", "plate.%04d.exr")
+        told = 'Frames are missing in the clip "plate.%04d.exr": 1002,1004.'
+        strict = self.render(*arguments, "--strict", clip="cg.%04d.exr", out="strict/f.%04d.exr")
+        self.expect(strict, 2, "", f"lenscorrect: {told}\n{REPAIR}")
+        result = self.render(*arguments, clip="cg.%04d.exr")
+        self.expect(result, 1, "")
+        self.assertEqual(result.stderr.splitlines()[0], "lenscorrect: " + told)
+        self.assertEqual(self.names(), ["f.1001.exr", "f.1003.exr"])
+
+    def test_whose_plate_has_all_frames_of_the_job_is_not_spoken_of(self):
+        self.write_plate(self.part("RGB"), frames=(1001, 1002, 1005))
+        self.write_plate(self.part("RGB"), frames=(1001, 1002), name="cg")
+        self.expect(self.render("--distortion", "distort", "--plate", "plate.%04d.exr", "--strict", clip="cg.%04d.exr"), 0, "", "")
+
     def test_whose_size_changes_is_told(self):
         self.write_plate(self.part("RGB"), frames=(1001, 1002))
         self.write_plate(self.part("RGB", display=(0, 0, 31, 17)), frames=(1003,))
