@@ -8,6 +8,7 @@
 #include "Map/MapPicture.h"
 #include "Render/PlaneTransfer.h"
 #include "Support/CorrectionFileText.h"
+#include "Support/FloatPicture.h"
 #include "Support/OpenCLDevice.h"
 #include "Support/TemporaryFolder.h"
 
@@ -31,28 +32,13 @@ struct Case {
     std::optional<float> inside = {}; ///< %, overscan inside the format
 };
 
-HostImage::Part pictureOf(const HostImage::Window& window, const HostImage::Window& format) {
-    HostImage::Part part;
-    part.dataWindow = window;
-    part.displayWindow = format;
-    for (const char* const name : {"A", "B", "G", "R"}) {
-        HostImage::Channel channel;
-        channel.name = name;
-        channel.type = HostImage::PixelType::Float;
-        part.channels.push_back(channel);
-    }
-    part.layOutPlanes();
-    part.allocatePixels();
-    return part;
-}
-
 const float* row(const HostImage::Part& part, std::int64_t y) {
     return reinterpret_cast<const float*>(part.planes[0].row(static_cast<std::size_t>(y - part.dataWindow.minY)));
 }
 
 /// Waves of 40 px: no channel changes by more than 0.08 from a pixel to the next.
 HostImage::Part waves(const HostImage::Window& window, const HostImage::Window& format) {
-    HostImage::Part part = pictureOf(window, format);
+    HostImage::Part part = floatPicture(window, format);
     for (std::int32_t y = window.minY; y <= window.maxY; ++y) {
         auto* pixel = reinterpret_cast<float*>(part.planes[0].row(static_cast<std::size_t>(y - window.minY)));
         for (std::int32_t x = window.minX; x <= window.maxX; ++x) {
@@ -68,7 +54,7 @@ HostImage::Part waves(const HostImage::Window& window, const HostImage::Window& 
 
 /// What another program makes of the picture with a map of the usual convention: bilinear, black outside.
 HostImage::Part warped(const HostImage::Part& source, const HostImage::Part& map) {
-    HostImage::Part result = pictureOf(map.dataWindow, map.displayWindow);
+    HostImage::Part result = floatPicture(map.dataWindow, map.displayWindow);
     const HostImage::Window& window = source.dataWindow;
     for (std::int32_t y = map.dataWindow.minY; y <= map.dataWindow.maxY; ++y) {
         const float* place = row(map, y);
@@ -146,7 +132,7 @@ protected:
         chain.setFrame(1, shown, 0, shown);
         const HostImage::Window window = Host::fileWindow(chain.validate().kept, m_picture.displayWindow);
         EXPECT_EQ(window, box);
-        HostImage::Part result = pictureOf(window, m_picture.displayWindow);
+        HostImage::Part result = floatPicture(window, m_picture.displayWindow);
         chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
             Host::storePlane(plane, result, channels, 1);
         });

@@ -3,6 +3,7 @@
 #include "Render/CorrectionChain.h"
 #include "Render/PlaneTransfer.h"
 #include "Render/Support/RandomPicture.h"
+#include "Support/FloatPicture.h"
 #include "Support/OpenCLDevice.h"
 
 using DD::Image::Box;
@@ -11,18 +12,9 @@ namespace {
 
 HostImage::Frame frameOf(const RandomPicture& picture) {
     HostImage::Frame frame;
-    HostImage::Part& part = frame.parts.emplace_back();
-    part.displayWindow = {0, 0, static_cast<std::int32_t>(picture.shape.format.width) - 1,
-                          static_cast<std::int32_t>(picture.shape.format.height) - 1};
-    part.dataWindow = Host::fileWindow(picture.shape.data, part.displayWindow);
-    for (const char* const name : {"A", "B", "G", "R"}) {
-        HostImage::Channel channel;
-        channel.name = name;
-        channel.type = HostImage::PixelType::Float;
-        part.channels.push_back(channel);
-    }
-    part.layOutPlanes();
-    part.allocatePixels();
+    const HostImage::Window format{0, 0, static_cast<std::int32_t>(picture.shape.format.width) - 1,
+                                   static_cast<std::int32_t>(picture.shape.format.height) - 1};
+    frame.parts.push_back(floatPicture(Host::fileWindow(picture.shape.data, format), format));
     return frame;
 }
 
