@@ -1,12 +1,12 @@
 #include "Commands/CommandLine.h"
-#include "Image/Sandbox/DecoderProcess.h"
-#include "Image/Sandbox/DecoderServer.h"
+#include "Image/Sandbox/CodecProcess.h"
+#include "Image/Sandbox/CodecServer.h"
 #include "Output/Interruption.h"
 
 int main(int argumentCount, char** arguments) {
-    if (HostImage::DecoderProcess::isMeant(argumentCount, arguments))
-        HostImage::DecoderProcess::run(argumentCount, arguments);
-    if (HostImage::DecoderServer::isMeant(argumentCount, arguments)) HostImage::DecoderServer::run();
+    if (HostImage::CodecProcess::isMeant(argumentCount, arguments))
+        HostImage::CodecProcess::run(argumentCount, arguments);
+    if (HostImage::CodecServer::isMeant(argumentCount, arguments)) HostImage::CodecServer::run();
     Host::Interruption::install();
     return static_cast<int>(Host::runCommandLine(argumentCount, arguments));
 }

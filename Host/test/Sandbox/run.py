@@ -58,7 +58,7 @@ class Sandbox(program.ProgramTest):
                     try:
                         with open(f"/proc/{process}/cmdline", "rb") as file:
                             line = file.read()
-                        if b"--start-decoders" not in line:
+                        if b"--start-codecs" not in line:
                             continue
                         # A decoder is a copy of its server, which opens no file.
                         files = [os.readlink(f"/proc/{process}/fd/{number}") for number in os.listdir(f"/proc/{process}/fd")]
@@ -138,7 +138,7 @@ class Sandbox(program.ProgramTest):
         for process in filter(str.isdigit, os.listdir("/proc")):
             try:
                 with open(f"/proc/{process}/cmdline", "rb") as file:
-                    if b"--start-decoders" in file.read():
+                    if b"--start-codecs" in file.read():
                         found.add(process)
             except OSError:
                 continue

@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "Image/ImageError.h"
-#include "Image/Sandbox/DecoderProcess.h"
-#include "Image/Sandbox/DecoderServer.h"
+#include "Image/Sandbox/CodecProcess.h"
+#include "Image/Sandbox/CodecServer.h"
 #include "Image/Sandbox/FrameMessage.h"
 
 namespace HostImage {
@@ -25,7 +25,7 @@ namespace HostImage {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Reply = DecoderProcess::Reply;
+using Reply = CodecProcess::Reply;
 
 constexpr std::size_t maxProblemBytes = 4096;
 constexpr const char* thisProgram = "/proc/self/exe";
@@ -70,13 +70,13 @@ private:
 /// The other process and the pipe out of it. Ends it when it goes.
 class Child {
 public:
-    Child(const DecoderProcess& order, const std::string& program, int pixels)
+    Child(const CodecProcess& order, const std::string& program, int pixels)
         : m_order(order), m_deadline(Clock::now() + std::chrono::seconds(order.sandbox.seconds)) {
         int ends[2];
         if (::pipe2(ends, O_CLOEXEC) != 0) failToStart(errno);
         m_output = ends[0];
         if (program == thisProgram) {
-            m_process = DecoderServer::instance().start(order, ends[1], pixels);
+            m_process = CodecServer::instance().start(order, ends[1], pixels);
             if (m_process > 0) {
                 ::close(ends[1]);
                 return;
@@ -87,8 +87,8 @@ public:
         posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_adddup2(&actions, pixels, DecoderProcess::pixelsDescriptor);
-        posix_spawn_file_actions_addclosefrom_np(&actions, DecoderProcess::pixelsDescriptor + 1);
+        posix_spawn_file_actions_adddup2(&actions, pixels, CodecProcess::pixelsDescriptor);
+        posix_spawn_file_actions_addclosefrom_np(&actions, CodecProcess::pixelsDescriptor + 1);
         std::vector<std::string> arguments = order.arguments();
         std::vector<char*> pointers;
         for (std::string& argument : arguments) pointers.push_back(argument.data());
@@ -178,7 +178,7 @@ private:
         }
     }
 
-    const DecoderProcess& m_order;
+    const CodecProcess& m_order;
     Clock::time_point m_deadline;
     pid_t m_process = -1;
     int m_output = -1;
@@ -194,7 +194,7 @@ std::string shownProblem(std::string text, const SandboxLimits& sandbox) {
     return text;
 }
 
-FrameMessage readMessage(Child& child, const DecoderProcess& order) {
+FrameMessage readMessage(Child& child, const CodecProcess& order) {
     std::uint64_t head[2] = {0, 0};
     child.read(head, sizeof head);
     const bool isFrame = head[0] == static_cast<std::uint64_t>(Reply::Frame);
@@ -221,7 +221,7 @@ SandboxedReader::SandboxedReader(const std::string& path, const Limits& limits, 
     : m_path(path), m_limits(limits), m_sandbox(sandbox), m_program(program) {}
 
 FrameMessage SandboxedReader::headerMessage(std::int64_t index) const {
-    const DecoderProcess order{m_path, m_limits, m_sandbox, false, 1, index};
+    const CodecProcess order{m_path, m_limits, m_sandbox, false, 1, index};
     Child child(order, m_program, STDERR_FILENO);
     return readMessage(child, order);
 }
@@ -231,7 +231,7 @@ std::int64_t SandboxedReader::frameCount() const { return headerMessage(0).frame
 Frame SandboxedReader::readHeader(std::int64_t index) { return headerMessage(index).frame; }
 
 void SandboxedReader::readPixels(Frame& frame, unsigned threads, std::int64_t index) {
-    const DecoderProcess order{m_path, m_limits, m_sandbox, true, std::max(threads, 1u), index};
+    const CodecProcess order{m_path, m_limits, m_sandbox, true, std::max(threads, 1u), index};
     try {
         const SharedPixels pixels;
         Child child(order, m_program, pixels.descriptor());

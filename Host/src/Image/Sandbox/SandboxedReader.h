@@ -8,15 +8,15 @@
 
 namespace HostImage {
 
-/// Reads a file that is not trusted. Every call has the file decoded in a separate process (DecoderProcess), which may
+/// Reads a file that is not trusted. Every call has the file decoded in a separate process (CodecProcess), which may
 /// use no more than the limits, write no file, start no program and open no connection; whatever happens to that
 /// process, this one continues. What comes back is checked as if the other process were hostile.
 ///
-/// Processes are copies of a DecoderServer; where that fails, and with another program, each starts from scratch.
+/// Processes are copies of a CodecServer; where that fails, and with another program, each starts from scratch.
 /// Pixels come through shared memory and are copied once.
 class SandboxedReader : public FrameReader {
 public:
-    /// Opens nothing yet. `program`: the program whose main function begins with DecoderProcess; else this very one.
+    /// Opens nothing yet. `program`: the program whose main function begins with CodecProcess; else this very one.
     SandboxedReader(const std::string& path, const Limits& limits, const SandboxLimits& sandbox,
                     const std::string& program = "/proc/self/exe");
 

@@ -19,7 +19,7 @@
 
 #include "Image/FrameWriter.h"
 #include "Image/ImageError.h"
-#include "Image/Sandbox/DecoderProcess.h"
+#include "Image/Sandbox/CodecProcess.h"
 #include "Image/Sandbox/FrameMessage.h"
 #include "Image/Support/NoiseFrame.h"
 #include "Image/Support/RawExr.h"
@@ -145,7 +145,7 @@ TEST_F(Sandbox, HandsTheLimitsOfDeclaredSizesOn) {
 TEST_F(Sandbox, TakesItsProcessTheRightsThatDecodingDoesNotNeed) {
     const std::string path = folder / "a.exr";
     writeFrame(path, noiseFrame({0, 0, 255, 255}, rgba()));
-    const DecoderProcess order{path, {}, {std::uint64_t{1} << 30, 60}, true, 2, 0};
+    const CodecProcess order{path, {}, {std::uint64_t{1} << 30, 60}, true, 2, 0};
     std::vector<std::string> texts = order.arguments();
     std::vector<char*> arguments;
     for (std::string& text : texts) arguments.push_back(text.data());
@@ -161,7 +161,7 @@ TEST_F(Sandbox, TakesItsProcessTheRightsThatDecodingDoesNotNeed) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, pixels, DecoderProcess::pixelsDescriptor);
+    posix_spawn_file_actions_adddup2(&actions, pixels, CodecProcess::pixelsDescriptor);
     pid_t process = 0;
     ASSERT_EQ(::posix_spawn(&process, ORVEX_PROGRAM, &actions, nullptr, arguments.data(), environ), 0);
     posix_spawn_file_actions_destroy(&actions);

@@ -1,4 +1,4 @@
-#include "Image/Sandbox/DecoderProcess.h"
+#include "Image/Sandbox/CodecProcess.h"
 
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -28,7 +28,7 @@ namespace HostImage {
 
 namespace {
 
-constexpr const char* marker = "--decode-one-frame-in-a-sandbox";
+constexpr const char* marker = "--code-one-frame-in-a-sandbox";
 constexpr int argumentCountMeant = 13;
 
 bool limit(__rlimit_resource_t resource, std::uint64_t value) {
@@ -36,12 +36,12 @@ bool limit(__rlimit_resource_t resource, std::uint64_t value) {
     return ::setrlimit(resource, &both) == 0;
 }
 
-bool giveUpRights(const DecoderProcess& order, DecoderProcess::Start start) {
+bool giveUpRights(const CodecProcess& order, CodecProcess::Start start) {
     // The one who asks decides when to stop; if it is gone, nobody wants the frame. A copy's parent is the thread that
     // has started the server: that thread may end long before the others, and the server ends its copies itself.
     ::signal(SIGINT, SIG_IGN);
     ::signal(SIGTERM, SIG_IGN);
-    if (start == DecoderProcess::Start::Own) ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (start == CodecProcess::Start::Own) ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     bool done = limit(RLIMIT_CPU, std::uint64_t{order.sandbox.seconds} * order.threads) && limit(RLIMIT_FSIZE, 0) &&
                 limit(RLIMIT_CORE, 0);
 #ifndef ORVEX_HAS_SANITIZER
@@ -61,18 +61,18 @@ void send(const void* bytes, std::size_t n) {
     }
 }
 
-void reply(DecoderProcess::Reply kind, const std::string& bytes) {
+void reply(CodecProcess::Reply kind, const std::string& bytes) {
     const std::uint64_t head[] = {static_cast<std::uint64_t>(kind), bytes.size()};
     send(head, sizeof head);
     send(bytes.data(), bytes.size());
 }
 
 /// Decodes straight into the shared memory: its planes lie there.
-void readSharedPixels(FrameReader& reader, const DecoderProcess& order, Frame& frame) {
+void readSharedPixels(FrameReader& reader, const CodecProcess& order, Frame& frame) {
     frame = reader.readHeader(order.index);
     const std::vector<std::uint64_t> offsets = sharedOffsets(frame);
     void* const memory = ::mmap(nullptr, offsets.back(), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE,
-                                DecoderProcess::pixelsDescriptor, 0);
+                                CodecProcess::pixelsDescriptor, 0);
     if (memory == MAP_FAILED) throw ImageError(order.path, "not enough memory for its pixels");
     const auto place = [memory, &offsets](std::size_t plane) {
         return static_cast<std::uint8_t*>(memory) + offsets[plane];
@@ -95,7 +95,7 @@ void readSharedPixels(FrameReader& reader, const DecoderProcess& order, Frame& f
         }
 }
 
-void decode(const DecoderProcess& order) {
+void decode(const CodecProcess& order) {
     const std::unique_ptr<FrameReader> reader = openReader(order.path, order.limits);
     FrameMessage message;
     message.frameCount = reader->frameCount();
@@ -103,7 +103,7 @@ void decode(const DecoderProcess& order) {
         readSharedPixels(*reader, order, message.frame);
     else
         message.frame = reader->readHeader(order.index);
-    reply(DecoderProcess::Reply::Frame, message.bytes());
+    reply(CodecProcess::Reply::Frame, message.bytes());
 }
 
 template <typename Number>
@@ -115,7 +115,7 @@ bool parse(const char* text, Number& number) {
 
 } // namespace
 
-std::vector<std::string> DecoderProcess::arguments() const {
+std::vector<std::string> CodecProcess::arguments() const {
     return {"lenscorrect",
             marker,
             withPixels ? "1" : "0",
@@ -131,12 +131,12 @@ std::vector<std::string> DecoderProcess::arguments() const {
             path};
 }
 
-bool DecoderProcess::isMeant(int argumentCount, const char* const* arguments) {
+bool CodecProcess::isMeant(int argumentCount, const char* const* arguments) {
     return argumentCount == argumentCountMeant && std::strcmp(arguments[1], marker) == 0;
 }
 
-void DecoderProcess::run(int argumentCount, const char* const* arguments, Start start) {
-    DecoderProcess order;
+void CodecProcess::run(int argumentCount, const char* const* arguments, Start start) {
+    CodecProcess order;
     unsigned withPixels = 0, isRequired = 0;
     if (!isMeant(argumentCount, arguments) || !parse(arguments[2], withPixels) || !parse(arguments[3], order.index) ||
         !parse(arguments[4], order.threads) || !parse(arguments[5], order.sandbox.memory) ||

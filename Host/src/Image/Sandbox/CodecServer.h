@@ -4,7 +4,7 @@
 
 #include <mutex>
 
-#include "Image/Sandbox/DecoderProcess.h"
+#include "Image/Sandbox/CodecProcess.h"
 
 namespace HostImage {
 
@@ -14,14 +14,14 @@ namespace HostImage {
 ///
 /// The server starts with the first decoder, is restarted if something ends it, and ends with this process, as does
 /// every decoder that is left. Any thread.
-class DecoderServer {
+class CodecServer {
 public:
     /// Made on first use and never destroyed.
-    static DecoderServer& instance();
+    static CodecServer& instance();
 
     /// Starts a process that decodes as ordered, and writes its answer to `answer` and its pixels to `pixels`. It is a
     /// child of this process, to be waited for. -1 if that fails.
-    pid_t start(const DecoderProcess& order, int answer, int pixels);
+    pid_t start(const CodecProcess& order, int answer, int pixels);
 
     /// Whether a command line is the server's.
     static bool isMeant(int argumentCount, const char* const* arguments);
@@ -29,7 +29,7 @@ public:
     [[noreturn]] static void run();
 
 private:
-    DecoderServer() = default;
+    CodecServer() = default;
     bool launch();
     void drop();
 

@@ -22,9 +22,9 @@ namespace HostImage {
 /// Numbers are in the machine's own order. Pixels are in the memory that both processes share, a file behind the
 /// descriptor `pixelsDescriptor`: plane after plane, each at the next multiple of 64 bytes, complete before the answer
 /// begins.
-struct DecoderProcess {
+struct CodecProcess {
     enum class Reply : std::uint64_t { Frame = 1, Problem = 2, Unsupported = 3 };
-    /// Started on its own, or as a copy by the DecoderServer.
+    /// Started on its own, or as a copy by the CodecServer.
     enum class Start { Own, Copied };
     static constexpr int pixelsDescriptor = 3;
 

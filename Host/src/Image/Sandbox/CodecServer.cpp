@@ -1,4 +1,4 @@
-#include "Image/Sandbox/DecoderServer.h"
+#include "Image/Sandbox/CodecServer.h"
 
 #include <fcntl.h>
 #include <sched.h>
@@ -21,7 +21,7 @@ namespace HostImage {
 
 namespace {
 
-constexpr const char* marker = "--start-decoders-of-single-frames";
+constexpr const char* marker = "--start-codecs-of-single-frames";
 /// An order is a path and a dozen numbers.
 constexpr std::size_t maxOrderBytes = 65536;
 constexpr std::size_t descriptorCount = 2;
@@ -75,24 +75,24 @@ std::string joined(const std::vector<std::string>& arguments) {
     for (std::size_t at = 0; at < order.size(); at += std::strlen(order.data() + at) + 1)
         arguments.push_back(order.data() + at);
     // Out of the way of the descriptors that are their places.
-    const int answer = ::fcntl(descriptors[0], F_DUPFD, DecoderProcess::pixelsDescriptor + 1);
-    const int pixels = ::fcntl(descriptors[1], F_DUPFD, DecoderProcess::pixelsDescriptor + 1);
+    const int answer = ::fcntl(descriptors[0], F_DUPFD, CodecProcess::pixelsDescriptor + 1);
+    const int pixels = ::fcntl(descriptors[1], F_DUPFD, CodecProcess::pixelsDescriptor + 1);
     const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     if (::dup2(nothing, STDIN_FILENO) < 0 || ::dup2(answer, STDOUT_FILENO) < 0 ||
-        ::dup2(pixels, DecoderProcess::pixelsDescriptor) < 0)
+        ::dup2(pixels, CodecProcess::pixelsDescriptor) < 0)
         ::_exit(2);
-    ::closefrom(DecoderProcess::pixelsDescriptor + 1);
-    DecoderProcess::run(static_cast<int>(arguments.size()), arguments.data(), DecoderProcess::Start::Copied);
+    ::closefrom(CodecProcess::pixelsDescriptor + 1);
+    CodecProcess::run(static_cast<int>(arguments.size()), arguments.data(), CodecProcess::Start::Copied);
 }
 
 } // namespace
 
-DecoderServer& DecoderServer::instance() {
-    static DecoderServer& server = *new DecoderServer;
+CodecServer& CodecServer::instance() {
+    static CodecServer& server = *new CodecServer;
     return server;
 }
 
-bool DecoderServer::launch() {
+bool CodecServer::launch() {
     int ends[2];
     if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) return false;
     posix_spawn_file_actions_t actions;
@@ -120,7 +120,7 @@ bool DecoderServer::launch() {
     return true;
 }
 
-void DecoderServer::drop() {
+void CodecServer::drop() {
     ::close(m_socket);
     m_socket = -1;
     // Its group: decoders that it has copied go on otherwise.
@@ -128,7 +128,7 @@ void DecoderServer::drop() {
     while (::waitpid(m_process, nullptr, 0) < 0 && errno == EINTR) continue;
 }
 
-pid_t DecoderServer::start(const DecoderProcess& order, int answer, int pixels) {
+pid_t CodecServer::start(const CodecProcess& order, int answer, int pixels) {
     const std::lock_guard<std::mutex> lock(m_access);
     const std::string text = joined(order.arguments());
     if (text.size() > maxOrderBytes) return -1;
@@ -146,11 +146,11 @@ pid_t DecoderServer::start(const DecoderProcess& order, int answer, int pixels) 
     return -1;
 }
 
-bool DecoderServer::isMeant(int argumentCount, const char* const* arguments) {
+bool CodecServer::isMeant(int argumentCount, const char* const* arguments) {
     return argumentCount == 2 && std::strcmp(arguments[1], marker) == 0;
 }
 
-void DecoderServer::run() {
+void CodecServer::run() {
     ::signal(SIGINT, SIG_IGN);
     ::signal(SIGTERM, SIG_IGN);
     for (;;) {
