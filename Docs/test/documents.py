@@ -136,7 +136,7 @@ def check_messages():
             if sentence.group(0) not in known:
                 breaches.append(f"Troubleshooting.md: lacks \"{sentence.group(0)}\" of {source.relative_to(root)}")
     for source in sorted((root / "Host" / "src" / "Image" / "Sandbox").glob("*.cpp")):
-        if source.stem not in ("SandboxedReader", "CodecProcess"):
+        if source.stem not in ("SandboxedReader", "SandboxedWriter", "CodecChild", "CodecProcess"):
             continue  # the reasons that stand in parentheses behind a message
         for text in literals(source.read_text()):
             # What is said before a value or an advice.

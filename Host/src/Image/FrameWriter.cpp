@@ -4,6 +4,7 @@
 #include "Image/FileExtension.h"
 #include "Image/FrameReader.h"
 #include "Image/ImageModule.h"
+#include "Image/OutputFile.h"
 #include "Image/StillFormat.h"
 
 namespace HostImage {
@@ -20,14 +21,34 @@ void checkFrame(const std::string& path, const Frame& frame, const WriteOptions&
     if (fileExtension(path) != "exr") StillFormat::of(path).check(path, frame, options);
 }
 
+void checkPixels(const std::string& path, const Frame& frame) {
+    for (const Part& part : frame.parts)
+        for (const Plane& plane : part.planes)
+            if (plane.pixels.size() < plane.rowBytes() * plane.height)
+                throw ImageError(path, "cannot be written: a part's pixels do not fill its data window");
+}
+
 void writeFrame(const std::string& path, const Frame& frame, const WriteOptions& options) {
     checkFrame(path, frame, options);
+    checkPixels(path, frame);
     if (fileExtension(path) == "exr") {
         writeExr(path, frame, options);
         return;
     }
-    const auto write = reinterpret_cast<WriteModuleFrame>(moduleFunction(path, "StillsModule", "orvexWriteFrame"));
-    write(path, frame, options);
+    MemoryFile file;
+    encodeStill(path, frame, options, file);
+    storeFile(path, file, options);
+}
+
+void encodeStill(const std::string& path, const Frame& frame, const WriteOptions& options, MemoryFile& file) {
+    const auto encode = reinterpret_cast<EncodeModuleFrame>(moduleFunction(path, "StillsModule", "orvexEncodeFrame"));
+    encode(path, frame, options, file);
+}
+
+void storeFile(const std::string& path, MemoryFile& bytes, const WriteOptions& options) {
+    OutputFile file(path, options.makesFile);
+    file.write(bytes.bytes(), bytes.size(), 0);
+    file.close();
 }
 
 } // namespace HostImage

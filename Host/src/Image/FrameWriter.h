@@ -8,6 +8,8 @@
 
 namespace HostImage {
 
+class MemoryFile;
+
 /// Overrides the way in which a frame says that it is stored.
 struct WriteOptions {
     /// Of every part, as Part::compression; the parts' own if absent.
@@ -27,6 +29,16 @@ struct WriteOptions {
 /// options give the same bytes. The file is written in place (callers should use a temporary name and rename it) and
 /// removed if writing fails. Throws ImageError, also for what checkFrame refuses.
 void writeFrame(const std::string& path, const Frame& frame, const WriteOptions& options = {});
+
+/// Throws ImageError if a plane has fewer pixels than its data window.
+void checkPixels(const std::string& path, const Frame& frame);
+
+/// The file that writeFrame makes of a still other than OpenEXR, into empty memory. The path gives the format and names
+/// the frame in errors. The frame has passed both checks. Throws ImageError.
+void encodeStill(const std::string& path, const Frame& frame, const WriteOptions& options, MemoryFile& file);
+
+/// Makes the path a file of these bytes, as writeFrame does. Throws ImageError.
+void storeFile(const std::string& path, MemoryFile& bytes, const WriteOptions& options);
 
 /// Throws ImageError if writeFrame refuses the path for its extension, whatever the frame; touches no file.
 void checkOutputName(const std::string& path);

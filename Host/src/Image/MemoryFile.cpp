@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <new>
 
 namespace HostImage {
@@ -18,6 +19,21 @@ MemoryFile::~MemoryFile() {
 }
 
 std::string MemoryFile::path() const { return "/proc/self/fd/" + std::to_string(m_descriptor); }
+
+void MemoryFile::write(const void* from, std::size_t n, std::uint64_t offset) {
+    std::size_t done = 0;
+    while (done < n) {
+        const ssize_t count = ::pwrite(m_descriptor, static_cast<const std::uint8_t*>(from) + done, n - done,
+                                       static_cast<off_t>(offset + done));
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) throw std::bad_alloc();
+        done += static_cast<std::size_t>(count);
+    }
+}
+
+void MemoryFile::resize(std::size_t size) {
+    if (::ftruncate(m_descriptor, static_cast<off_t>(size)) != 0) throw std::bad_alloc();
+}
 
 std::uint8_t* MemoryFile::bytes() {
     unmap();

@@ -58,7 +58,7 @@ void MapJob::write(std::int32_t frame, const Geometries& geometries) const {
     writing.makesFile = false;
     AtomicFile file(m_options.output.path(frame));
     try {
-        HostImage::writeFrame(file.temporaryPath(), picture, writing);
+        m_options.lens.decoding.writeFrame(file.temporaryPath(), picture, writing);
     } catch (const HostImage::ImageError& error) {
         throw Failure(ExitCode::Output, error.what());
     }

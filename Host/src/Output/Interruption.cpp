@@ -27,6 +27,8 @@ void onSignal(int signal) {
 
 void Interruption::install() {
     isInstalled = true;
+    // Some daemons ignore it, and so what they start: nobody is told then how a process has ended.
+    std::signal(SIGCHLD, SIG_DFL);
     takeBack();
 }
 

@@ -8,6 +8,7 @@
 #include "Console/MemorySize.h"
 #include "Image/FileExtension.h"
 #include "Image/Sandbox/SandboxedReader.h"
+#include "Image/Sandbox/SandboxedWriter.h"
 
 namespace Host {
 namespace {
@@ -41,12 +42,23 @@ HostImage::Limits limitsOf(const std::string& text) {
 } // namespace
 
 std::unique_ptr<HostImage::FrameReader> DecodingOptions::openReader(const std::string& path) const {
-    if (sandbox == Sandbox::On || (sandbox == Sandbox::Auto && HostImage::fileExtension(path) != "exr")) {
-        HostImage::SandboxLimits granted = sandboxLimits;
-        granted.isRequired = sandbox == Sandbox::On;
-        return std::make_unique<HostImage::SandboxedReader>(path, limits, granted);
-    }
+    if (sandbox == Sandbox::On || (sandbox == Sandbox::Auto && HostImage::fileExtension(path) != "exr"))
+        return std::make_unique<HostImage::SandboxedReader>(path, limits, grantedLimits());
     return HostImage::openReader(path, limits);
+}
+
+void DecodingOptions::writeFrame(const std::string& path, const HostImage::Frame& frame,
+                                 const HostImage::WriteOptions& options) const {
+    if (sandbox == Sandbox::Off)
+        HostImage::writeFrame(path, frame, options);
+    else
+        HostImage::writeFrameSandboxed(path, frame, options, grantedLimits());
+}
+
+HostImage::SandboxLimits DecodingOptions::grantedLimits() const {
+    HostImage::SandboxLimits granted = sandboxLimits;
+    granted.isRequired = sandbox == Sandbox::On;
+    return granted;
 }
 
 void DecodingOptionsReader::declareOptions(CLI::App& app) {
@@ -57,7 +69,7 @@ void DecodingOptionsReader::declareOptions(CLI::App& app) {
     group
         .add_flag("--sandbox{on}", m_sandbox,
                   "Decode each frame in a separate, confined process; --sandbox=auto (default): all files but EXR; "
-                  "--sandbox=off: none")
+                  "--sandbox=off: none. Unless off, DPX, TIFF, PNG and JPEG are encoded in one too")
         ->check(CLI::IsMember({"auto", "on", "off"}));
     group.add_option("--sandbox-memory", m_memory, "Memory limit of that process; default: 8G");
     group.add_option("--sandbox-time", m_seconds, "Time limit per frame in seconds; default: 60")

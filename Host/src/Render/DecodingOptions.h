@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Image/FrameReader.h"
+#include "Image/FrameWriter.h"
 #include "Image/Sandbox/SandboxLimits.h"
 
 namespace CLI {
@@ -13,10 +14,11 @@ class App;
 
 namespace Host {
 
-/// How the files of a clip are opened: what they may claim to be, and whether they are trusted.
+/// How the files of a clip are opened and written: what they may claim to be, and whether those and the libraries that
+/// decode and encode them are trusted.
 struct DecodingOptions {
     HostImage::Limits limits;
-    /// Which files are decoded in a separate process.
+    /// Which files are decoded in a separate process. Unless Off, every still but EXR is encoded in one.
     enum class Sandbox {
         Auto, ///< those that are not decoded by OpenEXR, whose decoders may crash
         On,   ///< all; an error where the system cannot forbid what decoding does not need
@@ -27,6 +29,12 @@ struct DecodingOptions {
 
     /// A reader of the file. Throws HostImage::ImageError; with a sandbox, only its calls do.
     std::unique_ptr<HostImage::FrameReader> openReader(const std::string& path) const;
+    /// As HostImage::writeFrame. Throws HostImage::ImageError.
+    void writeFrame(const std::string& path, const HostImage::Frame& frame,
+                    const HostImage::WriteOptions& options) const;
+
+private:
+    HostImage::SandboxLimits grantedLimits() const;
 };
 
 /// Reads DecodingOptions from a command line.

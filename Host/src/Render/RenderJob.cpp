@@ -431,7 +431,7 @@ void RenderJob::encode(Slot& slot, unsigned int threads, Progress& progress) {
         for (HostImage::Part& part : slot.output.parts) part.displayWindow = part.dataWindow;
     AtomicFile file(slot.job.output);
     try {
-        HostImage::writeFrame(file.temporaryPath(), slot.output, writing);
+        m_options.decoding.writeFrame(file.temporaryPath(), slot.output, writing);
     } catch (const HostImage::ImageError& error) {
         throw Failure(ExitCode::Output, withFinalName(error.what(), file));
     }

@@ -1,6 +1,7 @@
-"""lenscorrect --sandbox and --max-image: files that are not trusted fail their own frame only."""
+"""lenscorrect --sandbox and --max-image: files that are not trusted, and encoders that crash, fail their own frame only."""
 import contextlib
 import os
+import resource
 import signal
 import subprocess
 import sys
@@ -14,6 +15,8 @@ import program
 FAULTS = os.environ.get("ORVEX_FAULTS")
 KILLED = ("the sandboxed decoder was killed by signal 9 (Killed); the file is damaged or malicious, copy or render it "
           "again")
+ENCODER_KILLED = ("cannot be written: the sandboxed encoder was killed by signal 9 (Killed); write this frame in another "
+                  "format, such as EXR")
 
 
 class Sandbox(program.ProgramTest):
@@ -118,22 +121,81 @@ class Sandbox(program.ProgramTest):
         unguarded = self.run_program(*arguments, "-o", "none/f.%04d.exr", "--sandbox=off", environment=faults)
         self.assertEqual(unguarded.returncode, -signal.SIGKILL)
 
+    def test_works_under_the_limits_of_a_farm(self):
+        # Lower than what the sandbox grants.
+        def limit():
+            for kind, limit in ((resource.RLIMIT_CPU, 50), (resource.RLIMIT_CORE, 0)):
+                resource.setrlimit(kind, (limit, limit))
+        self.expect(self.run_program("info", "clip/plate.%04d.exr", "--sandbox", before=limit), 0, errors="")
+
+    @unittest.skipUnless(FAULTS, "faults cannot be injected here")
+    def test_tells_how_a_decoder_ended_where_a_daemon_has_ignored_its_children(self):
+        result = self.run_program("info", "clip/plate.1001.exr", "--sandbox",
+                                  environment={"LD_PRELOAD": FAULTS, "CRASH_ON_OPEN": "plate.1001"},
+                                  before=lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN))
+        self.assertIn(KILLED, result.stdout + result.stderr)
+
+    def render_with_a_fault(self, output, fault, *arguments):
+        """Frame 1002's own text meets the fault as soon as an encoder writes it."""
+        subprocess.run(["oiiotool", "clip/plate.1002.exr", "--attrib:type=string", "owner", "fault of 1002", "-o",
+                        "clip/plate.1002.exr"], cwd=self.folder, check=True, capture_output=True)
+        # Makes the kernels: the driver's linker is not for the library that is loaded below.
+        self.render("kernels")
+        return self.run_program("render", "clip/plate.%04d.exr", "--distortion", "undistort", "--progress", "none", "-o",
+                                output, *arguments, environment={"LD_PRELOAD": FAULTS, fault: "fault of 1002"})
+
+    @unittest.skipUnless(FAULTS, "faults cannot be injected here")
+    def test_an_encoder_that_crashes_fails_its_own_frame_without_an_option(self):
+        for extension in ("dpx", "tif", "png", "jpg"):
+            with self.subTest(extension=extension):
+                result = self.render_with_a_fault(f"{extension}/f.%04d.{extension}", "CRASH_ON_WRITE")
+                self.expect(result, 4, "", f"Frame 1002: {extension}/f.1002.{extension}: {ENCODER_KILLED}\n"
+                            "lenscorrect: 1 of 3 frames failed: 1002\n")
+                self.assertEqual(self.pictures_and_temporary_files(extension),
+                                 [f"f.1001.{extension}", f"f.1003.{extension}"])
+
+    @unittest.skipUnless(FAULTS, "faults cannot be injected here")
+    def test_an_encoder_in_the_program_ends_it_with_its_crash(self):
+        result = self.render_with_a_fault("out/f.%04d.tif", "CRASH_ON_WRITE", "--sandbox=off")
+        self.assertEqual(result.returncode, -signal.SIGKILL)
+
+    @unittest.skipUnless(FAULTS, "faults cannot be injected here")
+    def test_an_encoder_that_hangs_fails_its_own_frame(self):
+        result = self.render_with_a_fault("out/f.%04d.tif", "HANG_ON_WRITE", "--sandbox-time", "3")
+        self.expect(result, 4, "", "Frame 1002: out/f.1002.tif: cannot be written: encoding took longer than the "
+                    "sandbox's limit of 3 s; raise it with --sandbox-time\n"
+                    "lenscorrect: 1 of 3 frames failed: 1002\n")
+        self.assertEqual(self.pictures_and_temporary_files("out"), ["f.1001.tif", "f.1003.tif"])
+
+    def pictures_and_temporary_files(self, folder):
+        return sorted(name for name in os.listdir(self.path(folder)) if "f.100" in name)
+
+    def test_encodes_the_same_bytes(self):
+        for extension in ("dpx", "tif", "png", "jpg"):
+            for folder, arguments in (("plain", ("--sandbox=off",)), ("default", ()), ("guarded", ("--sandbox",))):
+                self.expect(self.run_program("render", "clip/plate.%04d.exr", "--distortion", "undistort", "--progress",
+                                             "none", "-o", f"{folder}/f.%04d.{extension}", *arguments), 0, "", "")
+            for frame in (1001, 1002, 1003):
+                plain = self.content("plain", f"f.{frame}.{extension}")
+                self.assertEqual(plain, self.content("default", f"f.{frame}.{extension}"))
+                self.assertEqual(plain, self.content("guarded", f"f.{frame}.{extension}"))
+
     @unittest.skipUnless(FAULTS, "faults cannot be injected here")
     def test_leaves_no_process_behind(self):
         subprocess.run(["oiiotool", "clip/plate.1001.exr", "-d", "float", "-o", "clip/plate.1001.tif"], cwd=self.folder,
                        check=True, capture_output=True)
-        before = self.decoders()
+        before = self.codecs()
         self.run_program("info", "clip/plate.1001.tif")
         self.run_program("info", "clip/plate.1001.tif", "--sandbox=off", environment={"LD_PRELOAD": FAULTS,
                                                                                         "CRASH_ON_OPEN": "plate.1001"})
         for _ in range(200):
-            if self.decoders() <= before:
+            if self.codecs() <= before:
                 return
             time.sleep(0.05)
-        self.fail(f"decoders are left: {self.decoders() - before}")
+        self.fail(f"decoders are left: {self.codecs() - before}")
 
     @staticmethod
-    def decoders():
+    def codecs():
         found = set()
         for process in filter(str.isdigit, os.listdir("/proc")):
             try:

@@ -24,15 +24,17 @@ class ProgramTest(unittest.TestCase):
     def path(self, *names):
         return os.path.join(self.folder, *names)
 
-    def run_program(self, *arguments, environment=None, timeout=300):
-        """Runs the program; `environment` adds variables, and removes those whose value is None."""
+    def run_program(self, *arguments, environment=None, timeout=300, before=None):
+        """Runs the program; `environment` adds variables, and removes those whose value is None. `before` is called in the
+        program's process first."""
         variables = dict(os.environ)
         for name, value in (environment or {}).items():
             variables.pop(name, None)
             if value is not None:
                 variables[name] = value
         return subprocess.run([PROGRAM, *arguments], cwd=self.folder, env=variables, stdin=subprocess.DEVNULL,
-                              capture_output=True, encoding="utf-8", errors="surrogateescape", timeout=timeout)
+                              capture_output=True, encoding="utf-8", errors="surrogateescape", timeout=timeout,
+                              preexec_fn=before)
 
     def small_disk(self, name, kilobytes):
         """A disk of its own, empty, as a folder of that name; skips the case where none can be mounted."""

@@ -515,9 +515,6 @@ std::vector<Part> preparedParts(const std::string& path, const Frame& frame, con
                 throw ImageError(path, "cannot be written: the sub-sampled channel " + channel.name +
                                            " does not fit the data window");
         if (!(part.pixelAspectRatio >= 1e-6f && part.pixelAspectRatio <= 1e6f)) part.pixelAspectRatio = 1.0f;
-        for (const Plane& plane : from.planes)
-            if (plane.pixels.size() < plane.rowBytes() * plane.height)
-                throw ImageError(path, "cannot be written: a part's pixels do not fill its data window");
     }
     return parts;
 }

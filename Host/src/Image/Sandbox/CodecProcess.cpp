@@ -5,6 +5,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
@@ -12,6 +13,7 @@
 #include <new>
 
 #include "Image/ImageError.h"
+#include "Image/MemoryFile.h"
 #include "Image/Sandbox/FrameMessage.h"
 #include "Image/Sandbox/SystemCallFilter.h"
 
@@ -29,10 +31,13 @@ namespace HostImage {
 namespace {
 
 constexpr const char* marker = "--code-one-frame-in-a-sandbox";
-constexpr int argumentCountMeant = 13;
+constexpr int argumentCountMeant = 15;
 
 bool limit(__rlimit_resource_t resource, std::uint64_t value) {
-    const rlimit both{static_cast<rlim_t>(value), static_cast<rlim_t>(value)};
+    // A farm's own limit may be lower; nobody may raise it.
+    rlimit both{};
+    if (::getrlimit(resource, &both) != 0) return false;
+    both.rlim_cur = both.rlim_max = std::min(both.rlim_max, static_cast<rlim_t>(value));
     return ::setrlimit(resource, &both) == 0;
 }
 
@@ -41,13 +46,17 @@ bool giveUpRights(const CodecProcess& order, CodecProcess::Start start) {
     // has started the server: that thread may end long before the others, and the server ends its copies itself.
     ::signal(SIGINT, SIG_IGN);
     ::signal(SIGTERM, SIG_IGN);
+    // Which the program ignores, and with it what it starts.
+    ::signal(SIGXFSZ, SIG_DFL);
     if (start == CodecProcess::Start::Own) ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    bool done = limit(RLIMIT_CPU, std::uint64_t{order.sandbox.seconds} * order.threads) && limit(RLIMIT_FSIZE, 0) &&
-                limit(RLIMIT_CORE, 0);
+    const bool isEncoder = order.task == CodecProcess::Task::Encode;
+    // Too large a file ends an encoder by a signal: not every library tells that it could not write.
+    bool done = limit(RLIMIT_CPU, std::uint64_t{order.sandbox.seconds} * order.threads) &&
+                limit(RLIMIT_FSIZE, isEncoder ? order.sandbox.memory : 0) && limit(RLIMIT_CORE, 0);
 #ifndef ORVEX_HAS_SANITIZER
     done = limit(RLIMIT_AS, order.sandbox.memory) && done;
 #endif
-    return done && forbidHarmfulSystemCalls();
+    return done && forbidHarmfulSystemCalls(isEncoder ? FileAccess::WriteByName : FileAccess::Read);
 }
 
 void send(const void* bytes, std::size_t n) {
@@ -99,11 +108,34 @@ void decode(const CodecProcess& order) {
     const std::unique_ptr<FrameReader> reader = openReader(order.path, order.limits);
     FrameMessage message;
     message.frameCount = reader->frameCount();
-    if (order.withPixels)
+    if (order.task == CodecProcess::Task::DecodePixels)
         readSharedPixels(*reader, order, message.frame);
     else
         message.frame = reader->readHeader(order.index);
     reply(CodecProcess::Reply::Frame, message.bytes());
+}
+
+/// Encodes straight from the shared memory.
+void encode(const CodecProcess& order) {
+    MemoryFile pixels(CodecProcess::pixelsDescriptor), file(CodecProcess::fileDescriptor);
+    std::uint8_t* const memory = pixels.bytes();
+    std::uint64_t messageBytes = 0;
+    if (pixels.size() < sizeof messageBytes) throw ImageError(order.path, "its pixels are missing");
+    std::memcpy(&messageBytes, memory, sizeof messageBytes);
+    if (messageBytes > pixels.size() - sizeof messageBytes) throw ImageError(order.path, "its description is missing");
+    const std::string_view message(reinterpret_cast<const char*>(memory) + sizeof messageBytes,
+                                   static_cast<std::size_t>(messageBytes));
+    Frame frame = FrameMessage::parse(message, order.limits).frame;
+    const std::uint64_t start = sharedPlace(sizeof messageBytes + messageBytes);
+    const std::vector<std::uint64_t> offsets = sharedOffsets(frame);
+    if (pixels.size() < start + offsets.back()) throw ImageError(order.path, "its pixels are missing");
+    std::size_t index = 0;
+    for (Part& part : frame.parts)
+        for (Plane& plane : part.planes)
+            plane.pixels = PixelBuffer(memory + start + offsets[index++], plane.rowBytes() * plane.height);
+    encodeStill(order.path, frame,
+                {.compression = order.compression, .pixelType = order.pixelType, .threads = order.threads}, file);
+    reply(CodecProcess::Reply::Encoded, {});
 }
 
 template <typename Number>
@@ -118,7 +150,7 @@ bool parse(const char* text, Number& number) {
 std::vector<std::string> CodecProcess::arguments() const {
     return {"lenscorrect",
             marker,
-            withPixels ? "1" : "0",
+            std::to_string(static_cast<unsigned>(task)),
             std::to_string(index),
             std::to_string(threads),
             std::to_string(sandbox.memory),
@@ -128,6 +160,8 @@ std::vector<std::string> CodecProcess::arguments() const {
             std::to_string(limits.maxPixels),
             std::to_string(limits.maxChannels),
             std::to_string(limits.maxBytes),
+            compression ? "=" + *compression : "",
+            pixelType ? std::to_string(static_cast<unsigned>(*pixelType)) : "",
             path};
 }
 
@@ -137,24 +171,32 @@ bool CodecProcess::isMeant(int argumentCount, const char* const* arguments) {
 
 void CodecProcess::run(int argumentCount, const char* const* arguments, Start start) {
     CodecProcess order;
-    unsigned withPixels = 0, isRequired = 0;
-    if (!isMeant(argumentCount, arguments) || !parse(arguments[2], withPixels) || !parse(arguments[3], order.index) ||
+    unsigned task = 0, isRequired = 0, pixelType = 0;
+    if (!isMeant(argumentCount, arguments) || !parse(arguments[2], task) || !parse(arguments[3], order.index) ||
         !parse(arguments[4], order.threads) || !parse(arguments[5], order.sandbox.memory) ||
         !parse(arguments[6], order.sandbox.seconds) || !parse(arguments[7], isRequired) ||
         !parse(arguments[8], order.limits.maxSide) || !parse(arguments[9], order.limits.maxPixels) ||
-        !parse(arguments[10], order.limits.maxChannels) || !parse(arguments[11], order.limits.maxBytes))
+        !parse(arguments[10], order.limits.maxChannels) || !parse(arguments[11], order.limits.maxBytes) ||
+        (*arguments[13] != '\0' && !parse(arguments[13], pixelType)) || task > static_cast<unsigned>(Task::Encode) ||
+        pixelType > static_cast<unsigned>(PixelType::Float))
         ::_exit(2);
-    order.withPixels = withPixels != 0;
+    order.task = static_cast<Task>(task);
+    if (*arguments[12] != '\0') order.compression = arguments[12] + 1;
+    if (*arguments[13] != '\0') order.pixelType = static_cast<PixelType>(pixelType);
     order.sandbox.isRequired = isRequired != 0;
-    order.path = arguments[12];
+    order.path = arguments[14];
     if (!giveUpRights(order, start) && order.sandbox.isRequired) {
-        reply(Reply::Problem, "this system does not support the sandbox; --sandbox=off decodes the file without it");
+        reply(Reply::Problem, std::string("this system does not support the sandbox; --sandbox=off ") +
+                                  (order.task == Task::Encode ? "encodes" : "decodes") + " the file without it");
         ::_exit(1);
     }
     Reply kind = Reply::Problem;
     std::string problem;
     try {
-        decode(order);
+        if (order.task == Task::Encode)
+            encode(order);
+        else
+            decode(order);
         // Exit handlers of image libraries are no more to be trusted than they.
         ::_exit(0);
     } catch (const ImageError& error) {
@@ -172,12 +214,10 @@ void CodecProcess::run(int argumentCount, const char* const* arguments, Start st
 }
 
 std::vector<std::uint64_t> sharedOffsets(const Frame& frame) {
-    constexpr std::uint64_t alignment = 64;
     std::vector<std::uint64_t> offsets{0};
     for (const Part& part : frame.parts)
         for (const Plane& plane : part.planes)
-            offsets.push_back(offsets.back() +
-                              (plane.rowBytes() * plane.height + alignment - 1) / alignment * alignment);
+            offsets.push_back(offsets.back() + sharedPlace(plane.rowBytes() * plane.height));
     return offsets;
 }
 

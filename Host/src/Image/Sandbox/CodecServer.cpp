@@ -1,6 +1,7 @@
 #include "Image/Sandbox/CodecServer.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sched.h>
 #include <spawn.h>
 #include <sys/socket.h>
@@ -12,7 +13,11 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "Image/FrameReader.h"
@@ -24,9 +29,9 @@ namespace {
 constexpr const char* marker = "--start-codecs-of-single-frames";
 /// An order is a path and a dozen numbers.
 constexpr std::size_t maxOrderBytes = 65536;
-constexpr std::size_t descriptorCount = 2;
+constexpr std::size_t descriptorCount = 3;
 
-/// A message with room for the two descriptors.
+/// A message with room for the descriptors.
 struct Packet {
     iovec bytes;
     alignas(cmsghdr) std::array<char, CMSG_SPACE(descriptorCount * sizeof(int))> control{};
@@ -47,7 +52,10 @@ bool send(int socket, std::string order, const std::array<int, descriptorCount>&
     head->cmsg_type = SCM_RIGHTS;
     head->cmsg_len = CMSG_LEN(sizeof descriptors);
     std::memcpy(CMSG_DATA(head), descriptors.data(), sizeof descriptors);
-    return ::sendmsg(socket, &packet.header, MSG_NOSIGNAL) == static_cast<ssize_t>(order.size());
+    ssize_t count = 0;
+    do count = ::sendmsg(socket, &packet.header, MSG_NOSIGNAL);
+    while (count < 0 && errno == EINTR);
+    return count == static_cast<ssize_t>(order.size());
 }
 
 /// The next order; empty once the other side is gone.
@@ -70,18 +78,45 @@ std::string joined(const std::vector<std::string>& arguments) {
     return text;
 }
 
-[[noreturn]] void decode(const std::string& order, const std::array<int, descriptorCount>& descriptors) {
+/// Whether all threads but the caller's sleep. Some libraries start a pool as they are loaded, which waits for work
+/// that never comes; a copy of this process has the caller's thread alone, and would wait for ever for a lock that
+/// another one holds at that moment. One that waits for work holds none.
+bool othersSleep() {
+    const std::string own = std::to_string(::gettid());
+    std::error_code error;
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task", error)) {
+        if (thread.path().filename() == own) continue;
+        std::ifstream file(thread.path() / "stat");
+        const std::string text((std::istreambuf_iterator<char>(file)), {});
+        // The name, in parentheses, may hold anything.
+        const std::size_t state = text.rfind(") ");
+        if (state != std::string::npos && text.compare(state, 3, ") S") != 0) return false;
+    }
+    return !error;
+}
+
+bool waitForOthersToSleep() {
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        if (othersSleep()) return true;
+        ::poll(nullptr, 0, 1);
+    }
+    return false;
+}
+
+[[noreturn]] void serve(const std::string& order, const std::array<int, descriptorCount>& descriptors) {
     std::vector<const char*> arguments;
     for (std::size_t at = 0; at < order.size(); at += std::strlen(order.data() + at) + 1)
         arguments.push_back(order.data() + at);
     // Out of the way of the descriptors that are their places.
-    const int answer = ::fcntl(descriptors[0], F_DUPFD, CodecProcess::pixelsDescriptor + 1);
-    const int pixels = ::fcntl(descriptors[1], F_DUPFD, CodecProcess::pixelsDescriptor + 1);
+    constexpr int above = CodecProcess::fileDescriptor + 1;
+    const int answer = ::fcntl(descriptors[0], F_DUPFD, above);
+    const int pixels = ::fcntl(descriptors[1], F_DUPFD, above);
+    const int file = ::fcntl(descriptors[2], F_DUPFD, above);
     const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     if (::dup2(nothing, STDIN_FILENO) < 0 || ::dup2(answer, STDOUT_FILENO) < 0 ||
-        ::dup2(pixels, CodecProcess::pixelsDescriptor) < 0)
+        ::dup2(pixels, CodecProcess::pixelsDescriptor) < 0 || ::dup2(file, CodecProcess::fileDescriptor) < 0)
         ::_exit(2);
-    ::closefrom(CodecProcess::pixelsDescriptor + 1);
+    ::closefrom(above);
     CodecProcess::run(static_cast<int>(arguments.size()), arguments.data(), CodecProcess::Start::Copied);
 }
 
@@ -108,7 +143,13 @@ bool CodecServer::launch() {
     posix_spawnattr_setpgroup(&attributes, 0);
     std::string name = "lenscorrect", argument = marker;
     char* const arguments[] = {name.data(), argument.data(), nullptr};
-    const int error = ::posix_spawn(&m_process, "/proc/self/exe", &actions, &attributes, arguments, environ);
+    // Linear algebra, which nothing here needs, starts a thread for each core as it is loaded. The first entry of a
+    // name counts.
+    std::string oneThread = "OPENBLAS_NUM_THREADS=1";
+    std::vector<char*> variables{oneThread.data()};
+    for (char** variable = environ; *variable != nullptr; ++variable) variables.push_back(*variable);
+    variables.push_back(nullptr);
+    const int error = ::posix_spawn(&m_process, "/proc/self/exe", &actions, &attributes, arguments, variables.data());
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     ::close(ends[1]);
@@ -128,7 +169,7 @@ void CodecServer::drop() {
     while (::waitpid(m_process, nullptr, 0) < 0 && errno == EINTR) continue;
 }
 
-pid_t CodecServer::start(const CodecProcess& order, int answer, int pixels) {
+pid_t CodecServer::start(const CodecProcess& order, int answer, int pixels, int file) {
     const std::lock_guard<std::mutex> lock(m_access);
     const std::string text = joined(order.arguments());
     if (text.size() > maxOrderBytes) return -1;
@@ -136,7 +177,7 @@ pid_t CodecServer::start(const CodecProcess& order, int answer, int pixels) {
         if (m_socket < 0 && !launch()) return -1;
         pid_t process = -1;
         ssize_t count = -1;
-        if (send(m_socket, text, {answer, pixels})) {
+        if (send(m_socket, text, {answer, pixels, file})) {
             do count = ::recv(m_socket, &process, sizeof process, 0);
             while (count < 0 && errno == EINTR);
         }
@@ -162,10 +203,12 @@ void CodecServer::run() {
             ::_exit(0);
         }
         loadReaderModule(order.data() + order.rfind('\0', order.size() - 2) + 1);
-        // A child of the one who asks, which so learns how it ended. There is but one thread, so nothing is held that
-        // the copy would wait for.
-        const long process = ::syscall(SYS_clone, CLONE_PARENT | SIGCHLD, nullptr, nullptr, nullptr, nullptr);
-        if (process == 0) decode(order, descriptors);
+        // A child of the one who asks, which so learns how it ended. No handler runs as for fork(): what allocators do
+        // for it is to wait for their locks.
+        long process = -1;
+        if (waitForOthersToSleep())
+            process = ::syscall(SYS_clone, CLONE_PARENT | SIGCHLD, nullptr, nullptr, nullptr, nullptr);
+        if (process == 0) serve(order, descriptors);
         for (const int descriptor : descriptors) ::close(descriptor);
         const pid_t answer = static_cast<pid_t>(process);
         if (::send(STDIN_FILENO, &answer, sizeof answer, MSG_NOSIGNAL) != sizeof answer) ::_exit(1);

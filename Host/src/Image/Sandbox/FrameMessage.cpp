@@ -170,7 +170,7 @@ Part readPart(Reader& reader, const Limits& limits) {
 
 } // namespace
 
-std::string FrameMessage::bytes() const {
+std::string FrameMessage::bytesOf(const Frame& frame, std::int64_t frameCount) {
     Writer writer;
     writer.number(frameCount);
     writer.text(frame.format);

@@ -16,7 +16,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// A frame without its pixels, and how many frames its file has, as bytes: how a decoder process hands them over. The
+/// A frame without its pixels, and how many frames its file has, as bytes: how one process hands it to another. The
 /// reading side trusts nothing: it checks every count against the bytes that are there and every size against the
 /// limits before it allocates memory, and lays the planes out itself.
 struct FrameMessage {
@@ -28,7 +28,9 @@ struct FrameMessage {
     std::int64_t frameCount = 1;
     Frame frame; ///< its planes have no memory after reading
 
-    std::string bytes() const;
+    std::string bytes() const { return bytesOf(frame, frameCount); }
+    /// The bytes of such a message, whose frame may have pixels.
+    static std::string bytesOf(const Frame& frame, std::int64_t frameCount);
     /// Throws FrameMessageError.
     static FrameMessage parse(std::string_view bytes, const Limits& limits);
 };

@@ -40,7 +40,7 @@ constexpr std::initializer_list<int> forbidden{
     ORVEX_CALL(setrlimit)};
 #undef ORVEX_CALL
 
-bool addRules(scmp_filter_ctx filter) {
+bool addRules(scmp_filter_ctx filter, FileAccess access) {
     constexpr std::uint32_t refused = SCMP_ACT_ERRNO(EPERM);
     // The C library falls back to the older calls, whose arguments can be looked at.
     constexpr std::uint32_t unknown = SCMP_ACT_ERRNO(ENOSYS);
@@ -58,6 +58,7 @@ bool addRules(scmp_filter_ctx filter) {
     // No process, but threads.
     add(refused, SCMP_SYS(clone), {equal(0, CLONE_THREAD, 0)});
     for (const unsigned flag : {unsigned{O_WRONLY}, unsigned{O_RDWR}, unsigned{O_CREAT}, unsigned{O_TRUNC}}) {
+        if (access == FileAccess::WriteByName) break;
         add(refused, SCMP_SYS(open), {equal(1, flag, flag)});
         add(refused, SCMP_SYS(openat), {equal(2, flag, flag)});
     }
@@ -69,10 +70,10 @@ bool addRules(scmp_filter_ctx filter) {
 
 } // namespace
 
-bool forbidHarmfulSystemCalls() {
+bool forbidHarmfulSystemCalls(FileAccess access) {
     const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
     if (filter == nullptr) return false;
-    const bool done = addRules(filter) && seccomp_load(filter) == 0;
+    const bool done = addRules(filter, access) && seccomp_load(filter) == 0;
     seccomp_release(filter);
     return done;
 }

@@ -17,7 +17,6 @@
 #include "Image/ImageModule.h"
 #include "Image/InputFile.h"
 #include "Image/MemoryFile.h"
-#include "Image/OutputFile.h"
 #include "Image/StillFormat.h"
 
 namespace HostImage {
@@ -339,8 +338,8 @@ bool isMetadata(const std::string& name) {
 
 extern "C" {
 __attribute__((visibility("default"))) FrameReader* orvexOpenReader(const std::string& path, const Limits& limits);
-__attribute__((visibility("default"))) void orvexWriteFrame(const std::string& path, const Frame& frame,
-                                                            const WriteOptions& options);
+__attribute__((visibility("default"))) void orvexEncodeFrame(const std::string& path, const Frame& frame,
+                                                             const WriteOptions& options, MemoryFile& file);
 }
 
 FrameReader* orvexOpenReader(const std::string& path, const Limits& limits) {
@@ -348,7 +347,7 @@ FrameReader* orvexOpenReader(const std::string& path, const Limits& limits) {
     return new StillsReader(path, limits);
 }
 
-void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOptions& options) {
+void orvexEncodeFrame(const std::string& path, const Frame& frame, const WriteOptions& options, MemoryFile& memory) {
     setUpLibrary();
     const StillFormat& format = StillFormat::of(path);
     format.check(path, frame, options);
@@ -366,11 +365,7 @@ void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOpt
     const std::size_t width = static_cast<std::size_t>(part.dataWindow.width());
     const std::size_t height = static_cast<std::size_t>(part.dataWindow.height());
     bool oneType = true;
-    for (const Plane& plane : part.planes) {
-        oneType = oneType && plane.type == part.planes.front().type;
-        if (plane.pixels.size() < plane.rowBytes() * plane.height)
-            throw ImageError(path, "cannot be written: a part's pixels do not fill its data window");
-    }
+    for (const Plane& plane : part.planes) oneType = oneType && plane.type == part.planes.front().type;
 
     const PixelType type = oneType ? part.planes.front().type : PixelType::Float;
     OIIO::ImageSpec spec(static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels.size()),
@@ -434,20 +429,15 @@ void orvexWriteFrame(const std::string& path, const Frame& frame, const WriteOpt
     }
     // By name and into memory: TIFF's writer reads back what it has written, and does not tell when a write fails as
     // the file is closed.
-    MemoryFile memory;
     if (!output->open(memory.path(), spec)) throw ImageError(path, "cannot be written: " + oneLine(output->geterror()));
     const bool isWritten = output->write_image(oiioType(type), samples);
     std::string problem = isWritten ? "" : output->geterror();
     const bool isClosed = output->close();
     if (!isClosed && problem.empty()) problem = output->geterror();
     if (!isWritten || !isClosed) throw ImageError(path, "cannot be written: " + oneLine(problem));
-    std::uint8_t* const bytes = memory.bytes();
     // The name that the file has while it is written says nothing to its readers, and makes two renders differ.
     if (output->format_name() == std::string("dpx") && memory.size() > dpxNameOffset + dpxNameSize)
-        std::memset(bytes + dpxNameOffset, 0, dpxNameSize);
-    OutputFile file(path, options.makesFile);
-    file.write(bytes, memory.size(), 0);
-    file.close();
+        memory.write(std::array<char, dpxNameSize>{}.data(), dpxNameSize, dpxNameOffset);
 }
 
 } // namespace HostImage

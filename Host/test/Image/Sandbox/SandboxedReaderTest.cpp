@@ -145,7 +145,7 @@ TEST_F(Sandbox, HandsTheLimitsOfDeclaredSizesOn) {
 TEST_F(Sandbox, TakesItsProcessTheRightsThatDecodingDoesNotNeed) {
     const std::string path = folder / "a.exr";
     writeFrame(path, noiseFrame({0, 0, 255, 255}, rgba()));
-    const CodecProcess order{path, {}, {std::uint64_t{1} << 30, 60}, true, 2, 0};
+    const CodecProcess order{path, {}, {std::uint64_t{1} << 30, 60}, CodecProcess::Task::DecodePixels, 2, 0};
     std::vector<std::string> texts = order.arguments();
     std::vector<char*> arguments;
     for (std::string& text : texts) arguments.push_back(text.data());
