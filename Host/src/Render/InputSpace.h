@@ -31,13 +31,13 @@ public:
     /// lies outside is no light in any space. Channels that do not hold colour, by their names, stay; with
     /// `isDataPart` those of the main layer as well (ShadingLayers::isDataPart).
     void toSceneLinear(DD::Image::ImagePlane& plane, const DD::Image::Box& picture, unsigned int threads,
-                       bool isDataPart = false) const;
+                       bool isDataPart) const;
 
     /// The reverse, for the whole plane.
-    void fromSceneLinear(DD::Image::ImagePlane& plane, unsigned int threads, bool isDataPart = false) const;
+    void fromSceneLinear(DD::Image::ImagePlane& plane, unsigned int threads, bool isDataPart) const;
 
     /// What stands for no light in the channel: R, G, B as the space has them, else 0.
-    float black(DD::Image::Channel channel, bool isDataPart = false) const;
+    float black(DD::Image::Channel channel, bool isDataPart) const;
 
     /// Why the picture should not be corrected like this: shading is wanted, nothing was said about the pixels' space,
     /// and the picture says that they are not linear. Empty: there is no objection.

@@ -118,27 +118,27 @@ TEST(InputSpace, ConvertsNothingWhenNoneIsNamedOrTheValuesAreRaw) {
         if (name) options.inputSpace = name;
         const InputSpace space(options);
         ImagePlane plane = planeOf({"rgba.red", "rgba.green", "rgba.blue"}, 0.5f);
-        space.toSceneLinear(plane, plane.bounds(), 1);
+        space.toSceneLinear(plane, plane.bounds(), 1, false);
         EXPECT_FALSE(space.isConverting());
         EXPECT_EQ(plane.at(0, 0, 0), 0.5f);
-        EXPECT_EQ(space.black(DD::Image::Chan_Red), 0.0f);
+        EXPECT_EQ(space.black(DD::Image::Chan_Red, false), 0.0f);
     }
 }
 
 TEST_F(SRgb, IsConvertedInRedGreenAndBlueAndBack) {
     for (const unsigned int threads : {1u, 3u}) {
         ImagePlane plane = planeOf({"rgba.red", "rgba.green", "rgba.blue", "rgba.alpha"}, 0.5f);
-        space.toSceneLinear(plane, everything, threads);
+        space.toSceneLinear(plane, everything, threads, false);
         for (const int component : {0, 1, 2}) EXPECT_NEAR(plane.at(3, 1, component), linear, tolerance);
         EXPECT_EQ(plane.at(3, 1, 3), 0.5f); // alpha
-        space.fromSceneLinear(plane, threads);
+        space.fromSceneLinear(plane, threads, false);
         for (const int component : {0, 1, 2, 3}) EXPECT_NEAR(plane.at(3, 1, component), 0.5f, 3e-7f);
     }
 }
 
 TEST_F(SRgb, IsConvertedOnlyWhereThePictureIs) {
     ImagePlane plane = planeOf({"rgba.red", "rgba.green", "rgba.blue"}, 0.5f);
-    space.toSceneLinear(plane, Box(-5, 1, 2, 9), 1);
+    space.toSceneLinear(plane, Box(-5, 1, 2, 9), 1, false);
     for (int y = 0; y < 2; ++y)
         for (int x = 0; x < 4; ++x)
             EXPECT_NEAR(plane.at(x, y, 1), x < 2 && y == 1 ? linear : 0.5f, tolerance) << x << " " << y;
@@ -146,22 +146,22 @@ TEST_F(SRgb, IsConvertedOnlyWhereThePictureIs) {
 
 TEST_F(SRgb, TouchesNoPlaneThatThePictureDoesNotReach) {
     ImagePlane plane = planeOf({"rgba.red", "rgba.green", "rgba.blue"}, 0.5f);
-    space.toSceneLinear(plane, Box(10, 10, 12, 12), 1);
+    space.toSceneLinear(plane, Box(10, 10, 12, 12), 1, false);
     for (int y = 0; y < 2; ++y)
         for (int x = 0; x < 4; ++x) EXPECT_EQ(plane.at(x, y, 0), 0.5f);
 }
 
 TEST_F(SRgb, IsConvertedInAGreyPicture) {
     ImagePlane plane = planeOf({"rgba.red"}, 0.5f);
-    space.toSceneLinear(plane, everything, 1);
+    space.toSceneLinear(plane, everything, 1, false);
     EXPECT_NEAR(plane.at(0, 0, 0), linear, tolerance);
 }
 
 TEST_F(SRgb, LeavesDataAlone) {
     for (const char* const name : {"depth.Z", "normal.red", "other.X"}) {
         ImagePlane plane = planeOf({name}, 0.5f);
-        space.toSceneLinear(plane, everything, 1);
-        space.fromSceneLinear(plane, 1);
+        space.toSceneLinear(plane, everything, 1, false);
+        space.fromSceneLinear(plane, 1, false);
         EXPECT_EQ(plane.at(0, 0, 0), 0.5f) << name;
     }
 }
@@ -171,9 +171,9 @@ TEST(InputSpace, HasABlackOfItsOwn) {
     RenderOptions options = shadingOptions();
     options.inputSpace = "Cineon";
     const InputSpace space(options);
-    EXPECT_NEAR(space.black(DD::Image::Chan_Red), 95.0f / 1023.0f, 1e-6f); // by definition
-    EXPECT_EQ(space.black(DD::Image::Chan_Alpha), 0.0f);
-    EXPECT_EQ(space.black(DD::Image::channel("depth.Z")), 0.0f);
+    EXPECT_NEAR(space.black(DD::Image::Chan_Red, false), 95.0f / 1023.0f, 1e-6f); // by definition
+    EXPECT_EQ(space.black(DD::Image::Chan_Alpha, false), 0.0f);
+    EXPECT_EQ(space.black(DD::Image::channel("depth.Z"), false), 0.0f);
 }
 
 } // namespace

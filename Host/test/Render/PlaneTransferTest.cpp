@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "Render/HostChannels.h"
+#include "Support/FloatPicture.h"
 
 namespace Host {
 namespace {
@@ -18,17 +19,7 @@ using HostImage::Window;
 /// A part of float channels with the given data window in a display window of 4 × 3; sample = 100 × channel's place in
 /// `names` + 10 × row in the file + column, both from the data window's top left.
 HostImage::Part partOf(const std::vector<std::string>& names, const Window& dataWindow) {
-    HostImage::Part part;
-    part.displayWindow = {0, 0, 3, 2};
-    part.dataWindow = dataWindow;
-    for (const std::string& name : names) {
-        HostImage::Channel channel;
-        channel.name = name;
-        channel.type = HostImage::PixelType::Float;
-        part.channels.push_back(channel);
-    }
-    part.layOutPlanes();
-    part.allocatePixels();
+    HostImage::Part part = floatPicture(dataWindow, {0, 0, 3, 2}, names);
     for (std::size_t c = 0; c < part.channels.size(); ++c) {
         HostImage::Plane& plane = part.planes[part.channels[c].plane];
         for (std::size_t y = 0; y < plane.height; ++y)

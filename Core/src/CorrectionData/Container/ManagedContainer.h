@@ -27,8 +27,7 @@ public:
     ~ManagedContainer() override;
 
     /// Throws DataNotAvailableException with the brief text of the underlying failure as its reason. Failures of other
-    /// kinds
-    /// (a value in the file that is not a number, a file system error) pass through.
+    /// kinds (a value in the file that is not a number, a file system error) pass through.
     void headerData(Header& header) override;
 
     /// The record of the greatest stored frame number that is not above the requested one: of the frames 10, 20 and 30,

@@ -21,6 +21,7 @@ namespace {
 
 constexpr std::size_t maxProblemBytes = 4096;
 constexpr const char* thisProgram = "/proc/self/exe";
+constexpr const char* otherFormat = "; write this frame in another format, such as EXR";
 
 } // namespace
 
@@ -108,10 +109,8 @@ void CodecChild::failForTime() const {
 
 void CodecChild::failForAnswer() const {
     if (isEncoder())
-        fail(
-            "cannot be written: the sandboxed encoder returned something that is not a result; write this frame in "
-            "another "
-            "format, such as EXR");
+        fail(std::string("cannot be written: the sandboxed encoder returned something that is not a result") +
+             otherFormat);
     fail("the sandboxed decoder returned something that is not a frame; the file is damaged or malicious");
 }
 
@@ -125,8 +124,7 @@ void CodecChild::failForStatus(int status) const {
     const int signal = WTERMSIG(status);
     if (signal == SIGXCPU) failForTime();
     const std::string text = "was killed by signal " + std::to_string(signal) + " (" + ::strsignal(signal) + ")";
-    if (isEncoder())
-        fail("cannot be written: the sandboxed encoder " + text + "; write this frame in another format, such as EXR");
+    if (isEncoder()) fail("cannot be written: the sandboxed encoder " + text + otherFormat);
     fail("the sandboxed decoder " + text + "; the file is damaged or malicious, copy or render it again");
 }
 

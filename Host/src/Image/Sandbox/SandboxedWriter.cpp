@@ -22,9 +22,8 @@ void share(const Frame& frame, MemoryFile& memory) {
     const std::vector<std::uint64_t> offsets = sharedOffsets(frame);
     std::size_t index = 0;
     for (const Part& part : frame.parts)
-        for (const Plane& plane : part.planes) {
+        for (const Plane& plane : part.planes)
             memory.write(plane.pixels.data(), plane.rowBytes() * plane.height, start + offsets[index++]);
-        }
     memory.resize(start + offsets.back());
 }
 
