@@ -4,12 +4,10 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <mutex>
 #include <utility>
 
 #include "Frames/FrameRange.h"
 #include "Image/DroppedPictures.h"
-#include "Image/ImageError.h"
 #include "Image/ParallelFor.h"
 
 namespace Host {
@@ -17,47 +15,8 @@ namespace {
 
 constexpr std::size_t mostEntries = 10;
 
-/// Size and channels of a frame's parts; equal texts mean equal frames.
-struct Shape {
-    std::string size;
-    std::string channels;
-    bool operator<(const Shape& other) const { return std::tie(size, channels) < std::tie(other.size, other.channels); }
-};
-
-Shape shapeOf(const HostImage::Frame& header) {
-    Shape shape;
-    for (const HostImage::Part& part : header.parts) {
-        std::vector<std::string> names;
-        for (const HostImage::Channel& channel : part.channels) names.push_back(channel.name);
-        std::sort(names.begin(), names.end());
-        const char* const separator = shape.size.empty() ? "" : " + ";
-        shape.size += fmt::format("{}{} x {} px", separator, part.displayWindow.width(), part.displayWindow.height());
-        shape.channels += fmt::format("{}{}", separator, fmt::join(names, " "));
-    }
-    return shape;
-}
-
-using FramesOfShape = std::map<Shape, std::vector<std::int32_t>>;
-
-/// Only what differs is told: sizes, channels, or both.
-std::string changeText(const std::string& clip, const FramesOfShape& shapes) {
-    const auto differs = [&](std::string Shape::*text) {
-        return std::any_of(shapes.begin(), shapes.end(),
-                           [&](const auto& entry) { return entry.first.*text != shapes.begin()->first.*text; });
-    };
-    std::vector<std::pair<Shape, std::vector<std::int32_t>>> inOrder(shapes.begin(), shapes.end());
-    std::sort(inOrder.begin(), inOrder.end(),
-              [](const auto& a, const auto& b) { return a.second.front() < b.second.front(); });
-    std::vector<std::string> entries;
-    for (const auto& [shape, frames] : inOrder) {
-        std::string text = differs(&Shape::size) ? shape.size : "";
-        if (differs(&Shape::channels)) text += (text.empty() ? "" : ", ") + shape.channels;
-        entries.push_back(fmt::format("{}: {}", FrameRange::string(frames), text));
-        if (entries.size() == mostEntries) break;
-    }
-    const std::size_t others = shapes.size() - entries.size();
-    const std::string rest = others == 0 ? "" : fmt::format("; and {} other{}", others, others == 1 ? "" : "s");
-    return fmt::format("Size or channels change within the clip \"{}\": {}{}.", clip, fmt::join(entries, "; "), rest);
+std::string listOf(const std::set<std::int32_t>& frames) {
+    return FrameRange::string(std::vector<std::int32_t>(frames.begin(), frames.end()));
 }
 
 } // namespace
@@ -86,41 +45,101 @@ std::string missingFrames(const Clip& clip, const std::vector<std::int32_t>& fra
     return fmt::format("Frames are missing in the clip \"{}\": {}.", clip.files().pattern.string(), gaps);
 }
 
-ClipSurvey ClipSurvey::of(const Clip& clip, const std::vector<std::int32_t>& frames, unsigned int threads,
-                          const std::function<bool()>& mustStop) {
-    ClipSurvey survey;
-    if (clip.isMovie()) return survey;
-    const std::string name = clip.files().pattern.string();
-    std::vector<std::int32_t> existing;
-    for (const std::int32_t frame : frames)
-        if (clip.fileOf(frame)) existing.push_back(frame);
+ClipSurvey::ClipSurvey(const Clip& clip, const std::vector<std::int32_t>& frames)
+    : m_clip(clip), m_jobFrames(frames.begin(), frames.end()) {}
 
-    std::mutex access;
-    FramesOfShape shapes;
-    std::map<std::string, std::vector<std::int32_t>> dropped;
-    HostImage::parallelFor(threads, existing.size(), [&](HostImage::WorkQueue& queue) {
+void ClipSurvey::keep(const std::vector<std::int32_t>& frames) { m_toKeep.insert(frames.begin(), frames.end()); }
+
+std::shared_ptr<const HostImage::Frame> ClipSurvey::header(std::int32_t frame) {
+    {
+        const std::lock_guard<std::mutex> lock(m_access);
+        if (const auto kept = m_kept.find(frame); kept != m_kept.end()) return kept->second;
+        if (const auto error = m_errors.find(frame); error != m_errors.end()) std::rethrow_exception(error->second);
+    }
+    std::shared_ptr<const HostImage::Frame> header;
+    try {
+        header = std::make_shared<const HostImage::Frame>(m_clip.readHeader(frame));
+    } catch (const std::exception&) {
+        const std::lock_guard<std::mutex> lock(m_access);
+        m_errors[frame] = std::current_exception();
+        throw;
+    }
+    const std::lock_guard<std::mutex> lock(m_access);
+    m_read.insert(frame);
+    if (m_toKeep.contains(frame)) m_kept[frame] = header;
+    if (!m_jobFrames.contains(frame)) return header;
+    m_shapes[shapeOf(*header)].insert(frame);
+    for (const std::string& what : HostImage::droppedPictures(*header)) m_dropped[what].insert(frame);
+    return header;
+}
+
+bool ClipSurvey::isRead(std::int32_t frame) const {
+    const std::lock_guard<std::mutex> lock(m_access);
+    return m_read.contains(frame) || m_errors.contains(frame);
+}
+
+void ClipSurvey::read(const std::vector<std::int32_t>& frames, unsigned int threads,
+                      const std::function<bool()>& mustStop, const Use& use) {
+    HostImage::parallelFor(threads, frames.size(), [&](HostImage::WorkQueue& queue) {
         for (std::size_t index = 0; !mustStop() && queue.next(index);) {
+            const std::int32_t frame = frames[index];
+            if (isRead(frame)) continue;
             try {
-                const HostImage::Frame header = clip.readHeader(existing[index]);
-                const Shape shape = shapeOf(header);
-                const std::lock_guard<std::mutex> lock(access);
-                shapes[shape].push_back(existing[index]);
-                for (const std::string& what : HostImage::droppedPictures(header))
-                    dropped[what].push_back(existing[index]);
-            } catch (const HostImage::ImageError&) {
+                const std::shared_ptr<const HostImage::Frame> own = header(frame);
+                const std::lock_guard<std::mutex> lock(m_use);
+                if (use) use(frame, *own);
+            } catch (const std::exception&) {
                 // Told when the frame's turn comes.
             }
         }
     });
-    for (auto& [shape, own] : shapes) std::sort(own.begin(), own.end());
-    if (shapes.size() > 1) survey.change = changeText(name, shapes);
-    for (auto& [what, own] : dropped) {
-        std::sort(own.begin(), own.end());
-        survey.droppings.push_back(
-            fmt::format("Only the first picture of each file of the clip \"{}\" is read; dropped: {} (frames {}).",
-                        name, what, FrameRange::string(own)));
+}
+
+ClipSurvey::Shape ClipSurvey::shapeOf(const HostImage::Frame& header) {
+    Shape shape;
+    for (const HostImage::Part& part : header.parts) {
+        std::vector<std::string> names;
+        for (const HostImage::Channel& channel : part.channels) names.push_back(channel.name);
+        std::sort(names.begin(), names.end());
+        const char* const separator = shape.size.empty() ? "" : " + ";
+        shape.size += fmt::format("{}{} x {} px", separator, part.displayWindow.width(), part.displayWindow.height());
+        shape.channels += fmt::format("{}{}", separator, fmt::join(names, " "));
     }
-    return survey;
+    return shape;
+}
+
+/// Only what differs is told: sizes, channels, or both.
+std::string ClipSurvey::change() const {
+    const std::lock_guard<std::mutex> lock(m_access);
+    if (m_shapes.size() < 2) return {};
+    const auto differs = [&](std::string Shape::*text) {
+        return std::any_of(m_shapes.begin(), m_shapes.end(),
+                           [&](const auto& entry) { return entry.first.*text != m_shapes.begin()->first.*text; });
+    };
+    std::vector<std::pair<Shape, Frames>> inOrder(m_shapes.begin(), m_shapes.end());
+    std::sort(inOrder.begin(), inOrder.end(),
+              [](const auto& a, const auto& b) { return *a.second.begin() < *b.second.begin(); });
+    std::vector<std::string> entries;
+    for (const auto& [shape, frames] : inOrder) {
+        std::string text = differs(&Shape::size) ? shape.size : "";
+        if (differs(&Shape::channels)) text += (text.empty() ? "" : ", ") + shape.channels;
+        entries.push_back(fmt::format("{}: {}", listOf(frames), text));
+        if (entries.size() == mostEntries) break;
+    }
+    const std::size_t others = m_shapes.size() - entries.size();
+    const std::string rest = others == 0 ? "" : fmt::format("; and {} other{}", others, others == 1 ? "" : "s");
+    return fmt::format("Size or channels change within the clip \"{}\": {}{}.", m_clip.files().pattern.string(),
+                       fmt::join(entries, "; "), rest);
+}
+
+std::vector<std::string> ClipSurvey::droppings() const {
+    const std::lock_guard<std::mutex> lock(m_access);
+    std::vector<std::string> texts;
+    for (const auto& [what, frames] : m_dropped)
+        texts.push_back(
+            fmt::format("Only the first picture of each file of the clip \"{}\" is read; dropped: {} (frames {}).",
+                        m_clip.files().pattern.string(), what, listOf(frames)));
+    return texts;
 }
 
 } // namespace Host

@@ -1,8 +1,13 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <map>
+#include <memory>
+#include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,15 +19,58 @@ namespace Host {
 /// order: with `areAsked` those of them that the clip lacks, otherwise the gaps between its first and its last frame.
 std::string missingFrames(const Clip& clip, const std::vector<std::int32_t>& frames, bool areAsked);
 
-/// What a user should know about a clip before it is corrected, from its headers; sentences that name the clip.
-struct ClipSurvey {
-    std::string change;                 ///< of size or channels within the sequence; empty: none
-    std::vector<std::string> droppings; ///< what of the files is not read: mip levels, further pages and pictures
+/// What is known from the headers of a clip before it is corrected. Each file is opened once for it, whoever asks
+/// first: opening is slow over a network, and costs a process where files are decoded in one.
+///
+/// Any thread may call, but for keep.
+class ClipSurvey {
+public:
+    /// `frames`: those of the job, in its order; change and droppings speak of them alone. The clip outlives this
+    /// object.
+    ClipSurvey(const Clip& clip, const std::vector<std::int32_t>& frames);
 
-    /// Reads the headers of the frames on so many threads; a movie's are not read, since all its frames are alike. A
-    /// header that cannot be read is skipped: its frame fails later. `mustStop` ends the survey early.
-    static ClipSurvey of(const Clip& clip, const std::vector<std::int32_t>& frames, unsigned int threads,
-                         const std::function<bool()>& mustStop);
+    /// From now on, whole headers of these frames are kept once they are read; of others, only what change and
+    /// droppings tell: a clip may have ten thousand.
+    void keep(const std::vector<std::int32_t>& frames);
+
+    /// The whole header of a frame. Throws HostImage::ImageError; again the same one if the header could not be read
+    /// before.
+    std::shared_ptr<const HostImage::Frame> header(std::int32_t frame);
+
+    /// Reads, on so many threads, the headers of those of the frames that were not read before. A header that cannot be
+    /// read is skipped: its frame fails later. `use` is called with each, by one thread at a time; it throws nothing.
+    /// `mustStop` ends it early.
+    using Use = std::function<void(std::int32_t frame, const HostImage::Frame& header)>;
+    void read(const std::vector<std::int32_t>& frames, unsigned int threads, const std::function<bool()>& mustStop,
+              const Use& use);
+
+    /// Of size or channels within the sequence, in a sentence that names the clip; empty: none is known.
+    std::string change() const;
+    /// What of the files is not read (mip levels, further pages and pictures), in such sentences.
+    std::vector<std::string> droppings() const;
+
+private:
+    using Frames = std::set<std::int32_t>;
+    /// Size and channels of a frame's parts; equal texts mean equal frames.
+    struct Shape {
+        std::string size;
+        std::string channels;
+        auto operator<=>(const Shape&) const = default;
+    };
+
+    static Shape shapeOf(const HostImage::Frame& header);
+    bool isRead(std::int32_t frame) const;
+
+    const Clip& m_clip;
+    const Frames m_jobFrames;
+    Frames m_toKeep;
+    std::mutex m_use;
+    mutable std::mutex m_access; ///< guards what follows
+    Frames m_read;
+    std::map<std::int32_t, std::shared_ptr<const HostImage::Frame>> m_kept;
+    std::map<std::int32_t, std::exception_ptr> m_errors;
+    std::map<Shape, Frames> m_shapes;
+    std::map<std::string, Frames> m_dropped;
 };
 
 /// The frames missing between the keys, as a list: "3, 7-9"; after ten entries only how many follow.

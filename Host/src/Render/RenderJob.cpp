@@ -20,7 +20,6 @@
 #include "LensCorrection.h"
 #include "Output/AtomicFile.h"
 #include "Output/Interruption.h"
-#include "Render/ClipSurvey.h"
 #include "Render/CorrectionMark.h"
 #include "Render/PictureMemory.h"
 #include "Render/PlaneTransfer.h"
@@ -75,6 +74,17 @@ std::vector<std::int32_t> framesOf(const std::vector<FrameJob>& jobs) {
     return frames;
 }
 
+std::vector<FrameJob> withInput(std::vector<FrameJob> jobs) {
+    jobs.erase(std::remove_if(jobs.begin(), jobs.end(), [](const FrameJob& job) { return job.input.empty(); }),
+               jobs.end());
+    return jobs;
+}
+
+/// The frames whose headers are looked at whole before the first is corrected.
+std::vector<std::int32_t> checkedFrames(const std::vector<FrameJob>& jobs) {
+    return {jobs.front().frame, jobs[jobs.size() / 2].frame, jobs.back().frame};
+}
+
 /// The writer names the file that it was given; a user knows the final name only.
 std::string withFinalName(std::string text, const AtomicFile& file) {
     const std::string& temporary = file.temporaryPath();
@@ -90,9 +100,13 @@ RenderJob::RenderJob(const RenderOptions& options)
       m_threads(options.threads != 0 ? options.threads : std::max(1u, std::thread::hardware_concurrency())),
       m_clip(options.clip, options.decoding),
       m_jobs(frameJobs(options, m_clip.frames())),
+      m_survey(m_clip, framesOf(m_jobs)),
       m_finished(options.output),
       m_inputSpace(options) {
-    if (options.plate) m_plate.emplace(*options.plate, options.decoding);
+    if (options.plate) {
+        m_plate.emplace(*options.plate, options.decoding);
+        m_plateSurvey.emplace(*m_plate, std::vector<std::int32_t>());
+    }
     if (m_plate) {
         for (const FrameJob& job : m_jobs) {
             const std::optional<std::string> file = m_plate->fileOf(job.frame);
@@ -149,17 +163,16 @@ std::vector<FrameJob> RenderJob::remainingJobs(Progress& progress) {
 
 /// Sets the chain up for each part of a frame's header and calls action(part).
 template <typename Action>
-void RenderJob::forEachHeader(CorrectionChain& chain, std::int32_t frame, Action action) const {
-    const HostImage::Frame header = m_clip.readHeader(frame);
+void RenderJob::forEachPart(CorrectionChain& chain, std::int32_t frame, const HostImage::Frame& header, Action action) {
     const HostImage::Metadata metadata = m_clip.metadata(frame, header);
     const ClipFrame image{&header, &metadata, m_clip.shownPath(frame), m_clip.range()};
-    HostImage::Frame plateHeader;
+    std::shared_ptr<const HostImage::Frame> plateHeader;
     HostImage::Metadata plateMetadata;
     ClipFrame plate = image;
     if (m_plate) {
-        plateHeader = m_plate->readHeader(frame);
-        plateMetadata = m_plate->metadata(frame, plateHeader);
-        plate = {&plateHeader, &plateMetadata, m_plate->shownPath(frame), m_plate->range()};
+        plateHeader = m_plateSurvey->header(frame);
+        plateMetadata = m_plate->metadata(frame, *plateHeader);
+        plate = {plateHeader.get(), &plateMetadata, m_plate->shownPath(frame), m_plate->range()};
     }
     for (std::size_t part = 0; part < (m_options.renderMap ? 1 : header.parts.size()); ++part) {
         chain.setFrame(frame, image, part, plate);
@@ -168,19 +181,14 @@ void RenderJob::forEachHeader(CorrectionChain& chain, std::int32_t frame, Action
 }
 
 /// Pixels that the output's format cannot hold would otherwise fail every frame once it is corrected.
-void RenderJob::checkOutputFormat(const FrameJob& job) const {
+void RenderJob::checkOutputFormat(const FrameJob& job, const HostImage::Frame& input) const {
     if (m_options.isOutputWithDataWindow()) return;
     HostImage::Frame output;
-    try {
-        const HostImage::Frame input = m_clip.readHeader(job.frame);
-        output.parts.resize(m_options.renderMap ? 1 : input.parts.size());
-        for (std::size_t part = 0; part < output.parts.size(); ++part) {
-            layOut(input.parts[part], {}, part, output.parts[part]);
-            // The box is not known yet, and such a format has it as its only window.
-            output.parts[part].dataWindow = output.parts[part].displayWindow;
-        }
-    } catch (const HostImage::ImageError&) {
-        return; // this frame's own trouble, told when its turn comes
+    output.parts.resize(m_options.renderMap ? 1 : input.parts.size());
+    for (std::size_t part = 0; part < output.parts.size(); ++part) {
+        layOut(input.parts[part], {}, part, output.parts[part]);
+        // The box is not known yet, and such a format has it as its only window.
+        output.parts[part].dataWindow = output.parts[part].displayWindow;
     }
     try {
         HostImage::checkFrame(job.output, output, writeOptions());
@@ -190,12 +198,17 @@ void RenderJob::checkOutputFormat(const FrameJob& job) const {
     }
 }
 
+void RenderJob::keepHeaders(const std::vector<std::int32_t>& frames) {
+    m_survey.keep(frames);
+    if (m_plateSurvey) m_plateSurvey->keep(frames);
+}
+
 /// A clip of nothing but pictures that are never read is input that is not usable, and no frame's own trouble.
-void RenderJob::refuseUnsupportedPictures(const std::vector<FrameJob>& jobs) const {
+void RenderJob::refuseUnsupportedPictures(const std::vector<FrameJob>& jobs) {
     std::string text;
     for (const FrameJob& job : jobs) {
         try {
-            m_clip.readHeader(job.frame);
+            m_survey.header(job.frame);
             return;
         } catch (const HostImage::UnsupportedImage& error) {
             if (text.empty()) text = error.what();
@@ -209,9 +222,9 @@ void RenderJob::refuseUnsupportedPictures(const std::vector<FrameJob>& jobs) con
 /// Lens data that serve no frame are one message, not one for each of a thousand frames.
 void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs) {
     std::string firstText;
-    for (const FrameJob* job : {&jobs.front(), &jobs[jobs.size() / 2], &jobs.back()}) {
+    for (const std::int32_t frame : checkedFrames(jobs)) {
         try {
-            forEachHeader(chain, job->frame, [&](std::size_t) { chain.validate(); });
+            forEachPart(chain, frame, *m_survey.header(frame), [&](std::size_t) { chain.validate(); });
             return;
         } catch (const CorrectionError& error) {
             if (firstText.empty()) firstText = error.text();
@@ -278,35 +291,39 @@ void RenderJob::tellIrregularity(Progress& progress, const std::string& text) co
 
 /// Of all frames, also those that an earlier run has finished: whether a sequence is as it should be does not depend on
 /// how often the job was started.
-void RenderJob::surveyHeaders(Progress& progress, unsigned int threads) const {
-    const ClipSurvey survey = ClipSurvey::of(m_clip, framesOf(m_jobs), threads, [this] { return mustStop(); });
-    tellIrregularity(progress, survey.change);
-    for (const std::string& text : survey.droppings) progress.note(text);
+void RenderJob::surveyHeaders(Progress& progress, unsigned int threads) {
+    // A movie's frames are all alike.
+    if (!m_clip.isMovie()) m_survey.read(framesOf(m_jobs), threads, [this] { return mustStop(); }, {});
+    tellIrregularity(progress, m_survey.change());
+    for (const std::string& text : m_survey.droppings()) progress.note(text);
 }
 
 /// Of all frames of the clip, whichever this job renders: so all get the same box on a farm, where each task renders
 /// some of them, and when a few are rendered again.
 void RenderJob::findConstantBoxes() {
     CorrectionChain chain(m_options, 1);
-    for (const auto& entry : m_clip.frames()) {
-        if (mustStop()) return;
+    std::vector<std::int32_t> frames;
+    for (const auto& entry : m_clip.frames()) frames.push_back(entry.first);
+    const auto add = [&](std::int32_t frame, const HostImage::Frame& header) {
         try {
-            forEachHeader(chain, entry.first, [&](std::size_t part) {
+            forEachPart(chain, frame, header, [&](std::size_t part) {
                 const DD::Image::Box box = fileBox(chain.plan(), chain.shape());
                 m_constantBoxes.emplace(part, box).first->second.merge(box);
             });
         } catch (const std::exception&) {
             // Such a frame is told about when its turn comes; it has no say in the box.
         }
-    }
+    };
+    m_survey.read(
+        frames, m_threads, [this] { return mustStop(); }, add);
 }
 
 /// Nothing for a frame that cannot be read: that is told when its turn comes.
-std::optional<HostImage::Frame> RenderJob::headerOf(const FrameJob& job) const {
+std::shared_ptr<const HostImage::Frame> RenderJob::headerOf(const FrameJob& job) {
     try {
-        return m_clip.readHeader(job.frame);
+        return m_survey.header(job.frame);
     } catch (const HostImage::ImageError&) {
-        return std::nullopt;
+        return nullptr;
     }
 }
 
@@ -316,7 +333,7 @@ std::string RenderJob::objection(const HostImage::Frame& frame) const {
     return shape.empty() ? InputSpace::objection(m_options, frame) : shape;
 }
 
-std::size_t RenderJob::slotCount(const std::optional<HostImage::Frame>& first, std::size_t most) const {
+std::size_t RenderJob::slotCount(const HostImage::Frame* first, std::size_t most) const {
     if (!first) return most;
     std::uint64_t inFile = 0, asFloats = 0;
     for (const HostImage::Part& part : first->parts) {
@@ -484,21 +501,24 @@ ExitCode RenderJob::run() {
     tellIrregularity(progress, missingFrames(m_clip, framesOf(m_jobs), m_options.frames.has_value()));
     // Of a plate, only what the job needs counts: it may be longer than the clip.
     if (m_plate) tellIrregularity(progress, missingFrames(*m_plate, framesOf(m_jobs), true));
+    keepHeaders(checkedFrames(withInput(m_jobs)));
     if (m_options.boxSize == RenderOptions::BoxSize::Constant && m_options.window == RenderOptions::Window::Box)
         findConstantBoxes();
     const std::vector<FrameJob> jobs = remainingJobs(progress);
     if (jobs.empty()) return finish(progress, m_jobs.size());
+    // Fewer than all if some are finished; which ones those are depends on the boxes.
+    keepHeaders(checkedFrames(jobs));
     refuseUnsupportedPictures(jobs);
-    checkOutputFormat(jobs.front());
+    const std::shared_ptr<const HostImage::Frame> first = headerOf(jobs.front());
+    if (first) checkOutputFormat(jobs.front(), *first);
 
     const std::size_t decoders = std::min<std::size_t>(std::max(1u, m_threads / 2), jobs.size());
     const std::size_t encoders = std::min<std::size_t>(m_threads, jobs.size());
-    const std::optional<HostImage::Frame> first = headerOf(jobs.front());
     // What holds for a whole clip is one message, not one for each of a thousand frames.
     if (const std::string text = first ? objection(*first) : ""; !text.empty())
         throw Failure(ExitCode::WrongUse,
                       fmt::format("Frame {} ({}): {}", jobs.front().frame, jobs.front().input, text));
-    const std::size_t slots = slotCount(first, decoders + encoders + 1);
+    const std::size_t slots = slotCount(first.get(), decoders + encoders + 1);
 
     Queue<std::unique_ptr<Slot>> free, decoded, rendered;
     for (std::size_t slot = 0; slot < slots; ++slot) free.push(std::make_unique<Slot>());

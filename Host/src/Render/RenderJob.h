@@ -15,6 +15,7 @@
 #include "Output/FinishedFrames.h"
 #include "Pipeline/Queue.h"
 #include "Render/Clip.h"
+#include "Render/ClipSurvey.h"
 #include "Render/CorrectionChain.h"
 #include "Render/FrameJob.h"
 #include "Render/InputSpace.h"
@@ -44,20 +45,21 @@ private:
 
     std::string outputKey(const FrameJob& job) const;
     std::vector<FrameJob> remainingJobs(Progress& progress);
-    void checkOutputFormat(const FrameJob& job) const;
-    void refuseUnsupportedPictures(const std::vector<FrameJob>& jobs) const;
+    void checkOutputFormat(const FrameJob& job, const HostImage::Frame& input) const;
+    void refuseUnsupportedPictures(const std::vector<FrameJob>& jobs);
     HostImage::WriteOptions writeOptions() const;
     void checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs);
+    void keepHeaders(const std::vector<std::int32_t>& frames);
     template <typename Action>
-    void forEachHeader(CorrectionChain& chain, std::int32_t frame, Action action) const;
+    void forEachPart(CorrectionChain& chain, std::int32_t frame, const HostImage::Frame& header, Action action);
     std::string nameNote(CorrectionChain& chain) const;
     void checkOutputFolder(const FrameJob& first) const;
     void findConstantBoxes();
-    std::optional<HostImage::Frame> headerOf(const FrameJob& job) const;
+    std::shared_ptr<const HostImage::Frame> headerOf(const FrameJob& job);
     std::string objection(const HostImage::Frame& frame) const;
-    std::size_t slotCount(const std::optional<HostImage::Frame>& first, std::size_t most) const;
+    std::size_t slotCount(const HostImage::Frame* first, std::size_t most) const;
     void tellIrregularity(Progress& progress, const std::string& text) const;
-    void surveyHeaders(Progress& progress, unsigned int threads) const;
+    void surveyHeaders(Progress& progress, unsigned int threads);
 
     void decode(Slot& slot, unsigned int threads);
     void render(CorrectionChain& chain, Slot& slot, unsigned int threads);
@@ -78,6 +80,8 @@ private:
     Clip m_clip;
     std::optional<Clip> m_plate;
     std::vector<FrameJob> m_jobs;
+    ClipSurvey m_survey;
+    std::optional<ClipSurvey> m_plateSurvey;
     FinishedFrames m_finished;
     InputSpace m_inputSpace;
     std::string m_correctionFile;                          ///< the one found near the clip or given; empty: none

@@ -1,7 +1,9 @@
 """lenscorrect render: what it says about the clip before the first frame."""
 import os
+import struct
 import subprocess
 import sys
+import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
 import exr
@@ -9,6 +11,7 @@ import program
 import render_test
 
 UNDISTORT = ("--distortion", "undistort")
+FAULTS = os.environ.get("ORVEX_FAULTS")
 REPAIR = "Repair the clip, name the frames with --frames, or omit --strict.\n"
 
 
@@ -126,6 +129,70 @@ class DroppedPictures(render_test.RenderTest):
     def test_the_second_picture_of_a_stereo_dpx(self):
         self.write("dpx", "--dup", "--siappend", "-d", "uint16", "-o")
         self.expect_told("dpx", "a second picture")
+
+
+@unittest.skipUnless(FAULTS, "calls of the program cannot be counted in this build")
+class Headers(render_test.RenderTest):
+    """Opening a file is slow over a network, and costs a process where it is decoded in one."""
+
+    FRAMES = (1001, 1002, 1003, 1004)
+
+    def setUp(self):
+        super().setUp()
+        self.write_lens(count=len(self.FRAMES))
+
+    def opened(self, *arguments, of="plate.1", once_a_process=False, status=0, **options):
+        """How often files whose path holds the text are opened, or how many processes open one."""
+        count = self.path("count")
+        with open(count, "wb") as file:
+            file.write(bytes(4))
+        result = self.render(*arguments, "--overwrite", environment={
+            "LD_PRELOAD": FAULTS, "OPEN_COUNT": count, "OPEN_COUNT_OF": os.path.join(self.folder, of),
+            "OPEN_COUNT_ONCE_A_PROCESS": "1" if once_a_process else None}, **options)
+        self.expect(result, status)
+        with open(count, "rb") as file:
+            return struct.unpack("i", file.read())[0]
+
+    def expect_opened_twice(self, *arguments, of="plate.1", **options):
+        """Every frame's file: for its header before the first frame, and when the frame is decoded."""
+        self.assertEqual(self.opened(*arguments, of=of, **options), 2 * len(self.FRAMES))
+
+    def test_are_read_once(self):
+        self.write_plate(self.part("RGB"), frames=self.FRAMES)
+        self.expect_opened_twice(*UNDISTORT)
+
+    def test_are_read_once_for_a_box_of_the_whole_clip(self):
+        self.write_plate(self.part("RGB"), frames=self.FRAMES)
+        self.expect_opened_twice(*UNDISTORT, "--size", "constant")
+
+    def test_of_a_plate_are_read_once_for_a_box_of_the_whole_clip(self):
+        self.write_plate(self.part("RGB"), frames=self.FRAMES)
+        self.write_plate(self.part("RGB"), frames=self.FRAMES, name="cg")
+        arguments = ("--distortion", "distort", "--plate", "plate.%04d.exr", "--size", "constant")
+        for name in ("plate.1", "cg.1"):
+            self.expect_opened_twice(*arguments, of=name, clip="cg.%04d.exr")
+
+    def test_of_pictures_that_are_never_read_are_read_once(self):
+        self.write_plate(self.part("RGB"), frames=self.FRAMES)
+        for frame in self.FRAMES:
+            with open(self.path(f"plate.{frame}.exr"), "r+b") as file:
+                file.seek(5)
+                file.write(b"\x08") # the mark of deep pictures
+        self.assertEqual(self.opened(*UNDISTORT, "--size", "constant", status=2), len(self.FRAMES))
+
+    def test_of_lens_data_that_serve_no_frame_are_read_once(self):
+        self.write_plate(self.part("RGB"), frames=self.FRAMES)
+        self.write_lens(count=1, sensorWidth="0")
+        # Meanwhile, one frame may be decoded.
+        self.assertLessEqual(self.opened(*UNDISTORT, "--memory", "1K", status=2), len(self.FRAMES) + 1)
+
+    def test_of_other_stills_are_read_by_one_process_each(self):
+        self.write_plate(self.part("RGB"), frames=self.FRAMES)
+        for frame in self.FRAMES:
+            subprocess.run(["oiiotool", f"plate.{frame}.exr", "-d", "uint16", "-o", f"plate.{frame}.tif"],
+                           cwd=self.folder, check=True)
+        for out in ("out/f.%04d.exr", "out/f.%04d.tif"):
+            self.expect_opened_twice(*UNDISTORT, out=out, clip="plate.%04d.tif", once_a_process=True)
 
 
 program.main()
