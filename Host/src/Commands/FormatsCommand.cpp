@@ -141,11 +141,10 @@ ExitCode FormatsCommand::run() {
         if (m_asJson) printJson(everything);
         return ExitCode::Done;
     } catch (const RecordingFormatDatabase::CameraManufacturerNotFoundException&) {
-        throw Failure(ExitCode::WrongUse, fmt::format("Camera maker \"{}\" is not in the table; known are {}.", m_maker,
-                                                      joined(knownMakers)));
+        refuse(fmt::format("Camera maker \"{}\" is not in the table; known are {}.", m_maker, joined(knownMakers)));
     } catch (const RecordingFormatDatabase::CameraManufacturerModelMismatchException&) {
-        throw Failure(ExitCode::WrongUse, fmt::format("Camera model \"{}\" of {} is not in the table; known are {}.",
-                                                      m_model, m_maker, joined(modelsOf(database, m_maker))));
+        refuse(fmt::format("Camera model \"{}\" of {} is not in the table; known are {}.", m_model, m_maker,
+                           joined(modelsOf(database, m_maker))));
     }
 }
 

@@ -43,8 +43,7 @@ std::string HelpCommand::helpText() const {
         if (command->get_name() == m_command) return command->help(m_program->get_name());
     }
     const std::string text = noCommandText(*m_program, m_command);
-    throw Failure(ExitCode::WrongUse,
-                  fmt::format("{}{} Run \"lenscorrect help\" for the list.", text, text.back() == '?' ? "" : "."));
+    refuse(fmt::format("{}{} Run \"lenscorrect help\" for the list.", text, text.back() == '?' ? "" : "."));
 }
 
 } // namespace Host

@@ -34,8 +34,7 @@ InfoReport reportOn(const RenderOptions& options) {
                                 : options.overscan           ? "--overscan"
                                 : options.ignoresPixelAspect ? "--pixel-aspect"
                                                              : nullptr;
-    if (ofClips)
-        throw Failure(ExitCode::WrongUse, fmt::format("{} applies to a clip, not to a correction file.", ofClips));
+    if (ofClips) refuse(fmt::format("{} applies to a clip, not to a correction file.", ofClips));
     return fileInfo(options.clip, manualFormat(options), options.frames);
 }
 

@@ -24,8 +24,7 @@ void PlotCommand::declareOptions(CLI::App& app) {
 ExitCode PlotCommand::run() {
     const std::string extension = std::filesystem::path(m_outputPath).extension().string();
     if (extension != ".html" && extension != ".svg") {
-        throw Failure(ExitCode::WrongUse,
-                      fmt::format("{}: the output's name must end in .html or .svg.", m_outputPath));
+        refuse(fmt::format("{}: the output's name must end in .html or .svg.", m_outputPath));
     }
     refuseToReplace(m_path, m_outputPath);
     const LensReport report(CorrectionFileData::read(m_path));

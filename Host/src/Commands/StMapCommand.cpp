@@ -45,7 +45,7 @@ MapOptions StMapCommand::options() const {
     options.lens = m_lens.read();
     if (m_frame) {
         if (options.lens.frames) {
-            throw Failure(ExitCode::WrongUse, "--frame and --frames cannot be combined.");
+            refuse("--frame and --frames cannot be combined.");
         }
         options.lens.frames = FrameRange::fromStartToEnd(*m_frame, *m_frame);
     }
@@ -61,8 +61,7 @@ MapOptions StMapCommand::options() const {
                                                   : MapConvention::Channels::Both;
     options.output = FilePattern::parse(m_output, FilePattern::Use::Output);
     if (m_output.size() < 5 || m_output.compare(m_output.size() - 4, 4, ".exr") != 0) {
-        throw Failure(ExitCode::WrongUse,
-                      fmt::format("{}: maps are written as OpenEXR files; the name must end in .exr.", m_output));
+        refuse(fmt::format("{}: maps are written as OpenEXR files; the name must end in .exr.", m_output));
     }
     options.overwrite = m_overwrite;
     options.progress = m_progress;

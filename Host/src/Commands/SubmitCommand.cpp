@@ -35,9 +35,10 @@ std::vector<std::string> renderArguments(const CLI::App& app) {
         const std::string name = namesOf(*option).back();
         if (option->count() == 0 || option->get_group() == farmGroup) continue;
         if (isOneOf(name, {"--overwrite", "--stop-on-error", "--threads", "--progress"})) {
-            throw Failure(ExitCode::WrongUse, fmt::format("{} cannot be used on a farm: tasks resume where they "
-                                                          "stopped and get their cores from the farm. Omit it.",
-                                                          name));
+            refuse(
+                fmt::format("{} cannot be used on a farm: tasks resume where they "
+                            "stopped and get their cores from the farm. Omit it.",
+                            name));
         }
         if (isOneOf(name, {"--frames", "--start", "--end", "--step", "--skip-existing", "--keep-going"})) continue;
         if (option->get_positional()) {
@@ -60,7 +61,7 @@ std::vector<std::int32_t> framesOf(const RenderOptions& options) {
     }
     const FrameFiles files = FrameFiles::find(options.clip);
     if (!files.pattern.hasFrameNumber())
-        throw Failure(ExitCode::WrongUse, fmt::format("{}: give the frames to render with --frames.", options.clip));
+        refuse(fmt::format("{}: give the frames to render with --frames.", options.clip));
     for (const auto& [frame, path] : files.files) frames.push_back(frame);
     return frames;
 }
@@ -108,9 +109,9 @@ void SubmitCommand::declareOptions(CLI::App& app) {
 ExitCode SubmitCommand::run() {
     FarmJob job = makeJob();
     if (m_engine == "opencue") {
-        if (m_show.empty() || m_shot.empty()) throw Failure(ExitCode::WrongUse, "OpenCue needs --show and --shot.");
+        if (m_show.empty() || m_shot.empty()) refuse("OpenCue needs --show and --shot.");
         if (m_wait || m_tasksAtOnce > 0 || !m_engineOptions.empty())
-            throw Failure(ExitCode::WrongUse, "--wait, --limit and --engine-option are for Slurm.");
+            refuse("--wait, --limit and --engine-option are for Slurm.");
         job.write();
         const char* const user = std::getenv("USER");
         const std::string path = job.folder + "/opencue.xml";

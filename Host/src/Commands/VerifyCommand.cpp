@@ -30,7 +30,7 @@ void VerifyCommand::declareOptions(CLI::App& app) {
 ExitCode VerifyCommand::run() {
     const LensOptions options = m_lens.read();
     if (m_tolerance && !(*m_tolerance >= 0.0))
-        throw Failure(ExitCode::WrongUse, fmt::format("--tolerance {}: give a length in px, 0 or more.", *m_tolerance));
+        refuse(fmt::format("--tolerance {}: give a length in px, 0 or more.", *m_tolerance));
     const RenderingDevice device;
     LensGeometry lens(options);
     device.check();

@@ -32,8 +32,7 @@ PixelSize parsePixelSize(const std::string& option, const std::string& text) {
     PixelSize size;
     const auto isUsable = [](std::uint32_t side) { return side >= 1 && side <= 65536; };
     if (!takePair(text, size.width, size.height) || !isUsable(size.width) || !isUsable(size.height)) {
-        throw Failure(ExitCode::WrongUse,
-                      fmt::format("{} \"{}\" is not a size in pixels, such as 1920x1080.", option, text));
+        refuse(fmt::format("{} \"{}\" is not a size in pixels, such as 1920x1080.", option, text));
     }
     return size;
 }
@@ -42,8 +41,7 @@ MillimetreSize parseMillimetreSize(const std::string& option, const std::string&
     MillimetreSize size;
     const auto isUsable = [](float side) { return side > 0.0f && side <= 1000.0f; }; // false for NaN
     if (!takePair(text, size.width, size.height) || !isUsable(size.width) || !isUsable(size.height)) {
-        throw Failure(ExitCode::WrongUse,
-                      fmt::format("{} \"{}\" is not a size in millimetres, such as 23.76x13.37.", option, text));
+        refuse(fmt::format("{} \"{}\" is not a size in millimetres, such as 23.76x13.37.", option, text));
     }
     return size;
 }

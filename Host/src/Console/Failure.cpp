@@ -6,4 +6,6 @@ Failure::Failure(ExitCode exitCode, const std::string& what) : std::runtime_erro
 
 Failure::~Failure() = default;
 
+void refuse(const std::string& what) { throw Failure(ExitCode::WrongUse, what); }
+
 } // namespace Host

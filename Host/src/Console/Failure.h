@@ -20,4 +20,7 @@ private:
     ExitCode m_exitCode;
 };
 
+/// Throws the failure of a command that was not used as it is meant (ExitCode::WrongUse).
+[[noreturn]] void refuse(const std::string& what);
+
 } // namespace Host

@@ -10,9 +10,8 @@
 namespace Host {
 namespace {
 
-[[noreturn]] void refuse(const std::string& text, const char* reason) {
-    throw Failure(ExitCode::WrongUse,
-                  fmt::format("Memory size \"{}\" is not understood: {} Examples: 8G, 512M, 1.5G.", text, reason));
+[[noreturn]] void refuseSize(const std::string& text, const char* reason) {
+    refuse(fmt::format("Memory size \"{}\" is not understood: {} Examples: 8G, 512M, 1.5G.", text, reason));
 }
 
 } // namespace
@@ -22,7 +21,7 @@ std::uint64_t parseMemorySize(const std::string& text) {
     const char* const end = text.data() + text.size();
     // Without an exponent: "1e3" would be a strange way to say it, and "E" a strange unit.
     auto [rest, error] = std::from_chars(text.data(), end, amount, std::chars_format::fixed);
-    if (error != std::errc() || !std::isfinite(amount)) refuse(text, "it does not begin with a number.");
+    if (error != std::errc() || !std::isfinite(amount)) refuseSize(text, "it does not begin with a number.");
     while (rest != end && *rest == ' ') ++rest;
     std::string unit(rest, end);
     for (char& character : unit) {
@@ -38,11 +37,11 @@ std::uint64_t parseMemorySize(const std::string& text) {
     if (unit.size() == 1 && units.find(unit) != std::string::npos) {
         power = static_cast<int>(units.find(unit)) + 1;
     } else if (!unit.empty() && unit != "B") {
-        refuse(text, "its unit is not K, M, G or T.");
+        refuseSize(text, "its unit is not K, M, G or T.");
     }
     const double bytes = std::ldexp(amount, 10 * power);
-    if (!(bytes >= 1.0)) refuse(text, "it must be more than 0.");
-    if (bytes >= std::ldexp(1.0, 63)) refuse(text, "it is too large.");
+    if (!(bytes >= 1.0)) refuseSize(text, "it must be more than 0.");
+    if (bytes >= std::ldexp(1.0, 63)) refuseSize(text, "it is too large.");
     return static_cast<std::uint64_t>(bytes);
 }
 

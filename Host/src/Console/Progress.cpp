@@ -43,7 +43,7 @@ Progress::Mode Progress::parseMode(const std::string& text, bool isTerminal) {
     if (text == "lines") return Mode::Lines;
     if (text == "json") return Mode::Json;
     if (text == "none") return Mode::None;
-    throw Failure(ExitCode::WrongUse, fmt::format("Progress \"{}\" is not one of auto, bar, lines, json, none.", text));
+    refuse(fmt::format("Progress \"{}\" is not one of auto, bar, lines, json, none.", text));
 }
 
 Progress::Output Progress::standardOutput(Mode mode) {

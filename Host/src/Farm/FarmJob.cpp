@@ -74,8 +74,7 @@ void FarmJob::write() const {
     std::error_code error;
     fs::create_directories(fs::path(folder).parent_path(), error);
     if (!fs::create_directory(folder, error) && !error) {
-        throw Failure(ExitCode::WrongUse,
-                      fmt::format("{}: the job folder already exists. Give another --folder.", folder));
+        refuse(fmt::format("{}: the job folder already exists. Give another --folder.", folder));
     }
     for (const char* part : {"report", "log"}) {
         if (!error) fs::create_directory(folder + "/" + part, error);

@@ -54,9 +54,7 @@ FarmSummary FarmSummary::read(const std::string& folder) {
     std::error_code error;
     fs::directory_iterator entries(folder + "/report", error);
     if (frames.empty() || error) {
-        throw Failure(
-            ExitCode::WrongUse,
-            fmt::format("{}: this is not a job folder. Give the one printed by \"lenscorrect submit\".", folder));
+        refuse(fmt::format("{}: this is not a job folder. Give the one printed by \"lenscorrect submit\".", folder));
     }
     FarmSummary summary;
     Reports reports;

@@ -68,8 +68,8 @@ Place findPlace(const std::string& text, std::size_t from) {
     return {};
 }
 
-[[noreturn]] void refuse(const std::string& path, const std::string& reason) {
-    throw Failure(ExitCode::WrongUse, fmt::format("File pattern \"{}\" is not usable: {}", path, reason));
+[[noreturn]] void refusePattern(const std::string& path, const std::string& reason) {
+    refuse(fmt::format("File pattern \"{}\" is not usable: {}", path, reason));
 }
 
 } // namespace
@@ -77,7 +77,7 @@ Place findPlace(const std::string& text, std::size_t from) {
 FilePattern FilePattern::parse(const std::string& path, Use use) {
     FilePattern pattern = singleFile(path);
     if (findPlace(pattern.m_directory, 0).found()) {
-        refuse(path, "the frame number may only appear in the file name, not in a folder name.");
+        refusePattern(path, "the frame number may only appear in the file name, not in a folder name.");
     }
     const std::string name = pattern.m_prefix;
     const Place place = findPlace(name, 0);
@@ -85,16 +85,17 @@ FilePattern FilePattern::parse(const std::string& path, Use use) {
     const std::string written = name.substr(place.position, place.length);
     const Place second = findPlace(name, place.position + place.length);
     if (second.found()) {
-        refuse(path, fmt::format("it has two placeholders for the frame number, \"{}\" and \"{}\"; keep only one.",
-                                 written, name.substr(second.position, second.length)));
+        refusePattern(path,
+                      fmt::format("it has two placeholders for the frame number, \"{}\" and \"{}\"; keep only one.",
+                                  written, name.substr(second.position, second.length)));
     }
-    if (place.digits > maximumDigits) refuse(path, fmt::format("\"{}\" has too many digits.", written));
+    if (place.digits > maximumDigits) refusePattern(path, fmt::format("\"{}\" has too many digits.", written));
     if (place.kind == Place::Kind::BlankPadded) {
-        refuse(path, fmt::format("\"{}\" pads with spaces; write \"%0{}d\".", written, place.digits));
+        refusePattern(path, fmt::format("\"{}\" pads with spaces; write \"%0{}d\".", written, place.digits));
     }
     if (place.kind == Place::Kind::InputOnly && use == Use::Output) {
-        refuse(path, fmt::format("\"{}\" works for input only; write \"%0{}d\" for output.", written,
-                                 std::max(place.digits, 1u)));
+        refusePattern(path, fmt::format("\"{}\" works for input only; write \"%0{}d\" for output.", written,
+                                        std::max(place.digits, 1u)));
     }
     pattern.m_prefix = name.substr(0, place.position);
     pattern.m_suffix = name.substr(place.position + place.length);
@@ -107,7 +108,7 @@ FilePattern FilePattern::singleFile(const std::string& path) {
     FilePattern pattern;
     pattern.m_directory = path.substr(0, nameBegin);
     pattern.m_prefix = path.substr(nameBegin);
-    if (pattern.m_prefix.empty()) refuse(path, "the file name is missing.");
+    if (pattern.m_prefix.empty()) refusePattern(path, "the file name is missing.");
     pattern.m_folder = nameBegin > 1 ? path.substr(0, nameBegin - 1) : nameBegin == 1 ? "/" : ".";
     return pattern;
 }

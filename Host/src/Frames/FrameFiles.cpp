@@ -18,8 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void fail(const std::string& text) { throw Failure(ExitCode::WrongUse, text); }
-
 /// Names of the visible files of a folder, sorted, so that messages do not depend on the file system's order.
 std::vector<std::string> fileNames(const std::string& folder) {
     std::vector<std::string> names;
@@ -29,7 +27,7 @@ std::vector<std::string> fileNames(const std::string& folder) {
         std::error_code ignored;
         if (name.front() != '.' && entry->is_regular_file(ignored)) names.push_back(std::move(name));
     }
-    if (error) fail(fmt::format("Folder \"{}\" could not be listed: {}.", folder, error.message()));
+    if (error) refuse(fmt::format("Folder \"{}\" could not be listed: {}.", folder, error.message()));
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -59,8 +57,8 @@ void addFrames(FrameFiles& frames, const std::vector<std::string>& names) {
         if (!frame) continue;
         const auto [other, isNew] = frames.files.emplace(*frame, directory + name);
         if (!isNew) {
-            fail(fmt::format("Frame {} exists twice: \"{}\" and \"{}\". Move one of them away.", *frame, other->second,
-                             directory + name));
+            refuse(fmt::format("Frame {} exists twice: \"{}\" and \"{}\". Move one of them away.", *frame,
+                               other->second, directory + name));
         }
     }
 }
@@ -74,7 +72,7 @@ FrameFiles inFolder(const std::string& folder) {
             digitsOf[{parts.prefix, parts.suffix}].push_back(parts.digits);
         }
     }
-    if (digitsOf.empty()) fail(fmt::format("Folder \"{}\" contains no image sequence.", folder));
+    if (digitsOf.empty()) refuse(fmt::format("Folder \"{}\" contains no image sequence.", folder));
     std::vector<FilePattern> patterns;
     for (const auto& [key, digits] : digitsOf) {
         // The shortest number tells the padding, unless none is padded.
@@ -91,7 +89,7 @@ FrameFiles inFolder(const std::string& folder) {
     if (patterns.size() > 1) {
         std::string list;
         for (const FilePattern& pattern : patterns) list += "\n  " + pattern.string();
-        fail(fmt::format("Folder \"{}\" contains several image sequences; choose one:{}", folder, list));
+        refuse(fmt::format("Folder \"{}\" contains several image sequences; choose one:{}", folder, list));
     }
     FrameFiles frames;
     frames.pattern = patterns.front();
@@ -113,8 +111,8 @@ FrameFiles FrameFiles::find(const std::string& clip) {
     if (fs::is_directory(status)) return inFolder(clip);
     if (fs::exists(status)) {
         if (fs::path(clip).extension() == ".olcf")
-            fail(fmt::format("\"{}\" is a correction file; give the clip that it belongs to.", clip));
-        if (!fs::is_regular_file(status)) fail(fmt::format("\"{}\" is not a file that can be read as a clip.", clip));
+            refuse(fmt::format("\"{}\" is a correction file; give the clip that it belongs to.", clip));
+        if (!fs::is_regular_file(status)) refuse(fmt::format("\"{}\" is not a file that can be read as a clip.", clip));
         FrameFiles frames;
         frames.pattern = FilePattern::singleFile(clip);
         const NumberedName parts = split(fs::path(clip).filename().string());
@@ -134,14 +132,14 @@ FrameFiles FrameFiles::find(const std::string& clip) {
     frames.pattern = FilePattern::parse(clip, FilePattern::Use::Input);
     if (!frames.pattern.hasFrameNumber()) {
         const bool isForShell = clip.find_first_of("*?") != std::string::npos;
-        fail(fmt::format("Clip \"{}\" does not exist.{}", clip,
-                         isForShell ? " Write a sequence with %04d or #### in place of the frame number." : ""));
+        refuse(fmt::format("Clip \"{}\" does not exist.{}", clip,
+                           isForShell ? " Write a sequence with %04d or #### in place of the frame number." : ""));
     }
     if (!fs::is_directory(frames.pattern.folder(), error)) {
-        fail(fmt::format("Folder \"{}\" of the clip \"{}\" does not exist.", frames.pattern.folder(), clip));
+        refuse(fmt::format("Folder \"{}\" of the clip \"{}\" does not exist.", frames.pattern.folder(), clip));
     }
     addFrames(frames, fileNames(frames.pattern.folder()));
-    if (frames.files.empty()) fail(fmt::format("No file matches the pattern \"{}\".", clip));
+    if (frames.files.empty()) refuse(fmt::format("No file matches the pattern \"{}\".", clip));
     return frames;
 }
 

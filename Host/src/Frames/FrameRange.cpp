@@ -10,11 +10,11 @@
 namespace Host {
 namespace {
 
-[[noreturn]] void refuse(const std::string& text, const std::string& reason) {
-    throw Failure(ExitCode::WrongUse,
-                  fmt::format("Frame range \"{}\" is not understood: {} Examples: 1001, 1001-1100, 1001-1100x2, "
-                              "1001-1010,1020.",
-                              text, reason));
+[[noreturn]] void refuseRange(const std::string& text, const std::string& reason) {
+    refuse(
+        fmt::format("Frame range \"{}\" is not understood: {} Examples: 1001, 1001-1100, 1001-1100x2, "
+                    "1001-1010,1020.",
+                    text, reason));
 }
 
 /// Reads a number at the beginning of `rest` and takes it away from there. The first sign belongs to the number.
@@ -22,9 +22,11 @@ std::int32_t takeNumber(const std::string& whole, std::string_view& rest) {
     std::int32_t number = 0;
     const char* const end = rest.data() + rest.size();
     const auto [after, error] = std::from_chars(rest.data(), end, number);
-    if (error == std::errc::result_out_of_range) refuse(whole, fmt::format("a number in \"{}\" is too large.", rest));
+    if (error == std::errc::result_out_of_range)
+        refuseRange(whole, fmt::format("a number in \"{}\" is too large.", rest));
     if (error != std::errc()) {
-        refuse(whole, rest.empty() ? "a number is missing at its end." : fmt::format("\"{}\" is not a number.", rest));
+        refuseRange(whole,
+                    rest.empty() ? "a number is missing at its end." : fmt::format("\"{}\" is not a number.", rest));
     }
     rest.remove_prefix(static_cast<std::size_t>(after - rest.data()));
     return number;
@@ -36,8 +38,7 @@ void append(std::vector<std::int32_t>& frames, std::int64_t start, std::int64_t 
             const std::string& whole, std::size_t most = FrameRange::maximumCount) {
     const std::int64_t count = (end - start) / step + 1;
     if (count + static_cast<std::int64_t>(frames.size()) > static_cast<std::int64_t>(most)) {
-        throw Failure(ExitCode::WrongUse,
-                      fmt::format("Frame range \"{}\" has more than {} frames; split the job.", whole, most));
+        refuse(fmt::format("Frame range \"{}\" has more than {} frames; split the job.", whole, most));
     }
     for (std::int64_t index = 0; index < count; ++index) {
         frames.push_back(static_cast<std::int32_t>(start + index * step));
@@ -53,17 +54,17 @@ void appendPiece(std::vector<std::int32_t>& frames, const std::string& piece, co
         append(frames, start, start, 1, whole, most);
         return;
     }
-    if (rest.front() != '-') refuse(piece, fmt::format("\"{}\" is not expected there.", rest));
+    if (rest.front() != '-') refuseRange(piece, fmt::format("\"{}\" is not expected there.", rest));
     rest.remove_prefix(1);
     const std::int32_t end = takeNumber(piece, rest);
     std::int64_t step = end < start ? -1 : 1;
     if (!rest.empty()) {
-        if (rest.front() != 'x') refuse(piece, fmt::format("\"{}\" is not expected there.", rest));
+        if (rest.front() != 'x') refuseRange(piece, fmt::format("\"{}\" is not expected there.", rest));
         rest.remove_prefix(1);
         const std::int64_t written = takeNumber(piece, rest);
-        if (!rest.empty()) refuse(piece, fmt::format("\"{}\" is not expected there.", rest));
-        if (written == 0) refuse(piece, "a step of 0 never reaches the end.");
-        if (written < 0 && end > start) refuse(piece, "a negative step moves away from the end.");
+        if (!rest.empty()) refuseRange(piece, fmt::format("\"{}\" is not expected there.", rest));
+        if (written == 0) refuseRange(piece, "a step of 0 never reaches the end.");
+        if (written < 0 && end > start) refuseRange(piece, "a negative step moves away from the end.");
         step = end < start && written > 0 ? -written : written;
         if (start == end) step = 1;
     }
@@ -84,8 +85,7 @@ std::vector<std::int32_t> withoutRepeats(const std::vector<std::int32_t>& frames
 
 FrameRange FrameRange::parse(const std::string& text, std::size_t most) {
     if (text.find(':') != std::string::npos) {
-        throw Failure(
-            ExitCode::WrongUse,
+        refuse(
             fmt::format("Frame range \"{}\" uses \":\", which some programs read as a step (1-10:2 is 1, 3, 5 …) "
                         "and others as a staggered order (all of 1-10, the coarse ones first). Write a step as "
                         "1-10x2.",
@@ -102,7 +102,7 @@ FrameRange FrameRange::parse(const std::string& text, std::size_t most) {
             commaIsOpen = false;
         }
         if (commaIsOpen && (atComma || end == text.size())) {
-            refuse(text, text.empty() ? "it is empty." : "there is nothing between two commas.");
+            refuseRange(text, text.empty() ? "it is empty." : "there is nothing between two commas.");
         }
         if (atComma) commaIsOpen = true;
         begin = end + 1;
@@ -114,8 +114,8 @@ FrameRange FrameRange::parse(const std::string& text, std::size_t most) {
 
 FrameRange FrameRange::fromStartToEnd(std::int32_t start, std::int32_t end, std::int32_t step) {
     const std::string text = fmt::format("{}-{}x{}", start, end, step);
-    if (step == 0) refuse(text, "a step of 0 never reaches the end.");
-    if ((step > 0 && end < start) || (step < 0 && end > start)) refuse(text, "the step moves away from the end.");
+    if (step == 0) refuseRange(text, "a step of 0 never reaches the end.");
+    if ((step > 0 && end < start) || (step < 0 && end > start)) refuseRange(text, "the step moves away from the end.");
     FrameRange range;
     append(range.m_frames, start, end, step, text);
     return range;

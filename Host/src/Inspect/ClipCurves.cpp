@@ -40,10 +40,9 @@ std::vector<const Frame*> ClipCurves::fittedFrames() {
         }
     }
     if (fitted.empty()) {
-        throw Failure(ExitCode::WrongUse,
-                      fmt::format("{}: {}. Run \"lenscorrect check\" on it for the reasons.", m_file.path,
-                                  m_file.content->frames.empty() ? "there is no frame to plot"
-                                                                 : "no frame's curves can be fitted"));
+        refuse(fmt::format(
+            "{}: {}. Run \"lenscorrect check\" on it for the reasons.", m_file.path,
+            m_file.content->frames.empty() ? "there is no frame to plot" : "no frame's curves can be fitted"));
     }
     return fitted;
 }

@@ -40,17 +40,16 @@ CorrectionFileData CorrectionFileData::read(const std::string& path) {
         CorrectionFile::Reader().readFile(path, text);
         CorrectionFile::Parser().parse(text, *content);
     } catch (const CorrectionFile::NotReadableException&) {
-        throw Failure(
-            ExitCode::WrongUse,
-            fmt::format("{}: the correction file could not be read; it must be a regular file with read permission.",
-                        path));
+        refuse(fmt::format("{}: the correction file could not be read; it must be a regular file with read permission.",
+                           path));
     } catch (const CorrectionFile::InvalidFormatException& exception) {
-        throw Failure(ExitCode::WrongUse, fmt::format("{}: {}Run \"lenscorrect check\" on it to list every defect.",
-                                                      path, exception.detailedDescription()));
+        refuse(fmt::format("{}: {}Run \"lenscorrect check\" on it to list every defect.", path,
+                           exception.detailedDescription()));
     } catch (const boost::bad_lexical_cast&) {
-        throw Failure(ExitCode::WrongUse, fmt::format("{}: a frame line has text where a number belongs. Run "
-                                                      "\"lenscorrect check\" on it to list every defect.",
-                                                      path));
+        refuse(
+            fmt::format("{}: a frame line has text where a number belongs. Run "
+                        "\"lenscorrect check\" on it to list every defect.",
+                        path));
     }
     CorrectionFileData data = correctionFileDataOf(content);
     data.path = path;

@@ -20,8 +20,7 @@ std::vector<std::int64_t> framesOf(const CorrectionData::Content& content, const
     }
     for (const std::int32_t frame : range->frames()) {
         if (frame < 0) {
-            throw Failure(ExitCode::WrongUse,
-                          fmt::format("Frame {} is negative; the frames of a correction file count from 0.", frame));
+            refuse(fmt::format("Frame {} is negative; the frames of a correction file count from 0.", frame));
         }
         frames.push_back(frame);
     }

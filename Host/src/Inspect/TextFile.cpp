@@ -22,8 +22,7 @@ void writeTextFile(const std::string& path, const std::string& text) {
 void refuseToReplace(const std::string& input, const std::string& output) {
     std::error_code error;
     if (!std::filesystem::equivalent(input, output, error)) return;
-    throw Failure(ExitCode::WrongUse,
-                  fmt::format("The output would replace its own input, \"{}\"; choose another output.", output));
+    refuse(fmt::format("The output would replace its own input, \"{}\"; choose another output.", output));
 }
 
 } // namespace Host

@@ -86,15 +86,13 @@ LensGeometry::LensGeometry(LensOptions options) : m_options(std::move(options)) 
         m_shownPath = shownPathFor(file.content->header);
         for (const auto& [number, record] : file.content->frames) {
             if (number > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max())) {
-                throw Failure(ExitCode::WrongUse,
-                              fmt::format("{}: frame number {} is too large for file names.", m_options.input, number));
+                refuse(fmt::format("{}: frame number {} is too large for file names.", m_options.input, number));
             }
             m_frames.push_back(static_cast<std::int32_t>(number));
         }
         if (m_frames.empty()) {
-            throw Failure(ExitCode::WrongUse,
-                          fmt::format("{}: it contains no frame. Run \"lenscorrect check\" on it for the reasons.",
-                                      m_options.input));
+            refuse(fmt::format("{}: it contains no frame. Run \"lenscorrect check\" on it for the reasons.",
+                               m_options.input));
         }
     } else {
         m_clip.emplace(m_options.input, m_options.decoding);

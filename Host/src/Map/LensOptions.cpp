@@ -16,8 +16,6 @@ struct LensOptionsReader::Texts {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& text) { throw Failure(ExitCode::WrongUse, text); }
-
 bool isCorrectionFile(const std::string& path) {
     return path.size() > 5 && path.compare(path.size() - 5, 5, ".olcf") == 0;
 }

@@ -35,10 +35,10 @@ std::string text(const char* name, const Axis& axis) {
 
 void MapConvention::check(const HostImage::Window& format) const {
     if (centre != Centre::Corner || (format.width() > 1 && format.height() > 1)) return;
-    throw Failure(ExitCode::WrongUse,
-                  fmt::format("--centre corner divides by the side less 1 px, which is 0 for a picture of {} x {} px; "
-                              "choose another.",
-                              format.width(), format.height()));
+    refuse(
+        fmt::format("--centre corner divides by the side less 1 px, which is 0 for a picture of {} x {} px; "
+                    "choose another.",
+                    format.width(), format.height()));
 }
 
 std::pair<float, float> MapConvention::values(const HostImage::Window& format, Place source) const {

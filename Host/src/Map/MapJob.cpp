@@ -33,8 +33,7 @@ void MapJob::checkOutputs() const {
         const std::string path = m_options.output.path(frame);
         std::error_code ignored;
         if (!std::filesystem::exists(path, ignored)) continue;
-        throw Failure(ExitCode::WrongUse,
-                      fmt::format("\"{}\" already exists. Give --overwrite to replace existing files.", path));
+        refuse(fmt::format("\"{}\" already exists. Give --overwrite to replace existing files.", path));
     }
 }
 
@@ -82,7 +81,7 @@ void MapJob::checkLensData() {
             if (!advice.empty()) firstMessage += "\n" + advice;
         }
     }
-    throw Failure(ExitCode::WrongUse, firstMessage);
+    refuse(firstMessage);
 }
 
 void MapJob::writeOne() {
@@ -94,10 +93,10 @@ void MapJob::writeOne() {
         const Geometries other = geometries(frame);
         const bool isSameOpposite = !first.opposite || other.opposite->isSameMap(*first.opposite);
         if (other.frame.isSameMap(first.frame) && isSameOpposite) continue;
-        throw Failure(ExitCode::WrongUse,
-                      fmt::format("The maps of frames {} and {} differ, so one file cannot serve all; put %04d in its "
-                                  "name for a map per frame, or choose a frame with --frame.",
-                                  frames.front(), frame));
+        refuse(
+            fmt::format("The maps of frames {} and {} differ, so one file cannot serve all; put %04d in its "
+                        "name for a map per frame, or choose a frame with --frame.",
+                        frames.front(), frame));
     }
     write(frames.front(), first);
 }
@@ -110,7 +109,7 @@ ExitCode MapJob::run() {
         try {
             writeOne();
         } catch (const CorrectionError& error) {
-            throw Failure(ExitCode::WrongUse, error.text());
+            refuse(error.text());
         }
         return Interruption::requested() ? Interruption::exitCode() : ExitCode::Done;
     }

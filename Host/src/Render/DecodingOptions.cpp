@@ -18,8 +18,6 @@ constexpr std::int64_t bytesPerPixel = 32;
 /// Less, and the program itself does not start.
 constexpr std::uint64_t leastMemory = std::uint64_t{256} << 20;
 
-[[noreturn]] void refuse(const std::string& text) { throw Failure(ExitCode::WrongUse, text); }
-
 HostImage::Limits limitsOf(const std::string& text) {
     HostImage::Limits limits;
     constexpr std::int64_t longest = 1 << 24; // beyond it, single precision does not tell pixels apart

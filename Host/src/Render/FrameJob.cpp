@@ -11,8 +11,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void refuse(const std::string& text) { throw Failure(ExitCode::WrongUse, text); }
-
 /// Whether both names lead to one file, through links too; a file that does not exist yet has no other name.
 bool isSameFile(const std::string& first, const std::string& second) {
     std::error_code error;

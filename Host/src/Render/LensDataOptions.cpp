@@ -10,12 +10,6 @@
 
 namespace Host {
 
-namespace {
-
-[[noreturn]] void refuse(const std::string& text) { throw Failure(ExitCode::WrongUse, text); }
-
-} // namespace
-
 std::string LensDataOptions::pixelAspectObjection(const HostImage::Frame& frame) const {
     // Files keep the ratio as a quotient or in single precision; a whole picture of 8192 px shows less than this.
     constexpr float rounding = 1e-4f;

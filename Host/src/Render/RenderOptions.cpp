@@ -28,8 +28,6 @@ struct RenderOptionsReader::Texts {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& text) { throw Failure(ExitCode::WrongUse, text); }
-
 /// An option that was not given has an empty text; one that was given empty is refused by the parser already.
 std::optional<std::string> given(const std::string& text) {
     return text.empty() ? std::nullopt : std::optional<std::string>(text);

@@ -92,9 +92,10 @@ ShadingLayers ShadingLayers::parse(const std::string& patterns) {
         Pattern pattern{patterns.substr(begin, end == std::string::npos ? end : end - begin)};
         if (pattern.text.starts_with('!')) pattern = {pattern.text.substr(1), false};
         if (pattern.text.empty())
-            throw Failure(ExitCode::WrongUse, fmt::format("--shading-layers \"{}\" has an empty pattern; write layer "
-                                                          "names separated by commas, such as \"rgba,light_*\".",
-                                                          patterns));
+            refuse(
+                fmt::format("--shading-layers \"{}\" has an empty pattern; write layer "
+                            "names separated by commas, such as \"rgba,light_*\".",
+                            patterns));
         layers.m_patterns.push_back(pattern);
     }
     return layers;

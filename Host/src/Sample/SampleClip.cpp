@@ -53,13 +53,12 @@ void forEachRow(std::uint32_t rows, Work work) {
 SampleClip::SampleClip(PixelSize size, std::int32_t frameCount)
     : m_size(size), m_frameCount(frameCount), m_picture(std::round(size.width / 16.0)) {
     if (frameCount < 1 || frameCount > 100000) {
-        throw Failure(ExitCode::WrongUse, fmt::format("A sample cannot have {} frames; give 1 to 100000.", frameCount));
+        refuse(fmt::format("A sample cannot have {} frames; give 1 to 100000.", frameCount));
     }
     const auto isUsable = [](std::uint32_t side) { return side >= 64 && side <= 16384; };
     if (!isUsable(size.width) || !isUsable(size.height)) {
-        throw Failure(ExitCode::WrongUse,
-                      fmt::format("A sample cannot have {}x{} pixels; each side must have 64 to 16384.", size.width,
-                                  size.height));
+        refuse(fmt::format("A sample cannot have {}x{} pixels; each side must have 64 to 16384.", size.width,
+                           size.height));
     }
 }
 
