@@ -17,13 +17,14 @@ constexpr std::size_t anySize = std::numeric_limits<std::size_t>::max();
 /// JPEG's blocks have 64 KiB, a text takes up to six times its length there, and the library ends the process beyond.
 constexpr std::size_t jpegSize = 8192;
 constexpr std::array<StillFormat, 6> formats{{
-    // extension, name, wider, maxSide, metadata, grey, grey + A, RGBA, 32-bit integers, floats, picture in a picture
-    {"dpx", "DPX", ".exr", anySide, anySize, false, false, true, false, false, true},
-    {"tif", "TIFF", ".exr", anySide, anySize, true, true, true, true, true, false},
-    {"tiff", "TIFF", ".exr", anySide, anySize, true, true, true, true, true, false},
-    {"png", "PNG", ".tif or .exr", 1'000'000, anySize, true, true, true, false, false, false},
-    {"jpg", "JPEG", ".png, .tif or .exr", 65500, jpegSize, true, false, false, false, false, false},
-    {"jpeg", "JPEG", ".png, .tif or .exr", 65500, jpegSize, true, false, false, false, false, false},
+    // extension, name, wider, maxSide, metadata, grey, grey + A, RGBA, 32-bit integers, floats, picture in a picture,
+    // linear light
+    {"dpx", "DPX", ".exr", anySide, anySize, false, false, true, false, false, true, true},
+    {"tif", "TIFF", ".exr", anySide, anySize, true, true, true, true, true, false, true},
+    {"tiff", "TIFF", ".exr", anySide, anySize, true, true, true, true, true, false, true},
+    {"png", "PNG", ".tif or .exr", 1'000'000, anySize, true, true, true, false, false, false, true},
+    {"jpg", "JPEG", ".png, .tif or .exr", 65500, jpegSize, true, false, false, false, false, false, false},
+    {"jpeg", "JPEG", ".png, .tif or .exr", 65500, jpegSize, true, false, false, false, false, false, false},
 }};
 
 /// The names of all channels, colours in capitals and in the order R, G, B, A, the others after them: "RGBA", "YA".

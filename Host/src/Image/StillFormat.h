@@ -22,6 +22,7 @@ struct StillFormat {
     bool hasIntegersOf32Bits;  ///< UInt32
     bool hasFloats;            ///< Half is stored as Float
     bool hasPictureInAPicture; ///< a data window inside the display window
+    bool hasLinearLight; ///< files can state that their pixels are linear light, or hold floats, which are taken so
 
     /// The format of that extension. Throws ImageError, naming the path, for one that is not written.
     static const StillFormat& of(const std::string& path);

@@ -129,6 +129,16 @@ float InputSpace::black(DD::Image::Channel channel, bool isDataPart) const {
     return colour < 0 ? 0.0f : m_black[static_cast<std::size_t>(colour)];
 }
 
+bool InputSpace::isLinear(const RenderOptions& options, const HostImage::Frame& frame) {
+    return frame.format == "exr" && !options.inputSpace && !options.renderMap &&
+           std::all_of(frame.parts.begin(), frame.parts.end(),
+                       [](const HostImage::Part& part) { return statementAgainstLinear(part).empty(); });
+}
+
+void InputSpace::stateLinear(HostImage::Frame& frame) {
+    for (HostImage::Part& part : frame.parts) part.setAttribute({"oiio:ColorSpace", "string", "Linear"});
+}
+
 std::string InputSpace::objection(const RenderOptions& options, const HostImage::Frame& frame) {
     if (options.shading == RenderOptions::Shading::None || options.renderMap || options.inputSpace) return {};
     std::string statement = frame.format == "cineon" ? "Cineon files hold printing density" : "";

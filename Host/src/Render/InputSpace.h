@@ -43,6 +43,14 @@ public:
     /// and the picture says that they are not linear. Empty: there is no objection.
     static std::string objection(const RenderOptions& options, const HostImage::Frame& frame);
 
+    /// Whether the pixels of a frame, or of what a job makes of it, are known to be linear light: those of OpenEXR
+    /// files are, unless the frame states otherwise or the job names their space.
+    static bool isLinear(const RenderOptions& options, const HostImage::Frame& frame);
+
+    /// Lets the frame state that it isLinear, for formats whose files are else taken as another space, in the words in
+    /// which OpenImageIO's writers understand it.
+    static void stateLinear(HostImage::Frame& frame);
+
 private:
     std::unique_ptr<const HostImage::ColourSpace> m_space; ///< none: values are taken as they are
     std::string m_configFile;

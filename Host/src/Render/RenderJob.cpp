@@ -17,6 +17,7 @@
 #include "Image/DroppedPictures.h"
 #include "Image/FrameReader.h"
 #include "Image/ImageError.h"
+#include "Image/StillFormat.h"
 #include "LensCorrection.h"
 #include "Output/AtomicFile.h"
 #include "Output/Interruption.h"
@@ -196,6 +197,16 @@ void RenderJob::checkOutputFormat(const FrameJob& job, const HostImage::Frame& i
         throw Failure(ExitCode::WrongUse,
                       m_options.output.string() + std::string(error.what()).substr(job.output.size()));
     }
+}
+
+void RenderJob::tellDarkPictures(Progress& progress, const HostImage::Frame& first) const {
+    if (m_options.isOutputWithDataWindow() || !InputSpace::isLinear(m_options, first)) return;
+    const HostImage::StillFormat& format = HostImage::StillFormat::of(m_options.output.string());
+    if (format.hasLinearLight) return;
+    progress.note(fmt::format(
+        "The pixels of the clip \"{}\" are linear light, which {} files cannot state: viewers will show them "
+        "too dark. Choose {}, or convert the frames to sRGB afterwards.",
+        m_options.clip, format.name, format.wider));
 }
 
 void RenderJob::keepHeaders(const std::vector<std::int32_t>& frames) {
@@ -444,8 +455,10 @@ void RenderJob::encode(Slot& slot, unsigned int threads, Progress& progress) {
     writing.threads = threads;
     writing.makesFile = false;
     // Formats without a data window keep the whole picture as their only window.
-    if (!m_options.isOutputWithDataWindow())
+    if (!m_options.isOutputWithDataWindow()) {
         for (HostImage::Part& part : slot.output.parts) part.displayWindow = part.dataWindow;
+        if (InputSpace::isLinear(m_options, slot.output)) InputSpace::stateLinear(slot.output);
+    }
     AtomicFile file(slot.job.output);
     try {
         m_options.decoding.writeFrame(file.temporaryPath(), slot.output, writing);
@@ -518,6 +531,7 @@ ExitCode RenderJob::run() {
     if (const std::string text = first ? objection(*first) : ""; !text.empty())
         throw Failure(ExitCode::WrongUse,
                       fmt::format("Frame {} ({}): {}", jobs.front().frame, jobs.front().input, text));
+    if (first) tellDarkPictures(progress, *first);
     const std::size_t slots = slotCount(first.get(), decoders + encoders + 1);
 
     Queue<std::unique_ptr<Slot>> free, decoded, rendered;

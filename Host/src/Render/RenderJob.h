@@ -46,6 +46,7 @@ private:
     std::string outputKey(const FrameJob& job) const;
     std::vector<FrameJob> remainingJobs(Progress& progress);
     void checkOutputFormat(const FrameJob& job, const HostImage::Frame& input) const;
+    void tellDarkPictures(Progress& progress, const HostImage::Frame& first) const;
     void refuseUnsupportedPictures(const std::vector<FrameJob>& jobs);
     HostImage::WriteOptions writeOptions() const;
     void checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vector<FrameJob>& jobs);

@@ -112,6 +112,44 @@ LogC3, LogC4, S-Log3, V-Log, Log3G10
         self.rendered(*SHADING, "--map")
 
 
+class Stated(Colour):
+    """What a file in another format says of pixels that come from OpenEXR."""
+
+    def render_to(self, ending, *options, status=0, error=""):
+        self.expect(self.render(*UNDISTORT, *options, out=f"{ending}/plate.%04d.{ending}"), status, "", error)
+        listing = subprocess.run(["oiiotool", "--info", "-v", self.path(f"{ending}/plate.1001.{ending}")], check=True,
+                                 capture_output=True, encoding="utf-8").stdout
+        return [line.strip() for line in listing.splitlines() if "oiio:ColorSpace" in line or "dpx:Transfer" in line]
+
+    def test_is_linear_light_where_the_format_has_a_word_for_it(self):
+        self.write_plate(self.part("RGB"))
+        self.assertEqual(self.render_to("png"), ['oiio:ColorSpace: "Linear"'])
+        self.assertEqual(self.render_to("dpx"), ['dpx:Transfer: "Linear"', 'oiio:ColorSpace: "Linear"'])
+
+    def test_lets_the_lens_be_applied_again(self):
+        # A camera's entries make a TIFF's library take the picture as sRGB.
+        self.write_plate(self.part("RGB", attributes={"aperture": ("float", struct.pack("<f", 2.8))}))
+        for ending in ("png", "dpx", "tif"):
+            with self.subTest(ending):
+                self.expect(self.render(*SHADING, out=f"{ending}/plate.%04d.{ending}"), 0, "", "")
+                self.expect(self.render("--shading", "add", "--correction-file", "plate.olcf",
+                                        clip=f"{ending}/plate.%04d.{ending}", out=f"{ending}-back/f.%04d.exr"), 0, "", "")
+
+    def test_is_told_once_where_the_format_has_none(self):
+        self.write_plate(self.part("RGB"), frames=(1001, 1002))
+        self.assertEqual(self.render_to("jpg", error="""\
+lenscorrect: The pixels of the clip "plate.%04d.exr" are linear light, which JPEG files cannot state: viewers will show them \
+too dark. Choose .png, .tif or .exr, or convert the frames to sRGB afterwards.
+"""), ['oiio:ColorSpace: "sRGB"'])
+
+    def test_is_nothing_where_the_pixels_space_was_named_or_is_stated_otherwise(self):
+        self.write_plate(self.part("RGB"))
+        self.assertEqual(self.render_to("png", "--input-space", "LogC3"), ['oiio:ColorSpace: "sRGB"'])
+        self.assertEqual(self.render_to("jpg", "--input-space", "sRGB"), ['oiio:ColorSpace: "sRGB"'])
+        self.write_marked(colorSpace="LogC3")
+        self.assertEqual(self.render_to("png", "--overwrite"), ['oiio:ColorSpace: "sRGB"'])
+
+
 class Converted(Colour):
     def test_is_what_was_shaded_in_linear_light(self):
         self.write_plate(self.part("RGB"))

@@ -225,6 +225,13 @@ std::string droppedPicturesOf(OIIO::ImageInput& input) {
     return format == "tiff" ? "further pages" : format == "dpx" ? "a second picture" : "further pictures";
 }
 
+/// The library takes every TIFF with a camera's entries as sRGB, also floats, which nobody stores so.
+bool isMereGuess(const OIIO::ImageInput& input, const OIIO::ParamValue& value) {
+    const OIIO::ImageSpec& spec = input.spec();
+    return value.name() == "oiio:ColorSpace" && std::string_view(input.format_name()) == "tiff" &&
+           spec.format.is_floating_point() && spec.find_attribute("Exif:ColorSpace") == nullptr;
+}
+
 class StillsReader : public FrameReader {
 public:
     StillsReader(const std::string& path, const Limits& limits) : m_path(path) {
@@ -250,7 +257,8 @@ public:
             channel.type = nativeType(spec.channelformat(i));
             part.channels.push_back(channel);
         }
-        for (const OIIO::ParamValue& value : spec.extra_attribs) part.attributes.push_back(attributeFrom(value));
+        for (const OIIO::ParamValue& value : spec.extra_attribs)
+            if (!isMereGuess(*m_input, value)) part.attributes.push_back(attributeFrom(value));
         const std::string dropped = droppedPicturesOf(*m_input); // changes the library's description
         if (!dropped.empty()) part.attributes.push_back({droppedPicturesAttribute, "string", dropped});
         part.layOutPlanes();
