@@ -7,6 +7,7 @@
 
 #include "Frames/ClipPath.h"
 #include "Image/ImageError.h"
+#include "Image/Movie/MovieHeader.h"
 #include "Image/Sandbox/FrameMessage.h"
 
 namespace Host {
@@ -19,7 +20,9 @@ Clip::Clip(const std::string& path, DecodingOptions decoding)
       m_shownPath(shownClipPath(m_files)) {
     if (m_isMovie) {
         const std::string& movie = m_files.files.begin()->second;
-        const std::int64_t count = m_decoding.openReader(movie)->frameCount();
+        const std::unique_ptr<HostImage::FrameReader> reader = m_decoding.openReader(movie);
+        m_firstHeader = reader->readHeader();
+        const std::int64_t count = reader->frameCount();
         if (count > HostImage::FrameMessage::maxFrameCount)
             throw HostImage::ImageError(movie, "claims " + std::to_string(count) + " frames; it is damaged");
         for (std::int64_t frame = 1; frame <= count; ++frame) m_frames[static_cast<std::int32_t>(frame)] = movie;
@@ -65,7 +68,9 @@ std::string Clip::shownPath(std::int32_t frame) const {
 }
 
 HostImage::Frame Clip::readHeader(std::int32_t frame) const {
-    return m_decoding.openReader(path(frame))->readHeader(indexInFile(frame));
+    const std::string file = path(frame);
+    if (m_isMovie) return HostImage::movieHeader(m_firstHeader, indexInFile(frame));
+    return m_decoding.openReader(file)->readHeader();
 }
 
 void Clip::read(std::int32_t frame, HostImage::Frame& into, unsigned int threads) const {

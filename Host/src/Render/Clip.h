@@ -38,7 +38,7 @@ public:
     /// are read. A name without folder lies in the clip's.
     std::string shownPath(std::int32_t frame) const;
 
-    /// A frame's header. Throws HostImage::ImageError.
+    /// A frame's header; a movie's come from the one that was read at construction. Throws HostImage::ImageError.
     HostImage::Frame readHeader(std::int32_t frame) const;
     /// The whole frame; memory of `into` is reused. Throws HostImage::ImageError.
     void read(std::int32_t frame, HostImage::Frame& into, unsigned int threads) const;
@@ -57,6 +57,7 @@ private:
     DecodingOptions m_decoding;
     FrameFiles m_files;
     bool m_isMovie;
+    HostImage::Frame m_firstHeader; ///< of a movie
     std::map<std::int32_t, std::string> m_frames;
     std::string m_searchPath;
     std::string m_shownPath;

@@ -147,7 +147,7 @@ class Headers(render_test.RenderTest):
         with open(count, "wb") as file:
             file.write(bytes(4))
         result = self.render(*arguments, "--overwrite", environment={
-            "LD_PRELOAD": FAULTS, "OPEN_COUNT": count, "OPEN_COUNT_OF": os.path.join(self.folder, of),
+            "LD_PRELOAD": FAULTS, "OPEN_COUNT": count, "OPEN_COUNT_OF": of,
             "OPEN_COUNT_ONCE_A_PROCESS": "1" if once_a_process else None}, **options)
         self.expect(result, status)
         with open(count, "rb") as file:
@@ -193,6 +193,15 @@ class Headers(render_test.RenderTest):
                            cwd=self.folder, check=True)
         for out in ("out/f.%04d.exr", "out/f.%04d.tif"):
             self.expect_opened_twice(*UNDISTORT, out=out, clip="plate.%04d.tif", once_a_process=True)
+
+    def test_of_a_movie_are_read_by_one_process(self):
+        self.write_lens(count=4, videoFileName="plate.mov")
+        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"testsrc=s={render_test.WIDTH}x{render_test.HEIGHT}:r=24",
+                        "-frames:v", "4", "-timecode", "00:00:00:00", "-c:v", "prores_ks", self.path("plate.mov")],
+                       check=True)
+        for out in ("out/f.%04d.exr", "out/f.%04d.tif"):
+            self.assertEqual(self.opened(*UNDISTORT, of="plate.mov", clip="plate.mov", out=out, once_a_process=True),
+                             1 + 4)
 
 
 program.main()

@@ -11,7 +11,6 @@ extern "C" {
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -19,6 +18,7 @@ extern "C" {
 #include "Image/FrameReader.h"
 #include "Image/ImageModule.h"
 #include "Image/InputFile.h"
+#include "Image/Movie/MovieHeader.h"
 
 namespace HostImage {
 
@@ -51,42 +51,6 @@ std::string bytesOf(const Value& value) {
     return {reinterpret_cast<const char*>(&value), sizeof value};
 }
 
-/// Hours, minutes, seconds and frames of a text such as "10:00:00;00".
-bool parseTimecode(const std::string& text, std::array<std::int64_t, 4>& fields, bool& dropFrame) {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        const std::from_chars_result result = std::from_chars(at, end, fields[i]);
-        if (result.ec != std::errc() || fields[i] < 0 || fields[i] > 999) return false;
-        at = result.ptr;
-        if (i == 3) return at == end;
-        if (at == end || (*at != ':' && *at != ';' && *at != '.')) return false;
-        dropFrame = i == 2 && *at != ':';
-        ++at;
-    }
-    return false;
-}
-
-/// The timecode `frames` later, at `rate` counted frames a second; drop-frame leaves out two numbers (of 30) a minute
-/// but not in every tenth.
-std::array<std::int64_t, 4> advanced(const std::array<std::int64_t, 4>& start, bool dropFrame, std::int64_t rate,
-                                     std::int64_t frames) {
-    const std::int64_t drop = dropFrame ? (rate + 7) / 15 : 0;
-    const std::int64_t minutes = start[0] * 60 + start[1];
-    std::int64_t number = (minutes * 60 + start[2]) * rate + start[3] - drop * (minutes - minutes / 10) + frames;
-    const std::int64_t tenMinutes = rate * 600 - drop * 9;
-    const std::int64_t day = tenMinutes * 144;
-    number = ((number % day) + day) % day;
-    if (drop != 0) {
-        const std::int64_t tens = number / tenMinutes;
-        const std::int64_t rest = number % tenMinutes;
-        const std::int64_t oneMinute = rate * 60 - drop;
-        number += drop * 9 * tens;
-        if (rest >= rate * 60) number += drop * (1 + (rest - rate * 60) / oneMinute);
-    }
-    return {number / (rate * 3600), number / (rate * 60) % 60, number / rate % 60, number % rate};
-}
-
 class MovieReader : public FrameReader {
 public:
     MovieReader(const std::string& path, const Limits& limits) : m_path(path) {
@@ -116,11 +80,7 @@ public:
 
     std::int64_t frameCount() const override { return m_frameCount; }
 
-    Frame readHeader(std::int64_t index) override {
-        Frame frame = m_header;
-        setTimecode(frame.parts.front(), index);
-        return frame;
-    }
+    Frame readHeader(std::int64_t index) override { return movieHeader(m_header, index); }
 
     void readPixels(Frame& frame, unsigned threads, std::int64_t index) override {
         if (index < 0 || index >= m_frameCount)
@@ -200,28 +160,7 @@ private:
                     av_dict_get(m_format->streams[i]->metadata, "timecode", nullptr, 0))
                 text = tag->value;
         part.removeAttribute("timecode");
-        m_hasTimecode = !text.empty() && parseTimecode(text, m_timecode, m_dropFrame);
-    }
-
-    /// Puts frame `index`'s timecode in: packed where the word has room for it, as text where not (40 frames and more).
-    void setTimecode(Part& part, std::int64_t index) const {
-        if (!m_hasTimecode) return;
-        const std::int64_t rate = (m_rate.num + m_rate.den / 2) / m_rate.den;
-        if (rate < 1) return;
-        const std::array<std::int64_t, 4> fields = advanced(m_timecode, m_dropFrame, rate, index);
-        if (fields[3] < 40) {
-            std::uint32_t word = m_dropFrame ? 0x40u : 0u;
-            for (std::size_t i = 0; i < 4; ++i)
-                word |= static_cast<std::uint32_t>(fields[i] / 10 * 16 + fields[i] % 10) << (24 - 8 * i);
-            part.setAttribute({"timeCode", "timecode", bytesOf(word) + std::string(4, '\0')});
-            return;
-        }
-        std::string text;
-        for (const std::int64_t field : fields) {
-            if (!text.empty()) text += ':';
-            text += (field < 10 ? "0" : "") + std::to_string(field);
-        }
-        part.setAttribute({"input/timecode", "string", text});
+        setStartTimecode(part, text);
     }
 
     void openCodec(unsigned threads) {
@@ -334,9 +273,6 @@ private:
     std::int64_t m_next = -1;
     bool m_opened = false;
     bool m_atEnd = false;
-    bool m_hasTimecode = false;
-    bool m_dropFrame = false;
-    std::array<std::int64_t, 4> m_timecode{};
     Frame m_header;
 };
 

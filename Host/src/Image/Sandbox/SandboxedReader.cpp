@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include "Image/ImageError.h"
@@ -77,9 +78,13 @@ FrameMessage SandboxedReader::headerMessage(std::int64_t index) const {
     return readMessage(child, order);
 }
 
-std::int64_t SandboxedReader::frameCount() const { return headerMessage(0).frameCount; }
+std::int64_t SandboxedReader::frameCount() const { return m_frameCount ? *m_frameCount : headerMessage(0).frameCount; }
 
-Frame SandboxedReader::readHeader(std::int64_t index) { return headerMessage(index).frame; }
+Frame SandboxedReader::readHeader(std::int64_t index) {
+    FrameMessage message = headerMessage(index);
+    m_frameCount = message.frameCount;
+    return std::move(message.frame);
+}
 
 void SandboxedReader::readPixels(Frame& frame, unsigned threads, std::int64_t index) {
     const CodecProcess order{m_path, m_limits, m_sandbox, CodecProcess::Task::DecodePixels, std::max(threads, 1u),

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "Image/FrameReader.h"
@@ -20,7 +22,7 @@ public:
     SandboxedReader(const std::string& path, const Limits& limits, const SandboxLimits& sandbox,
                     const std::string& program = "/proc/self/exe");
 
-    /// Unlike other readers', reads the file and throws ImageError.
+    /// Unlike other readers', reads the file and throws ImageError, unless readHeader has told it already.
     std::int64_t frameCount() const override;
     Frame readHeader(std::int64_t index = 0) override;
     /// Besides other readers' errors, ImageError when the process was killed by a signal, exceeded its time limit, or
@@ -34,6 +36,7 @@ private:
     Limits m_limits;
     SandboxLimits m_sandbox;
     std::string m_program;
+    std::optional<std::int64_t> m_frameCount; ///< once a header was read
 };
 
 } // namespace HostImage

@@ -143,6 +143,14 @@ TEST_F(Movie, CountsFramesBeyondTheRoomOfAPackedTimecode) {
     EXPECT_EQ(timecode(*reader, 3), "10:00:00:41");
 }
 
+TEST_F(Movie, KeepsADropFrameTimecodeBeyondTheRoomOfAPackedOne) {
+    make("color=black:s=64x48:r=60000/1001:d=1", "-timecode '10:00:59;58' -frames:v 5");
+    const std::unique_ptr<FrameReader> reader = openReader(path);
+    EXPECT_EQ(reader->readHeader(1).parts[0].text("input/timecode"), "10:00:59;59");
+    EXPECT_EQ(timecode(*reader, 1), "10:00:59:59");
+    EXPECT_EQ(timecode(*reader, 2), "10:01:00:04");
+}
+
 TEST_F(Movie, WithoutATimecodeShowsNone) {
     makeRising();
     EXPECT_EQ(timecode(*openReader(path), 0), "(none)");
