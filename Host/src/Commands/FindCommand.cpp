@@ -12,14 +12,33 @@
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "CorrectionFile/Finder/NotFoundException.h"
 #include "Frames/ClipPath.h"
+#include "Image/ImageError.h"
 #include "Inspect/PassedOverFiles.h"
 #include "Inspect/SearchedFolders.h"
+#include "Render/SearchPath.h"
 
 namespace Host {
 namespace {
 
 void printJson(const nlohmann::ordered_json& json) {
     fmt::print("{}\n", json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace));
+}
+
+/// The path that is searched for, and a last line for errors if its name is not that of the files; otherwise `note`
+/// stays empty. Files that cannot be read have no metadata.
+void findClip(const std::string& clip, std::string& path, std::string& note) {
+    path = clipFilePath(FrameFiles::find(clip));
+    try {
+        const Clip files(clip);
+        ClipSurvey survey(files, {});
+        std::vector<std::int32_t> frames;
+        for (const auto& entry : files.frames()) frames.push_back(entry.first);
+        path = searchPath(files, survey, frames);
+        note = nameNote(files, path);
+        if (!note.empty()) note.insert(0, "\n");
+    } catch (const HostImage::ImageError&) {
+        return;
+    }
 }
 
 } // namespace
@@ -37,7 +56,8 @@ void FindCommand::declareOptions(CLI::App& app) {
 }
 
 ExitCode FindCommand::run() {
-    const std::string clip = clipFilePath(FrameFiles::find(m_clip));
+    std::string clip, note;
+    findClip(m_clip, clip, note);
     std::string file;
     try {
         CorrectionFile::ClipFilePathBasedFinder(clip, Core::correctionFileSearchDepth).find(file);
@@ -58,14 +78,15 @@ ExitCode FindCommand::run() {
         if (!passedOver.empty()) text += "\nFiles rejected:";
         for (const PassedOverFile& other : passedOver) text += fmt::format("\n  {}: {}", other.path, other.reason);
         text += "\nA match ends in .olcf, contains the clip's name, and names this clip in its header.";
+        text += note;
         throw Failure(ExitCode::WrongUse, text);
     } catch (const boost::filesystem::filesystem_error& error) {
         throw Failure(
             ExitCode::WrongUse,
             fmt::format(
                 "No correction file for the clip \"{}\" was found, but folder \"{}\" could not be searched: {}. "
-                "If the file is there, make the folder readable, or place the file next to the clip.",
-                clip, error.path1().string(), error.code().message()));
+                "If the file is there, make the folder readable, or place the file next to the clip.{}",
+                clip, error.path1().string(), error.code().message(), note));
     }
     if (m_asJson) {
         printJson({{"version", 1}, {"clip", clip}, {"correctionFile", file}});

@@ -11,24 +11,28 @@
 #include "Render/Clip.h"
 #include "Render/CorrectionChain.h"
 #include "Render/NodeFrameSource.h"
+#include "Render/SearchPath.h"
 
 namespace Host {
 
 namespace {
 
 // The correction file around the clip, or why there is none.
-void findCorrectionFile(const RenderOptions& options, const Clip& clip, InfoReport& report) {
+void findCorrectionFile(const RenderOptions& options, const Clip& clip, const std::string& clipPath,
+                        InfoReport& report) {
     std::string path;
     try {
         if (options.correctionFile) {
             path = *options.correctionFile;
         } else {
-            CorrectionFile::ClipFilePathBasedFinder(clip.searchPath(), Core::correctionFileSearchDepth).find(path);
+            CorrectionFile::ClipFilePathBasedFinder(clipPath, Core::correctionFileSearchDepth).find(path);
         }
     } catch (const CorrectionFile::NotFoundException& exception) {
-        report.fileError = "none found; folders searched:";
+        const std::string note = nameNote(clip, clipPath);
+        report.fileError =
+            note.empty() ? "none found; folders searched:" : "none found. " + note + " Folders searched:";
         report.searchedFolders = exception.searchedDirectoryPaths();
-        report.passedOverFiles = passedOverFiles(clip.searchPath(), report.searchedFolders);
+        report.passedOverFiles = passedOverFiles(clipPath, report.searchedFolders);
         return;
     } catch (const boost::filesystem::filesystem_error& error) {
         report.fileError =
@@ -50,17 +54,17 @@ std::vector<std::int32_t> framesOf(const RenderOptions& options, const Clip& cli
     return frames;
 }
 
-FrameInfo infoOf(std::int32_t frame, const RenderOptions& options, const Clip& clip, CorrectionChain& chain,
-                 const RenderOptions& both) {
+FrameInfo infoOf(std::int32_t frame, const RenderOptions& options, const Clip& clip, ClipSurvey& survey,
+                 CorrectionChain& chain, const RenderOptions& both) {
     FrameInfo info;
     info.frame = frame;
     try {
         const std::string path = clip.path(frame);
-        const HostImage::Frame header = clip.readHeader(frame);
-        info.error = options.pixelAspectObjection(header);
+        const std::shared_ptr<const HostImage::Frame> header = survey.header(frame);
+        info.error = options.pixelAspectObjection(*header);
         if (!info.error.empty()) return info;
-        const HostImage::Metadata metadata = clip.metadata(frame, header);
-        const ClipFrame image{&header, &metadata, clip.shownPath(frame), clip.range()};
+        const HostImage::Metadata metadata = clip.metadata(frame, *header);
+        const ClipFrame image{header.get(), &metadata, clip.shownPath(frame), clip.range()};
         chain.setFrame(frame, image, 0, image);
         std::optional<CorrectionError> nodeError;
         try {
@@ -89,7 +93,10 @@ InfoReport clipInfo(const RenderOptions& options) {
     const Clip clip(options.clip, options.decoding);
     InfoReport report;
     report.clip = clip.files().pattern.string();
-    findCorrectionFile(options, clip, report);
+    const std::vector<std::int32_t> frames = framesOf(options, clip);
+    ClipSurvey survey(clip, {});
+    if (!frames.empty()) survey.keep({frames.front()});
+    findCorrectionFile(options, clip, searchPath(clip, survey, frames), report);
 
     RenderOptions undistorting = options;
     undistorting.distortion = RenderOptions::Distortion::Undistort;
@@ -97,8 +104,8 @@ InfoReport clipInfo(const RenderOptions& options) {
     CorrectionChain chain(undistorting, 1);
     RenderOptions both = undistorting;
     both.shading = RenderOptions::Shading::Remove;
-    for (const std::int32_t frame : framesOf(options, clip)) {
-        report.frames.push_back(infoOf(frame, options, clip, chain, both));
+    for (const std::int32_t frame : frames) {
+        report.frames.push_back(infoOf(frame, options, clip, survey, chain, both));
         const FrameInfo& info = report.frames.back();
         if (info.prepared && report.recordingFormatOrigin.kind == Core::RecordingFormatOrigin::Kind::None) {
             report.recordingFormat = info.prepared->recordingFormat;

@@ -11,19 +11,18 @@
 #include "Console/Failure.h"
 #include "Core/FramePreparation.h"
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
-#include "DataSourceHelper.h"
 #include "Device/RenderProbe.h"
 #include "Exception/Exception.h"
 #include "Image/DroppedPictures.h"
 #include "Image/FrameReader.h"
 #include "Image/ImageError.h"
 #include "Image/StillFormat.h"
-#include "LensCorrection.h"
 #include "Output/AtomicFile.h"
 #include "Output/Interruption.h"
 #include "Render/CorrectionMark.h"
 #include "Render/PictureMemory.h"
 #include "Render/PlaneTransfer.h"
+#include "Render/SearchPath.h"
 
 namespace Host {
 
@@ -118,11 +117,15 @@ RenderJob::RenderJob(const RenderOptions& options)
                 fmt::format("Frame {} would replace its plate, \"{}\"; choose another output.", job.frame, job.output));
         }
     }
-    const Clip& lensClip = m_plate ? *m_plate : m_clip;
-    m_correctionFile = options.correctionFile ? *options.correctionFile : searchedCorrectionFile(lensClip.searchPath());
+    const std::vector<FrameJob> jobs = withInput(m_jobs);
+    keepHeaders(checkedFrames(jobs));
+    m_searchPath = searchPath(lensClip(), m_plate ? *m_plateSurvey : m_survey, framesOf(jobs));
+    m_correctionFile = options.correctionFile ? *options.correctionFile : searchedCorrectionFile(m_searchPath);
 }
 
 RenderJob::~RenderJob() = default;
+
+const Clip& RenderJob::lensClip() const { return m_plate ? *m_plate : m_clip; }
 
 bool RenderJob::mustStop() const { return m_isStopped || Interruption::requested(); }
 
@@ -260,18 +263,15 @@ void RenderJob::checkBeforeTheFirstFrame(CorrectionChain& chain, const std::vect
             fmt::format(
                 "No correction file was found for the clip \"{}\": place the one that names this clip next to it, or "
                 "give its path with --correction-file. \"lenscorrect find\" lists the folders searched.\n{}{}",
-                clip, firstText, nameNote(chain)));
+                clip, firstText, nameNote()));
     throw Failure(ExitCode::WrongUse, fmt::format("{}{}\nNo frame of the clip \"{}\" can be corrected.", firstText,
-                                                  nameNote(chain), m_options.clip));
+                                                  nameNote(), m_options.clip));
 }
 
-/// Whose name a text's path has when it is not that of the files; a line of its own, or empty.
-std::string RenderJob::nameNote(CorrectionChain& chain) const {
-    const Clip& clip = m_plate ? *m_plate : m_clip;
-    std::string path;
-    if (!DataSourceHelper::clipFilePath(&chain.lastNode(), path) || path == clip.searchPath()) return {};
-    return fmt::format("\nThe clip's name, \"{}\", is from its metadata; its files are \"{}\".",
-                       path.substr(path.rfind('/') + 1), clip.files().pattern.string());
+/// A line of its own, or empty.
+std::string RenderJob::nameNote() const {
+    const std::string note = Host::nameNote(lensClip(), m_searchPath);
+    return note.empty() ? "" : "\n" + note;
 }
 
 /// What would fail every frame once it is corrected.
@@ -514,7 +514,6 @@ ExitCode RenderJob::run() {
     tellIrregularity(progress, missingFrames(m_clip, framesOf(m_jobs), m_options.frames.has_value()));
     // Of a plate, only what the job needs counts: it may be longer than the clip.
     if (m_plate) tellIrregularity(progress, missingFrames(*m_plate, framesOf(m_jobs), true));
-    keepHeaders(checkedFrames(withInput(m_jobs)));
     if (m_options.boxSize == RenderOptions::BoxSize::Constant && m_options.window == RenderOptions::Window::Box)
         findConstantBoxes();
     const std::vector<FrameJob> jobs = remainingJobs(progress);

@@ -53,7 +53,8 @@ private:
     void keepHeaders(const std::vector<std::int32_t>& frames);
     template <typename Action>
     void forEachPart(CorrectionChain& chain, std::int32_t frame, const HostImage::Frame& header, Action action);
-    std::string nameNote(CorrectionChain& chain) const;
+    std::string nameNote() const;
+    const Clip& lensClip() const;
     void checkOutputFolder(const FrameJob& first) const;
     void findConstantBoxes();
     std::shared_ptr<const HostImage::Frame> headerOf(const FrameJob& job);
@@ -85,6 +86,7 @@ private:
     std::optional<ClipSurvey> m_plateSurvey;
     FinishedFrames m_finished;
     InputSpace m_inputSpace;
+    std::string m_searchPath;                              ///< of the correction file
     std::string m_correctionFile;                          ///< the one found near the clip or given; empty: none
     std::map<std::size_t, DD::Image::Box> m_constantBoxes; ///< by part, when all frames of the clip share one
     std::atomic<bool> m_isStopped{false};

@@ -7,6 +7,7 @@ import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import exr
 import olcf
 import program
 
@@ -138,6 +139,30 @@ class Find(program.ProgramTest):
         found = self.run_program("find", "deep/shot", "--json")
         self.expect(found, 0, errors="")
         self.assertEqual(program.validated(json.loads(found.stdout), "find"), {"version": 1, "clip": clip, "correctionFile": file})
+
+    def give_named_clip(self):
+        """Camera metadata beside the clip give it another name than its files."""
+        exr.write(self.give("deep", "shot", "plate.0001.exr"), exr.Part((0, 0, 3, 3)).fill("R", exr.HALF, lambda x, y: 0.5))
+        self.give("deep", "shot", "plate.metadata.json",
+                  content='{"input/filename": "A001_C002.R3D", "r3d/reel_id_full": "A001_C002"}')
+        self.give("deep", "shot", "plate.olcf", content=olcf.text())
+
+    def test_searches_under_the_name_in_the_metadata_as_render_does(self):
+        self.give_named_clip()
+        file = self.give("lens", "A001_C002.olcf", content=olcf.text(videoFileName="A001_C002"))
+        self.expect(self.run_program("find", "deep/shot/plate.%04d.exr"), 0, file + "\n", "")
+
+    def test_tells_that_a_clip_has_its_name_from_the_metadata(self):
+        self.give_named_clip()
+        result = self.run_program("find", "deep/shot/plate.%04d.exr")
+        self.expect(result, 2, "")
+        lines = result.stderr.splitlines()
+        self.assertEqual(lines[0], "lenscorrect: No correction file for the clip "
+                                   f'"{self.path("deep", "shot", "A001_C002")}" was found. Folders searched, in order:')
+        self.assertEqual(lines[-3:], [
+            f'  {self.path("deep", "shot", "plate.olcf")}: its name does not contain "A001_C002"',
+            "A match ends in .olcf, contains the clip's name, and names this clip in its header.",
+            'The clip\'s name, "A001_C002", is from its metadata; its files are "deep/shot/plate.%04d.exr".'])
 
     def test_names_a_clip_that_does_not_exist(self):
         self.expect(self.run_program("find", "no.mov"), 2, "", 'lenscorrect: Clip "no.mov" does not exist.\n')

@@ -67,6 +67,21 @@ class InfoClip(program.ProgramTest):
         text = self.run_program("info", self.clip("A001C002.%04d.exr")).stdout
         self.assertIn(f"Rejected          {self.clip('A001C002.olcf')}: {reason}\n", text)
 
+    def test_searches_under_the_name_in_the_metadata_as_render_does(self):
+        self.write_frame(1001)
+        self.write_correction([0])
+        with open(self.clip("A001C002.metadata.json"), "w", encoding="utf-8") as file:
+            file.write('{"input/filename": "A007_C008.R3D", "r3d/reel_id_full": "A007_C008", '
+                       '"r3d/framerate": 24, "r3d/start_absolute_timecode": "00:00:00:00"}')
+        text = self.run_program("info", self.clip("A001C002.%04d.exr")).stdout
+        self.assertIn("Correction file   none found. The clip's name, \"A007_C008\", is from its metadata; its files are "
+                      f'"{self.clip("A001C002.%04d.exr")}". Folders searched:\n', text)
+        self.assertIn(f"Rejected          {self.clip('A001C002.olcf')}: its name does not contain \"A007_C008\"\n", text)
+        named = self.clip("A007_C008.olcf")
+        with open(named, "w", encoding="utf-8") as file:
+            file.write(correction_file.text(frames=[0], videoFileName="A007_C008", clipWidth="64", clipHeight="36"))
+        self.assertEqual(self.info()["correctionFile"], named)
+
     def test_tells_only_the_frames_of_a_range(self):
         self.write_correction([0, 1])
         for frame in (1001, 1002):

@@ -48,10 +48,11 @@ Clip File Path: "{}/clip/plate"
             file.write('{"input/filename": "A001_C002.R3D", "r3d/reel_id_full": "A001_C002"}')
         result = self.render("--distortion", "undistort", "-o", "out/f.%04d.exr")
         self.expect(result, 2, "", """\
-lenscorrect: Correction file could not be found.
+lenscorrect: No correction file was found for the clip "clip/plate.%04d.exr": place the one that names this clip next to it, \
+or give its path with --correction-file. "lenscorrect find" lists the folders searched.
+Correction file could not be found.
 Clip File Path: "{}/clip/A001_C002"
 The clip's name, "A001_C002", is from its metadata; its files are "clip/plate.%04d.exr".
-No frame of the clip "clip/plate.%04d.exr" can be corrected.
 """.format(os.path.realpath(self.folder)))
 
     def test_says_where_the_frames_are(self):

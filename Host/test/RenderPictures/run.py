@@ -50,6 +50,22 @@ class Sample(render_test.RenderTest):
         self.assertEqual(mark, {"com.orvex.lenscorrect.distortion": "undistort",
                                 "com.orvex.lenscorrect.shading": "remove"})
 
+    def test_marks_its_frames_with_the_correction_file_of_the_clips_name_in_the_metadata(self):
+        # The one that names the files must not be mistaken for it.
+        os.rename(self.path("clip", "plate.olcf"), self.path("clip", "A001_C002.olcf"))
+        with open(self.path("clip", "A001_C002.olcf"), encoding="utf-8") as file:
+            text = file.read()
+        with open(self.path("clip", "plate.olcf"), "w", encoding="utf-8") as file:
+            file.write(text)
+        with open(self.path("clip", "A001_C002.olcf"), "w", encoding="utf-8") as file:
+            file.write(text.replace("videoFileName:=plate", "videoFileName:=A001_C002"))
+        with open(self.path("clip", "plate.metadata.json"), "w", encoding="utf-8") as file:
+            file.write('{"input/filename": "A001_C002.R3D", "r3d/reel_id_full": "A001_C002", "r3d/framerate": 24, '
+                       '"frames": {"1001": {"r3d/start_absolute_timecode": "01:00:00:00"}}}')
+        got = self.rendered(*BOTH, "--frames", "1001", clip="clip/plate.%04d.exr")[0].attributes
+        self.assertEqual(got["com.orvex.lenscorrect.correctionFile"][1].decode(),
+                         os.path.join(os.path.realpath(self.folder), "clip", "A001_C002.olcf"))
+
 
 class Attributes(render_test.RenderTest):
     def test_of_any_kind_are_carried_over_byte_by_byte(self):

@@ -1,0 +1,52 @@
+#include "Render/SearchPath.h"
+
+#include <fmt/format.h>
+
+#include <exception>
+#include <memory>
+
+#include "DataSourceHelper.h"
+#include "LensCorrection.h"
+#include "Render/CorrectionChain.h"
+#include "Render/RenderOptions.h"
+
+namespace Host {
+namespace {
+
+/// Null: none of the frames can be read. `frame` becomes the one whose header it is.
+std::shared_ptr<const HostImage::Frame> firstHeader(ClipSurvey& survey, const std::vector<std::int32_t>& frames,
+                                                    std::int32_t& frame) {
+    for (const std::int32_t candidate : frames) {
+        try {
+            frame = candidate;
+            return survey.header(candidate);
+        } catch (const std::exception&) {
+            // Told when the frame's turn comes.
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+std::string searchPath(const Clip& clip, ClipSurvey& survey, const std::vector<std::int32_t>& frames) {
+    std::int32_t frame = 0;
+    const std::shared_ptr<const HostImage::Frame> header = firstHeader(survey, frames, frame);
+    if (!header) return clip.searchPath();
+    const HostImage::Metadata metadata = clip.metadata(frame, *header);
+    const ClipFrame shown{header.get(), &metadata, clip.shownPath(frame), clip.range()};
+    RenderOptions options;
+    options.distortion = RenderOptions::Distortion::Undistort; // any node searches
+    CorrectionChain chain(options, 1);
+    chain.setFrame(frame, shown, 0, shown);
+    std::string path;
+    return DataSourceHelper::clipFilePath(&chain.lastNode(), path) ? path : clip.searchPath();
+}
+
+std::string nameNote(const Clip& clip, const std::string& searchPath) {
+    if (searchPath == clip.searchPath()) return {};
+    return fmt::format("The clip's name, \"{}\", is from its metadata; its files are \"{}\".",
+                       searchPath.substr(searchPath.rfind('/') + 1), clip.files().pattern.string());
+}
+
+} // namespace Host
