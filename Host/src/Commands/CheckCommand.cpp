@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "Console/Json.h"
+#include "Console/PrintableText.h"
 #include "Inspect/FileCheck.h"
 
 namespace Host {
@@ -14,10 +16,6 @@ namespace {
 using nlohmann::ordered_json;
 
 const char* word(Finding::Severity severity) { return severity == Finding::Severity::Defect ? "defect" : "warning"; }
-
-std::string counted(std::size_t count, const char* noun) {
-    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
-}
 
 CheckSummary checkAsText(const std::string& path) {
     const CheckSummary summary = FileCheck([&](const Finding& finding) {
@@ -32,21 +30,16 @@ CheckSummary checkAsText(const std::string& path) {
     return summary;
 }
 
-// Bytes that are no UTF-8 are shown as replacement characters.
-std::string toText(const ordered_json& json) {
-    return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
-}
-
 // Written finding by finding: a broken file may have millions of them.
 CheckSummary checkAsJson(const std::string& path) {
-    fmt::print("  {{\"file\": {}, \"findings\": [", toText(path));
+    fmt::print("  {{\"file\": {}, \"findings\": [", jsonLine(path));
     const char* separator = "\n";
     const CheckSummary summary = FileCheck([&](const Finding& finding) {
                                      const ordered_json json = {{"severity", word(finding.severity)},
                                                                 {"line", finding.lineNumber},
                                                                 {"kind", finding.kind},
                                                                 {"message", finding.message}};
-                                     fmt::print("{}    {}", separator, toText(json));
+                                     fmt::print("{}    {}", separator, jsonLine(json));
                                      separator = ",\n";
                                  }).check(path);
     fmt::print("],\n   \"ok\": {}, \"defects\": {}, \"warnings\": {}, \"fileVersion\": {},\n   \"frames\": ",

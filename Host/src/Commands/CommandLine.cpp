@@ -134,9 +134,7 @@ ExitCode runCommandLine(int argumentCount, const char* const* arguments) {
     } catch (const Failure& failure) {
         return reportError(failure.exitCode(), failure.what());
     } catch (const Exception& exception) {
-        std::string text = exception.detailedDescription();
-        while (!text.empty() && text.back() == '\n') text.pop_back();
-        return reportError(ExitCode::WrongUse, text);
+        return reportError(ExitCode::WrongUse, withoutLastLineFeeds(exception.detailedDescription()));
     } catch (const std::bad_alloc&) {
         return reportError(ExitCode::Environment, "There is not enough memory; try a smaller --memory.");
     } catch (const std::exception& exception) {

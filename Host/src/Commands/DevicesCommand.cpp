@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Console/Failure.h"
+#include "Console/Json.h"
 #include "Device/KernelCache.h"
 #include "Device/RenderProbe.h"
 #include "Exception/Exception.h"
@@ -110,7 +111,7 @@ ExitCode DevicesCommand::run() {
             {"problem", problem},
             {"kernelCache",
              {{"folder", cache.folder()}, {"isPrivate", cache.isPrivate()}, {"problem", cache.problem()}}}};
-        fmt::print("{}\n", all.dump(2, ' ', false, nlohmann::json::error_handler_t::replace));
+        fmt::print("{}\n", jsonText(all));
         return problem.empty() ? ExitCode::Done : ExitCode::Environment;
     }
 

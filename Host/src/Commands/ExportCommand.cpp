@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
+#include "Console/Json.h"
 #include "Inspect/OpenTrackIoExport.h"
 #include "Inspect/TextFile.h"
 
@@ -25,7 +26,7 @@ void ExportCommand::declareOptions(CLI::App& app) {
 ExitCode ExportCommand::run() {
     refuseToReplace(m_path, m_outputPath);
     const OpenTrackIoExport exported(CorrectionFileData::read(m_path));
-    writeTextFile(m_outputPath, exported.document.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+    writeTextFile(m_outputPath, jsonText(exported.document) + "\n");
     const auto pixels = [](double value) { return value > 0.0 ? fmt::format(" ({:.3f} px)", value) : std::string(); };
     fmt::print("Largest residual, distorted to undistorted: {:.2g} mm{}\n", exported.correctedMillimetres,
                pixels(exported.correctedPixels));

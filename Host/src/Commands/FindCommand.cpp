@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Console/Failure.h"
+#include "Console/Json.h"
 #include "Core/FramePreparation.h"
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "CorrectionFile/Finder/NotFoundException.h"
@@ -20,9 +21,7 @@
 namespace Host {
 namespace {
 
-void printJson(const nlohmann::ordered_json& json) {
-    fmt::print("{}\n", json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace));
-}
+void printJson(const nlohmann::ordered_json& json) { fmt::print("{}\n", jsonText(json)); }
 
 /// The path that is searched for, and a last line for errors if its name is not that of the files; otherwise `note`
 /// stays empty. Files that cannot be read have no metadata.

@@ -9,6 +9,8 @@
 #include <nlohmann/json.hpp>
 
 #include "Console/Failure.h"
+#include "Console/Json.h"
+#include "Console/PrintableText.h"
 #include "RecordingFormatDatabase/CameraManufacturerModelMismatchException.h"
 #include "RecordingFormatDatabase/CameraManufacturerNotFoundException.h"
 #include "RecordingFormatDatabase/CsvStringBasedRecordingFormatDatabase.h"
@@ -39,10 +41,6 @@ std::vector<std::string> modelsOf(const Database& database, const std::string& m
     return models;
 }
 
-std::string counted(std::size_t count, const char* noun) {
-    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
-}
-
 /// Numbers as the shortest text that reads back to the same float: 13.2, not 13.199999809265137.
 double shortest(float value) { return std::stod(fmt::format("{}", value)); }
 
@@ -60,9 +58,7 @@ ordered_json toJson(const Formats& formats) {
 }
 
 /// The same layout for a model, a maker and the whole table.
-void printJson(const ordered_json& makers) {
-    fmt::print("{}\n", ordered_json{{"version", 1}, {"makers", makers}}.dump(2));
-}
+void printMakers(const ordered_json& makers) { fmt::print("{}\n", jsonText({{"version", 1}, {"makers", makers}})); }
 
 /// As the table spells it; the look-up minds no letter case.
 std::string tableSpelling(const std::vector<std::string>& names, const std::string& name) {
@@ -113,7 +109,7 @@ ExitCode FormatsCommand::run() {
             const Formats formats = formatsOf(database, m_maker, m_model);
             if (m_asJson) {
                 const std::string model = tableSpelling(modelsOf(database, m_maker), m_model);
-                printJson({{tableSpelling(knownMakers, m_maker), {{model, toJson(formats)}}}});
+                printMakers({{tableSpelling(knownMakers, m_maker), {{model, toJson(formats)}}}});
             } else {
                 printFormats(formats);
             }
@@ -138,7 +134,7 @@ ExitCode FormatsCommand::run() {
                            counted(formatCount, "format"));
             }
         }
-        if (m_asJson) printJson(everything);
+        if (m_asJson) printMakers(everything);
         return ExitCode::Done;
     } catch (const RecordingFormatDatabase::CameraManufacturerNotFoundException&) {
         refuse(fmt::format("Camera maker \"{}\" is not in the table; known are {}.", m_maker, joined(knownMakers)));

@@ -11,6 +11,7 @@
 
 #include "Console/Dimensions.h"
 #include "Console/Failure.h"
+#include "Console/Json.h"
 #include "Console/PrintableText.h"
 #include "Inspect/ClipInfo.h"
 #include "Inspect/FileInfo.h"
@@ -64,7 +65,7 @@ ExitCode InfoCommand::run() {
     if (!m_range.empty()) options.frames = FrameRange::parse(m_range);
     const InfoReport report = reportOn(options);
     if (m_asJson) {
-        fmt::print("{}\n", report.json(m_withFrames).dump(1, ' ', false, nlohmann::json::error_handler_t::replace));
+        fmt::print("{}\n", jsonText(report.json(m_withFrames)));
     } else {
         fmt::print("{}", printableText(report.text(m_withFrames)));
     }

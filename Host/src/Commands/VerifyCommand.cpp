@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Console/Failure.h"
+#include "Console/Json.h"
 #include "Console/PrintableText.h"
 #include "Device/RenderingDevice.h"
 #include "Map/RoundTripReport.h"
@@ -53,7 +54,7 @@ ExitCode VerifyCommand::run() {
     }
     if (report.frames.empty() && !advice.empty()) fmt::print(stderr, "{}\n", advice);
     if (m_asJson) {
-        fmt::print("{}\n", report.json().dump(1, ' ', false, nlohmann::json::error_handler_t::replace));
+        fmt::print("{}\n", jsonText(report.json()));
     } else {
         fmt::print("{}", printableText(report.text(m_withFrames)));
     }

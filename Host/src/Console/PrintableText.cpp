@@ -25,4 +25,13 @@ std::string printableText(std::string_view text) {
     return printable;
 }
 
+std::string counted(std::size_t count, std::string_view noun) {
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+std::string withoutLastLineFeeds(std::string text) {
+    while (!text.empty() && text.back() == '\n') text.pop_back();
+    return text;
+}
+
 } // namespace Host

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "Console/Failure.h"
+#include "Console/Json.h"
 #include "Console/PrintableText.h"
 
 namespace Host {
@@ -23,11 +24,6 @@ constexpr double secondsBetweenLines = 10.0;
 constexpr const char* red = "\x1b[31m";
 constexpr const char* plain = "\x1b[0m";
 constexpr const char* clearLine = "\r\x1b[K";
-
-/// Names of files and channels need not be valid UTF-8.
-std::string lineOf(const nlohmann::ordered_json& event) {
-    return event.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + '\n';
-}
 
 /// Three digits, or all of a larger number.
 std::string rateText(double rate) {
@@ -68,7 +64,7 @@ Progress::Output Progress::standardOutput(Mode mode) {
 Progress::Progress(Mode mode, std::size_t total, Output output)
     : m_mode(mode), m_total(total), m_output(std::move(output)), m_start(m_output.now()), m_lastShown(m_start) {
     if (m_mode == Mode::Json) {
-        m_output.write(nlohmann::ordered_json{{"event", "start"}, {"version", 1}, {"frames", m_total}}.dump() + '\n');
+        m_output.write(jsonLine({{"event", "start"}, {"version", 1}, {"frames", m_total}}) + '\n');
     }
 }
 
@@ -92,7 +88,7 @@ void Progress::failed(std::int32_t frame, const std::string& file, const std::st
 
 void Progress::note(const std::string& message) {
     const std::lock_guard lock(m_mutex);
-    if (m_mode == Mode::Json) return m_output.write(lineOf({{"event", "note"}, {"message", message}}));
+    if (m_mode == Mode::Json) return m_output.write(jsonLine({{"event", "note"}, {"message", message}}) + '\n');
     const std::string bar = m_mode == Mode::Bar && m_hasShown ? clearLine : "";
     m_output.write(bar + "lenscorrect: " + printableText(message) + '\n');
 }
@@ -103,7 +99,7 @@ void Progress::end(const std::string& files, const std::vector<std::string>& uns
         nlohmann::ordered_json event{{"event", "end"},     {"done", m_done},   {"skipped", m_skipped},
                                      {"failed", m_failed}, {"total", m_total}, {"seconds", m_output.now() - m_start}};
         if (!unshaded.empty()) event["unshaded"] = unshaded;
-        m_output.write(lineOf(event));
+        m_output.write(jsonLine(event) + '\n');
         return;
     }
     if (m_mode != Mode::None) {
@@ -136,7 +132,7 @@ void Progress::report(std::int32_t frame, const std::string& file, const char* s
         nlohmann::ordered_json event{{"event", "frame"}, {"frame", frame}, {"state", state}, {"file", file}};
         if (!message.empty()) event["message"] = message;
         event.update({{"done", m_done}, {"skipped", m_skipped}, {"failed", m_failed}, {"total", m_total}});
-        m_output.write(lineOf(event));
+        m_output.write(jsonLine(event) + '\n');
         return;
     }
     if (!message.empty()) {

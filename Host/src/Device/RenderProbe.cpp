@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "Console/Failure.h"
+#include "Console/PrintableText.h"
 #include "Renderer/DistortionRenderer.h"
 #include "Renderer/ShadingRenderer.h"
 
@@ -51,7 +52,7 @@ std::string readAll(int descriptor) {
 
 /// The last lines of a text, without the line feed at its end.
 std::string tail(std::string text, std::size_t lines) {
-    while (!text.empty() && text.back() == '\n') text.pop_back();
+    text = withoutLastLineFeeds(std::move(text));
     std::size_t begin = text.size();
     for (std::size_t line = 0; line < lines && begin != std::string::npos && begin > 0; ++line) {
         begin = text.rfind('\n', begin - 1);

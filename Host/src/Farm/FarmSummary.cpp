@@ -10,6 +10,8 @@
 #include <set>
 
 #include "Console/Failure.h"
+#include "Console/Json.h"
+#include "Console/PrintableText.h"
 #include "Frames/FrameRange.h"
 
 namespace Host {
@@ -43,8 +45,7 @@ struct Reports {
 std::string contentOf(const fs::path& path) {
     std::ifstream file(path);
     std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    while (!text.empty() && text.back() == '\n') text.pop_back();
-    return text;
+    return withoutLastLineFeeds(text);
 }
 
 } // namespace
@@ -110,14 +111,13 @@ std::string FarmSummary::json() const {
     for (const auto& [frame, message] : failed) failures.push_back({{"frame", frame}, {"message", message}});
     Json steps = Json::object();
     for (const auto& [step, status] : failedSteps) steps[step] = status;
-    return Json{{"version", 1},
-                {"total", total},
-                {"done", done},
-                {"failed", failures},
-                {"withoutResult", FrameRange::string(withoutResult)},
-                {"failedSteps", steps},
-                {"exitCode", static_cast<int>(exitCode())}}
-               .dump(2, ' ', false, Json::error_handler_t::replace) +
+    return jsonText({{"version", 1},
+                     {"total", total},
+                     {"done", done},
+                     {"failed", failures},
+                     {"withoutResult", FrameRange::string(withoutResult)},
+                     {"failedSteps", steps},
+                     {"exitCode", static_cast<int>(exitCode())}}) +
            "\n";
 }
 

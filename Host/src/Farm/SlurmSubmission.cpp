@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "Console/Failure.h"
+#include "Console/PrintableText.h"
 #include "Farm/ShellText.h"
 
 namespace Host {
@@ -30,7 +31,7 @@ Result runProgram(const std::vector<std::string>& words) {
     while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, pipe)) result.output.append(buffer, count);
     const int status = pclose(pipe);
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    while (!result.output.empty() && result.output.back() == '\n') result.output.pop_back();
+    result.output = withoutLastLineFeeds(std::move(result.output));
     return result;
 }
 

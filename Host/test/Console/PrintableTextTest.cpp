@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+using Host::counted;
 using Host::printableText;
+using Host::withoutLastLineFeeds;
 
 TEST(PrintableText, KeepsTextOfAnyLanguageInLines) {
     EXPECT_EQ(printableText("a~ \"ä€😀\"\n b\n"), "a~ \"ä€😀\"\n b\n");
@@ -20,4 +22,16 @@ TEST(PrintableText, ShowsTheControlCharactersOfEightBitsByTheirBytes) {
     EXPECT_EQ(printableText("\xC2\x9B"
                             "31m\xC2\x80\xC2\xA0"),
               "\\xC2\\x9B31m\\xC2\\x80\xC2\xA0");
+}
+
+TEST(CountedText, NamesOneThingAndAnyOtherNumberOfThem) {
+    EXPECT_EQ(counted(0, "frame"), "0 frames");
+    EXPECT_EQ(counted(1, "frame"), "1 frame");
+    EXPECT_EQ(counted(2, "frame"), "2 frames");
+}
+
+TEST(TextWithoutLastLineFeeds, KeepsThoseInside) {
+    EXPECT_EQ(withoutLastLineFeeds("a\n\nb\n\n"), "a\n\nb");
+    EXPECT_EQ(withoutLastLineFeeds("\n"), "");
+    EXPECT_EQ(withoutLastLineFeeds(""), "");
 }
