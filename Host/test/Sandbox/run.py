@@ -161,9 +161,9 @@ class Sandbox(program.ProgramTest):
 
     @unittest.skipUnless(FAULTS, "faults cannot be injected here")
     def test_an_encoder_that_hangs_fails_its_own_frame(self):
-        result = self.render_with_a_fault("out/f.%04d.tif", "HANG_ON_WRITE", "--sandbox-time", "3")
+        result = self.render_with_a_fault("out/f.%04d.tif", "HANG_ON_WRITE", "--sandbox-time", "10")
         self.expect(result, 4, "", "Frame 1002: out/f.1002.tif: cannot be written: encoding took longer than the "
-                    "sandbox's limit of 3 s; raise it with --sandbox-time\n"
+                    "sandbox's limit of 10 s; raise it with --sandbox-time\n"
                     "lenscorrect: 1 of 3 frames failed: 1002\n")
         self.assertEqual(self.pictures_and_temporary_files("out"), ["f.1001.tif", "f.1003.tif"])
 
