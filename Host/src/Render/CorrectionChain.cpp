@@ -185,6 +185,7 @@ FramePlan CorrectionChain::validate() {
         // The nodes meet the same, and tell it as they do in a host.
         reason = std::current_exception();
     }
+    if (planned && !planned->isAccepted) throw CorrectionError(shapeRefusal(*planned, shape()), "");
     if (!m_graph.validate(m_end)) fail();
     if (reason) std::rethrow_exception(reason);
     planned->box = m_nodes.back()->info().box();

@@ -1,11 +1,14 @@
 #include "Render/FramePlan.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <span>
 
 #include "Core/AspectRatio.h"
+#include "Exception/Exception.h"
 #include "FrameSizing.h"
 #include "Map/RadialSampling.h"
 #include "Renderer/DistortionRenderer.h"
@@ -186,6 +189,18 @@ Box FramePlan::keptOf(const Box& window, const PictureShape& shape) const {
     return result;
 }
 
+std::string shapeRefusal(const FramePlan& plan, const PictureShape& shape) {
+    const RecordingFormatDatabase::RecordingFormat& recording = plan.frame.recordingFormat;
+    return fmt::format(
+        "The picture's format of {} x {} px has the recording's aspect ratio ({} x {} px) only roughly, and in the "
+        "frame "
+        "around its data window ({} x {} px) the error is 2 px or more. Render the picture at the recording's size or "
+        "an "
+        "exact fraction of it, or crop its overscan.",
+        shape.format.width, shape.format.height, recording.clipResolutionWidth, recording.clipResolutionHeight,
+        plan.box.w(), plan.box.h());
+}
+
 FramePlan planFrame(const PictureShape& shape, Steps steps, Core::FramePreparation& preparation) {
     // Frames grow by a pixel or two at a time, and most of them are accepted.
     constexpr int mostSteps = 1000;
@@ -198,9 +213,14 @@ FramePlan planFrame(const PictureShape& shape, Steps steps, Core::FramePreparati
     const Walk walk(shape, plan.steps, preparation, plan.frame);
     Box shown = shape.whole();
     walk(shown, plan);
-    for (int i = 0; !plan.isAccepted && i < mostSteps; ++i) {
-        shown = withBorder(shown, shape.formatBox());
-        walk(shown, plan);
+    try {
+        for (int i = 0; !plan.isAccepted && i < mostSteps; ++i) {
+            shown = withBorder(shown, shape.formatBox());
+            walk(shown, plan);
+        }
+    } catch (const Exception&) {
+        // So far out, the lens data mean nothing any more.
+        plan.isAccepted = false;
     }
     if (!plan.isAccepted) walk(shape.whole(), plan);
     plan.kept = plan.keptOf(shape.data, shape);

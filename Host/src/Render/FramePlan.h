@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "Console/Dimensions.h"
 #include "Core/FramePreparation.h"
@@ -47,8 +48,12 @@ struct FramePlan {
     DD::Image::Box keptOf(const DD::Image::Box& window, const PictureShape& shape) const;
 };
 
+/// What a user needs to know about a plan that is not accepted: the format's aspect ratio is a rounded one, and the
+/// frame around what overhangs the format is so much larger that the rounding comes to 2 px.
+std::string shapeRefusal(const FramePlan& plan, const PictureShape& shape);
+
 /// Lets the core prepare the frame and plans it. The preparation's data source must answer frameData for a frame as
-/// large as the format, without overscan. A picture that no border helps is planned without one; the nodes report it.
+/// large as the format, without overscan. A picture that no border helps is planned without one.
 ///
 /// Throws Exception with the core's texts, boost::math::rounding_error for sizes beyond any picture's.
 FramePlan planFrame(const PictureShape& shape, Steps steps, Core::FramePreparation& preparation);

@@ -38,6 +38,21 @@ RandomPicture hd(const std::string& distortion, const Box& data, bool isInverse 
     return picture;
 }
 
+/// The picture in a half, a third or a quarter of the recording's size, rounded either way, with up to half of it
+/// beyond each side.
+RandomPicture proxyOf(RandomPicture picture, std::mt19937& random) {
+    const auto whole = [&](int from, int to) { return std::uniform_int_distribution<>(from, to)(random); };
+    const int divisor = whole(2, 4);
+    const auto divided = [&](std::uint32_t length) {
+        return (static_cast<int>(length) + (whole(0, 1) == 0 ? 0 : divisor - 1)) / divisor;
+    };
+    const int width = divided(picture.clip.width), height = divided(picture.clip.height);
+    picture.shape.format = {static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)};
+    const auto overscan = [&](int length) { return whole(0, 2) == 0 ? 0 : whole(0, length / 2); };
+    picture.shape.data = Box(-overscan(width), -overscan(height), width + overscan(width), height + overscan(height));
+    return picture;
+}
+
 constexpr const char* barrel = "0, -1.2, -4.8, -11, -19, -28, -40";
 constexpr const char* pincushion = "0, 0.9, 3.6, 8, 14, 21, 29";
 constexpr const char* straight = "0, 0, 0, 0, 0, 0, 0";
@@ -48,10 +63,48 @@ const Box crop(301, 200, 1002, 703);
 
 TEST(FramePlan, FindsABoxThatTheCoreAcceptsForAnyDataWindowFormatAndLens) {
     std::mt19937 random(20);
-    for (int i = 0; i < 10000; ++i) {
+    for (int i = 0; i < 8000; ++i) {
         const RandomPicture picture(random, 8192);
         ASSERT_TRUE(planned(picture).isAccepted) << i << ": " << picture.string();
     }
+}
+
+TEST(FramePlan, RefusesAProxyOnlyIfItsRoundedFormatIsOffWhereItsOverscanEnds) {
+    std::mt19937 random(24);
+    const auto ratio = [](Host::PixelSize size) { return static_cast<double>(size.height) / size.width; };
+    int plannedCount = 0, refused = 0;
+    for (int i = 0; i < 2000; ++i) {
+        const RandomPicture picture = proxyOf(RandomPicture(random, 8192), random);
+        try {
+            const FramePlan plan = planned(picture);
+            ++plannedCount;
+            if (plan.isAccepted) continue;
+            ++refused;
+            // Within half a pixel, whole pixels can be chosen to fit.
+            const double error = plan.box.w() * (ratio(picture.shape.format) - ratio(picture.clip));
+            ASSERT_GT(std::abs(error), 0.5) << i << ": " << picture.string();
+        } catch (const std::exception&) {
+            // A format that the core itself refuses, or a lens that bends so much overscan to nowhere.
+        }
+    }
+    EXPECT_GT(plannedCount, 1900);
+    EXPECT_GT(refused, 0);
+    EXPECT_LT(refused, 40);
+}
+
+TEST(FramePlan, SaysOfARefusedProxyWhatIsOffAndWhatToDo) {
+    RandomPicture picture = hd(barrel, Box(-49, 0, 99, 59));
+    picture.steps = Steps::ShadingThenDistortion;
+    picture.record.replace(picture.record.find("\"width\": 1920, \"height\": 1080"), 29,
+                           "\"width\": 198, \"height\": 119");
+    picture.clip = {198, 119};
+    picture.shape.format = {99, 59};
+    const FramePlan plan = planned(picture);
+    ASSERT_FALSE(plan.isAccepted);
+    EXPECT_EQ(Host::shapeRefusal(plan, picture.shape),
+              "The picture's format of 99 x 59 px has the recording's aspect ratio (198 x 119 px) only roughly, and in "
+              "the frame around its data window (881 x 531 px) the error is 2 px or more. Render the picture at the "
+              "recording's size or an exact fraction of it, or crop its overscan.");
 }
 
 TEST(FramePlan, GivesMostPicturesNoBorder) {

@@ -596,6 +596,17 @@ class Plate(render_test.RenderTest):
                       result.stderr)
         self.assertFalse(os.path.exists(self.path("out")))
 
+    def test_a_proxy_whose_rounded_format_is_off_where_its_overscan_ends_is_wrong_use(self):
+        self.write_lens(width=198, height=119)
+        self.write_plate(self.part("RGB", data=(-49, 0, 98, 58), display=(0, 0, 98, 58)))
+        result = self.render(*BOTH)
+        self.expect(result, 2, "", """\
+lenscorrect: The picture's format of 99 x 59 px has the recording's aspect ratio (198 x 119 px) only roughly, and in the frame \
+around its data window (197 x 117 px) the error is 2 px or more. Render the picture at the recording's size or an exact fraction \
+of it, or crop its overscan.
+No frame of the clip "plate.%04d.exr" can be corrected.
+""")
+
     def test_a_plate_that_lacks_a_frame_fails_that_frame(self):
         self.write_lens(count=2)
         self.write_plate(self.part("RGB"), frames=(1001, 1003))
