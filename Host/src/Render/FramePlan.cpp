@@ -193,10 +193,8 @@ std::string shapeRefusal(const FramePlan& plan, const PictureShape& shape) {
     const RecordingFormatDatabase::RecordingFormat& recording = plan.frame.recordingFormat;
     return fmt::format(
         "The picture's format of {} x {} px has the recording's aspect ratio ({} x {} px) only roughly, and in the "
-        "frame "
-        "around its data window ({} x {} px) the error is 2 px or more. Render the picture at the recording's size or "
-        "an "
-        "exact fraction of it, or crop its overscan.",
+        "frame around its data window ({} x {} px) the error is 2 px or more. Render the picture at the recording's "
+        "size or an exact fraction of it, or crop its overscan.",
         shape.format.width, shape.format.height, recording.clipResolutionWidth, recording.clipResolutionHeight,
         plan.box.w(), plan.box.h());
 }

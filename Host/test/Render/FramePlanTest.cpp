@@ -63,7 +63,7 @@ const Box crop(301, 200, 1002, 703);
 
 TEST(FramePlan, FindsABoxThatTheCoreAcceptsForAnyDataWindowFormatAndLens) {
     std::mt19937 random(20);
-    for (int i = 0; i < 8000; ++i) {
+    for (int i = 0; i < 10000; ++i) {
         const RandomPicture picture(random, 8192);
         ASSERT_TRUE(planned(picture).isAccepted) << i << ": " << picture.string();
     }
