@@ -83,7 +83,7 @@ void ClipSurvey::read(const std::vector<std::int32_t>& frames, unsigned int thre
     HostImage::parallelFor(threads, frames.size(), [&](HostImage::WorkQueue& queue) {
         for (std::size_t index = 0; !mustStop() && queue.next(index);) {
             const std::int32_t frame = frames[index];
-            if (isRead(frame)) continue;
+            if (!use && isRead(frame)) continue;
             try {
                 const std::shared_ptr<const HostImage::Frame> own = header(frame);
                 const std::lock_guard<std::mutex> lock(m_use);

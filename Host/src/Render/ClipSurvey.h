@@ -37,9 +37,10 @@ public:
     /// before.
     std::shared_ptr<const HostImage::Frame> header(std::int32_t frame);
 
-    /// Reads, on so many threads, the headers of those of the frames that were not read before. A header that cannot be
-    /// read is skipped: its frame fails later. `use` is called with each, by one thread at a time; it throws nothing.
-    /// `mustStop` ends it early.
+    /// Reads, on so many threads, the headers of those of the frames that were not read before. `use`, if there is one,
+    /// is called with each frame's, by one thread at a time; it throws nothing. For it, a header that was read before
+    /// and not kept is read again. A header that cannot be read is skipped: its frame fails later. `mustStop` ends it
+    /// early.
     using Use = std::function<void(std::int32_t frame, const HostImage::Frame& header)>;
     void read(const std::vector<std::int32_t>& frames, unsigned int threads, const std::function<bool()>& mustStop,
               const Use& use);

@@ -492,8 +492,8 @@ class DataWindows(render_test.RenderTest):
         self.write_lens(count=count, width=640, height=360)
         with open(self.path("plate.olcf"), encoding="utf-8") as file:
             lines = file.read().rstrip("\n").split("\n")
-        for index in range(count):  # the lens zooms
-            curve = ",".join(str(-value * (index + 1)) for value in (0, 1, 4, 8, 12, 15, 19))
+        for index in range(count):  # the lens zooms; the first frame is the largest once it is straight
+            curve = ",".join(str(-value * (count - index)) for value in (0, 1, 4, 8, 12, 15, 19))
             lines[index - count] = lines[index - count].replace("0,1.2,4.8,9.4,13.9,17.3,22", curve)
         with open(self.path("plate.olcf"), "w", encoding="utf-8") as file:
             file.write("\n".join(lines) + "\n")
@@ -501,9 +501,11 @@ class DataWindows(render_test.RenderTest):
         self.write_plate(self.part("RGB", exr.HALF, display=display, function=lambda x, y: 0.5), frames=frames)
         self.expect(self.render(*UNDISTORT, out="all/f.%04d.dpx"), 0, "", "")
         self.assertEqual(len(self.sizes("all")), 1)
-        # One of its frames alone, as a farm renders it, has the size of all.
-        self.expect(self.render(*UNDISTORT, "--frames", "1001", out="one/f.%04d.dpx"), 0, "", "")
-        self.assertEqual(self.sizes("one"), self.sizes("all"))
+        # Each of its frames alone, as a farm renders it, has the size of all.
+        for frame in frames:
+            with self.subTest(frame):
+                self.expect(self.render(*UNDISTORT, "--frames", str(frame), out=f"{frame}/f.%04d.dpx"), 0, "", "")
+                self.assertEqual(self.sizes(str(frame)), self.sizes("all"))
         self.expect(self.render(*UNDISTORT, "--size", "frame", out="own/f.%04d.dpx"), 0, "", "")
         self.assertEqual(len(self.sizes("own")), 3)
         # A crop does not become a picture of its own size.
