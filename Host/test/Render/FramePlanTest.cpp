@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "Exception/Exception.h"
+#include "FrameSizing.h"
 #include "Map/RadialSampling.h"
 #include "Render/Support/RandomPicture.h"
 
@@ -116,6 +117,31 @@ TEST(FramePlan, GivesMostPicturesNoBorder) {
     }
     EXPECT_GT(bordered, 0);
     EXPECT_LT(bordered, 150);
+}
+
+TEST(FramePlan, GivesAPictureTheBorderOfTheSmallestFrameThatTheCoreAccepts) {
+    std::mt19937 random(25);
+    int bordered = 0;
+    for (int i = 0; i < 1000; ++i) {
+        RandomPicture picture(random, 8192);
+        const auto frameOf = [&](const Box& box) {
+            return FrameSizing::frameAround(box, picture.shape.formatBox()).width;
+        };
+        const Box whole = picture.shape.whole();
+        const Box shown = planned(picture).shown;
+        if (shown == whole) continue;
+        ++bordered;
+        for (const bool isWider : {true, false}) {
+            Box smaller = whole;
+            for (;;) {
+                smaller.pad(isWider ? 1 : 0, isWider ? 0 : 1);
+                if (frameOf(smaller) >= frameOf(shown)) break;
+                picture.shape.data = smaller;
+                ASSERT_NE(planned(picture).shown, smaller) << i << ": " << picture.string();
+            }
+        }
+    }
+    EXPECT_GT(bordered, 10);
 }
 
 TEST(FramePlan, HasOneBoxForTheWholePictureAndForACropOfIt) {
