@@ -53,6 +53,7 @@ public:
         plan.shown = shown;
         plan.box = shown;
         plan.isAccepted = true;
+        plan.refused = {};
         for (const Step step : m_steps) walk(step, plan);
     }
 
@@ -82,8 +83,11 @@ private:
     }
 
     void lookAt(FramePlan& plan) const {
-        plan.isAccepted = plan.isAccepted && m_aspectRatio.isThatOf(static_cast<std::uint32_t>(plan.box.w()),
-                                                                    static_cast<std::uint32_t>(plan.box.h()));
+        if (!plan.isAccepted ||
+            m_aspectRatio.isThatOf(static_cast<std::uint32_t>(plan.box.w()), static_cast<std::uint32_t>(plan.box.h())))
+            return;
+        plan.isAccepted = false;
+        plan.refused = plan.box;
     }
 
     const Box m_format;
@@ -196,7 +200,7 @@ std::string shapeRefusal(const FramePlan& plan, const PictureShape& shape) {
         "frame around its data window ({} x {} px) the error is 2 px or more. Render the picture at the recording's "
         "size or an exact fraction of it, or crop its overscan.",
         shape.format.width, shape.format.height, recording.clipResolutionWidth, recording.clipResolutionHeight,
-        plan.box.w(), plan.box.h());
+        plan.refused.w(), plan.refused.h());
 }
 
 FramePlan planFrame(const PictureShape& shape, Steps steps, Core::FramePreparation& preparation) {

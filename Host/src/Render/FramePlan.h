@@ -38,6 +38,7 @@ struct FramePlan {
     DD::Image::Box box;     ///< of the last node
     DD::Image::Box kept;    ///< the data window of the corrected picture's file; inside `box`
     bool isAccepted = true; ///< false: the core refuses a frame on the way, and no border helps
+    DD::Image::Box refused; ///< of a plan that is not accepted: the first frame that the core refuses
     /// The frame as the core knows it: when it sizes the distortion node's frame, or the only node's.
     Core::FrameToCorrect frame;
     /// What is rendered for the whole box of the distortion node, if there is one.

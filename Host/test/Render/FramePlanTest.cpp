@@ -6,6 +6,7 @@
 #include <cmath>
 #include <memory>
 
+#include "Core/AspectRatio.h"
 #include "Exception/Exception.h"
 #include "FrameSizing.h"
 #include "Map/RadialSampling.h"
@@ -81,8 +82,12 @@ TEST(FramePlan, RefusesAProxyOnlyIfItsRoundedFormatIsOffWhereItsOverscanEnds) {
             ++plannedCount;
             if (plan.isAccepted) continue;
             ++refused;
+            const Core::AspectRatio recorded(plan.frame.recordingFormat);
+            ASSERT_FALSE(recorded.isThatOf(static_cast<std::uint32_t>(plan.refused.w()),
+                                           static_cast<std::uint32_t>(plan.refused.h())))
+                << i << ": " << picture.string();
             // Within half a pixel, whole pixels can be chosen to fit.
-            const double error = plan.box.w() * (ratio(picture.shape.format) - ratio(picture.clip));
+            const double error = plan.refused.w() * (ratio(picture.shape.format) - ratio(picture.clip));
             ASSERT_GT(std::abs(error), 0.5) << i << ": " << picture.string();
         } catch (const std::exception&) {
             // A format that the core itself refuses, or a lens that bends so much overscan to nowhere.
@@ -104,7 +109,7 @@ TEST(FramePlan, SaysOfARefusedProxyWhatIsOffAndWhatToDo) {
     ASSERT_FALSE(plan.isAccepted);
     EXPECT_EQ(Host::shapeRefusal(plan, picture.shape),
               "The picture's format of 99 x 59 px has the recording's aspect ratio (198 x 119 px) only roughly, and in "
-              "the frame around its data window (881 x 531 px) the error is 2 px or more. Render the picture at the "
+              "the frame around its data window (197 x 117 px) the error is 2 px or more. Render the picture at the "
               "recording's size or an exact fraction of it, or crop its overscan.");
 }
 
@@ -122,7 +127,7 @@ TEST(FramePlan, GivesMostPicturesNoBorder) {
 TEST(FramePlan, GivesAPictureTheBorderOfTheSmallestFrameThatTheCoreAccepts) {
     std::mt19937 random(25);
     int bordered = 0;
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 100; ++i) {
         RandomPicture picture(random, 8192);
         const auto frameOf = [&](const Box& box) {
             return FrameSizing::frameAround(box, picture.shape.formatBox()).width;
@@ -141,7 +146,7 @@ TEST(FramePlan, GivesAPictureTheBorderOfTheSmallestFrameThatTheCoreAccepts) {
             }
         }
     }
-    EXPECT_GT(bordered, 10);
+    EXPECT_GT(bordered, 2);
 }
 
 TEST(FramePlan, HasOneBoxForTheWholePictureAndForACropOfIt) {
