@@ -29,7 +29,7 @@ private:
 
         std::uint32_t frameNumber;
         std::uint32_t timecode; ///< in frames since 00:00:00:00
-        std::size_t lineNumber;
+        std::uint32_t lineNumber;
     };
 
     // A warning that holds for many frames.
