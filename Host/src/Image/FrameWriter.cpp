@@ -21,6 +21,12 @@ void checkFrame(const std::string& path, const Frame& frame, const WriteOptions&
     if (fileExtension(path) != "exr") StillFormat::of(path).check(path, frame, options);
 }
 
+PixelType storedType(const std::string& path, PixelType type, const WriteOptions& options) {
+    checkOutputName(path);
+    return fileExtension(path) == "exr" ? exrStoredType(path, type, options)
+                                        : StillFormat::of(path).stored(type, options);
+}
+
 void checkPixels(const std::string& path, const Frame& frame) {
     for (const Part& part : frame.parts)
         for (const Plane& plane : part.planes)

@@ -30,6 +30,10 @@ struct WriteOptions {
 /// removed if writing fails. Throws ImageError, also for what checkFrame refuses.
 void writeFrame(const std::string& path, const Frame& frame, const WriteOptions& options = {});
 
+/// How the format of that path stores samples of that type with these options: in the nearest type that it has. Throws
+/// ImageError for what checkOutputName refuses.
+PixelType storedType(const std::string& path, PixelType type, const WriteOptions& options);
+
 /// Throws ImageError if a plane has fewer pixels than its data window.
 void checkPixels(const std::string& path, const Frame& frame);
 

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <boost/math/policies/error_handling.hpp>
 #include <cmath>
 #include <limits>
 #include <span>
@@ -221,8 +222,9 @@ FramePlan planFrame(const PictureShape& shape, Steps steps, Core::FramePreparati
             walk(shown, plan);
         }
     } catch (const Exception&) {
-        // So far out, the lens data mean nothing any more.
-        plan.isAccepted = false;
+        plan.isAccepted = false; // so far out, the lens data mean nothing any more
+    } catch (const boost::math::rounding_error&) {
+        plan.isAccepted = false; // nor has the frame a size
     }
     if (!plan.isAccepted) walk(shape.whole(), plan);
     plan.kept = plan.keptOf(shape.data, shape);

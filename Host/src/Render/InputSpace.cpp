@@ -14,6 +14,7 @@ namespace Host {
 namespace {
 
 constexpr std::size_t colours = 3;
+constexpr const char* spaceAttribute = "oiio:ColorSpace";
 
 /// 0, 1, 2 for a layer's red, green, blue, unless the layer holds data; -1 for any other channel.
 int colourOf(DD::Image::Channel channel, bool isDataPart) {
@@ -130,13 +131,17 @@ float InputSpace::black(DD::Image::Channel channel, bool isDataPart) const {
 }
 
 bool InputSpace::isLinear(const RenderOptions& options, const HostImage::Frame& frame) {
-    return frame.format == "exr" && !options.inputSpace && !options.renderMap &&
-           std::all_of(frame.parts.begin(), frame.parts.end(),
-                       [](const HostImage::Part& part) { return statementAgainstLinear(part).empty(); });
+    if (options.renderMap) return true;
+    if (options.inputSpace) return false;
+    const auto isLinearPart = [&frame](const HostImage::Part& part) {
+        if (frame.format == "exr") return statementAgainstLinear(part).empty();
+        return Text::lowerCase(part.text(spaceAttribute)) == "linear";
+    };
+    return std::all_of(frame.parts.begin(), frame.parts.end(), isLinearPart);
 }
 
 void InputSpace::stateLinear(HostImage::Frame& frame) {
-    for (HostImage::Part& part : frame.parts) part.setAttribute({"oiio:ColorSpace", "string", "Linear"});
+    for (HostImage::Part& part : frame.parts) part.setAttribute({spaceAttribute, "string", "Linear"});
 }
 
 std::string InputSpace::objection(const RenderOptions& options, const HostImage::Frame& frame) {

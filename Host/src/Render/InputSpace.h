@@ -43,8 +43,9 @@ public:
     /// and the picture says that they are not linear. Empty: there is no objection.
     static std::string objection(const RenderOptions& options, const HostImage::Frame& frame);
 
-    /// Whether the pixels of a frame, or of what a job makes of it, are known to be linear light: those of OpenEXR
-    /// files are, unless the frame states otherwise or the job names their space.
+    /// Whether the pixels of a frame, or of what a job makes of it, are known to be linear light, or plain numbers as
+    /// those of a map: OpenEXR files hold linear light unless they state otherwise, files of other formats where they
+    /// state so. A job that names another space leaves it open.
     static bool isLinear(const RenderOptions& options, const HostImage::Frame& frame);
 
     /// Lets the frame state that it isLinear, for formats whose files are else taken as another space, in the words in

@@ -37,11 +37,21 @@ void PictureMemory::provideFor(const DD::Image::ImagePlane& plane, const std::ve
     for (std::size_t i = 0; i < shares.size(); ++i) {
         if (shares[i] == PlaneShare::None || m_hasMemory[i]) continue;
         HostImage::Plane& target = m_output.planes[i];
-        if (shares[i] == PlaneShare::Whole && i < m_input.planes.size()) moveMemory(m_input.planes[i], target);
+        if (shares[i] == PlaneShare::Whole && hasSameChannels(i)) moveMemory(m_input.planes[i], target);
         target.allocatePixels();
         if (m_isBlack) blacken(i, channels);
         m_hasMemory[i] = true;
     }
+}
+
+/// Whether nothing but what goes into the output's plane comes from the input's plane of that number: where files store
+/// another type, channels can be divided differently.
+bool PictureMemory::hasSameChannels(std::size_t index) const {
+    return index < m_input.planes.size() &&
+           std::equal(m_input.channels.begin(), m_input.channels.end(), m_output.channels.begin(),
+                      m_output.channels.end(), [index](const HostImage::Channel& from, const HostImage::Channel& to) {
+                          return from.name == to.name && (from.plane == index) == (to.plane == index);
+                      });
 }
 
 void PictureMemory::blacken(std::size_t index, const std::vector<DD::Image::Channel>& channels) {

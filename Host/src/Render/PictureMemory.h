@@ -28,6 +28,7 @@ public:
     void provideFor(const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels);
 
 private:
+    bool hasSameChannels(std::size_t index) const;
     void blacken(std::size_t index, const std::vector<DD::Image::Channel>& channels);
 
     HostImage::Part& m_input;

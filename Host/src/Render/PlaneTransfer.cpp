@@ -1,6 +1,7 @@
 #include "Render/PlaneTransfer.h"
 
 #include <algorithm>
+#include <atomic>
 #include <stdexcept>
 #include <string>
 
@@ -229,6 +230,28 @@ void storePlane(const DD::Image::ImagePlane& plane, HostImage::Part& part,
             HostImage::samplesFromFloat(target.type, floats.data(), to, samples);
         });
     }
+}
+
+bool exceedsIntegers(const DD::Image::ImagePlane& plane, const HostImage::Part& part, unsigned int threads) {
+    const Overlap overlap(plane.bounds(), part);
+    if (overlap.isEmpty()) return false;
+    constexpr float rounding = 0.5f / 65535.0f;
+    std::atomic<bool> isBeyond{false};
+    forEachRow(overlap.rows(), threads, [&](std::size_t row) {
+        if (isBeyond) return;
+        bool isInside = true;
+        for (int component = 0; component < plane.nComps(); ++component) {
+            const float* const first = plane.readable() + overlap.planeRow(row) * plane.rowStride() +
+                                       std::ptrdiff_t{overlap.planeColumn} * plane.colStride() +
+                                       std::ptrdiff_t{component} * plane.chanStride();
+            for (std::size_t x = 0; x < overlap.columns(); ++x) {
+                const float value = first[static_cast<std::ptrdiff_t>(x) * plane.colStride()];
+                isInside = isInside && value >= -rounding && value <= 1.0f + rounding;
+            }
+        }
+        if (!isInside) isBeyond = true;
+    });
+    return isBeyond;
 }
 
 } // namespace Host

@@ -35,4 +35,8 @@ std::vector<PlaneShare> planeShares(const DD::Image::ImagePlane& plane, const Ho
 void storePlane(const DD::Image::ImagePlane& plane, HostImage::Part& part,
                 const std::vector<DD::Image::Channel>& channels, unsigned int threads);
 
+/// Whether the plane has a value within the part's data window that an integer of up to 16 bits, which stands for 0 to
+/// 1, cannot hold: one that is beyond by more than the rounding to 16 bits, or not a number.
+bool exceedsIntegers(const DD::Image::ImagePlane& plane, const HostImage::Part& part, unsigned int threads);
+
 } // namespace Host

@@ -203,7 +203,7 @@ void RenderJob::checkOutputFormat(const FrameJob& job, const HostImage::Frame& i
 }
 
 void RenderJob::tellDarkPictures(Progress& progress, const HostImage::Frame& first) const {
-    if (m_options.isOutputWithDataWindow() || !InputSpace::isLinear(m_options, first)) return;
+    if (m_options.isOutputWithDataWindow() || m_options.renderMap || !InputSpace::isLinear(m_options, first)) return;
     const HostImage::StillFormat& format = HostImage::StillFormat::of(m_options.output.string());
     if (format.hasLinearLight) return;
     progress.note(fmt::format(
@@ -346,9 +346,16 @@ std::string RenderJob::objection(const HostImage::Frame& frame) const {
 
 std::size_t RenderJob::slotCount(const HostImage::Frame* first, std::size_t most) const {
     if (!first) return most;
-    std::uint64_t inFile = 0, asFloats = 0;
+    const HostImage::WriteOptions writing = writeOptions();
+    const std::string output = m_options.output.string();
+    std::uint64_t before = 0, after = 0, asFloats = 0;
     for (const HostImage::Part& part : first->parts) {
-        for (const HostImage::Plane& plane : part.planes) inFile += plane.rowBytes() * plane.height;
+        for (const HostImage::Plane& plane : part.planes) {
+            const std::uint64_t bytes = plane.rowBytes() * plane.height;
+            before += bytes;
+            after += bytes / HostImage::bytesPerSample(plane.type) *
+                     HostImage::bytesPerSample(HostImage::storedType(output, plane.type, writing));
+        }
         // Whatever the data window is, the nodes are shown the whole format.
         const auto longer = [](std::int64_t a, std::int64_t b) { return static_cast<std::uint64_t>(std::max(a, b)); };
         asFloats =
@@ -357,7 +364,7 @@ std::size_t RenderJob::slotCount(const HostImage::Frame* first, std::size_t most
     }
     // The picture before and after, with room for growth and for the packed file; beside the slots one layer is
     // rendered: plane, node's output, the device's two buffers.
-    const std::uint64_t perSlot = inFile * 3 + 1;
+    const std::uint64_t perSlot = before + after * 2 + 1;
     const std::uint64_t limit = m_options.memory != 0 ? m_options.memory : halfOfTheMemory();
     const std::uint64_t forRendering = asFloats * 5;
     const std::uint64_t forSlots = limit > forRendering ? limit - forRendering : 0;
@@ -405,10 +412,14 @@ void RenderJob::layOut(const HostImage::Part& input, const DD::Image::Box& box, 
             output.channels.push_back(channel);
         }
     }
+    // What the nodes give is rounded and clipped once, to what the file holds.
+    const HostImage::WriteOptions writing = writeOptions();
+    for (HostImage::Channel& channel : output.channels)
+        channel.type = HostImage::storedType(m_options.output.string(), channel.type, writing);
     output.layOutPlanes();
 }
 
-void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads) {
+void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads, Progress& progress) {
     const ClipFrame image{&slot.input, &slot.metadata, m_clip.shownPath(slot.job.frame), m_clip.range()};
     const ClipFrame plate =
         m_plate ? ClipFrame{&slot.plate, &slot.plateMetadata, m_plate->shownPath(slot.job.frame), m_plate->range()}
@@ -427,10 +438,25 @@ void RenderJob::render(CorrectionChain& chain, Slot& slot, unsigned int threads)
         chain.render([&](const DD::Image::ImagePlane& plane, const std::vector<DD::Image::Channel>& channels) {
             memory.provideFor(plane, channels);
             storePlane(plane, output, channels, threads);
+            tellClipped(progress, slot.job, plane, output, threads);
         });
     }
     CorrectionMark::write(m_options, m_correctionFile, slot.output);
     noteUnshaded(slot.input);
+}
+
+void RenderJob::tellClipped(Progress& progress, const FrameJob& job, const DD::Image::ImagePlane& plane,
+                            const HostImage::Part& output, unsigned int threads) {
+    const bool holdsIntegers =
+        std::any_of(output.channels.begin(), output.channels.end(), [](const HostImage::Channel& channel) {
+            return channel.type == HostImage::PixelType::UInt8 || channel.type == HostImage::PixelType::UInt16;
+        });
+    if (m_hasToldClipped || !holdsIntegers || !exceedsIntegers(plane, output, threads)) return;
+    m_hasToldClipped = true;
+    progress.note(fmt::format(
+        "Frame {} has values below 0 or above 1, which \"{}\" cannot hold; they are clipped, here and in any other "
+        "frame. To keep them, choose .exr, or .tif with --type float.",
+        job.frame, job.output));
 }
 
 void RenderJob::noteUnshaded(const HostImage::Frame& frame) {
@@ -455,10 +481,11 @@ void RenderJob::encode(Slot& slot, unsigned int threads, Progress& progress) {
     writing.threads = threads;
     writing.makesFile = false;
     // Formats without a data window keep the whole picture as their only window.
-    if (!m_options.isOutputWithDataWindow()) {
+    if (!m_options.isOutputWithDataWindow())
         for (HostImage::Part& part : slot.output.parts) part.displayWindow = part.dataWindow;
-        if (InputSpace::isLinear(m_options, slot.output)) InputSpace::stateLinear(slot.output);
-    }
+    // OpenEXR's readers expect linear light; a map must not inherit what the clip says of its pixels.
+    if ((!m_options.isOutputWithDataWindow() || m_options.renderMap) && InputSpace::isLinear(m_options, slot.output))
+        InputSpace::stateLinear(slot.output);
     AtomicFile file(slot.job.output);
     try {
         m_options.decoding.writeFrame(file.temporaryPath(), slot.output, writing);
@@ -586,7 +613,7 @@ ExitCode RenderJob::run() {
         checkOutputFolder(jobs.front());
         while (std::optional<std::unique_ptr<Slot>> slot = decoded.pop()) {
             if (!(m_isStopped && m_options.stopOnError) &&
-                attempt(**slot, progress, [&] { render(chain, **slot, share); }))
+                attempt(**slot, progress, [&] { render(chain, **slot, share, progress); }))
                 rendered.push(std::move(*slot));
             else
                 giveUp(std::move(*slot));

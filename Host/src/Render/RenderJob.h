@@ -64,7 +64,9 @@ private:
     void surveyHeaders(Progress& progress, unsigned int threads);
 
     void decode(Slot& slot, unsigned int threads);
-    void render(CorrectionChain& chain, Slot& slot, unsigned int threads);
+    void render(CorrectionChain& chain, Slot& slot, unsigned int threads, Progress& progress);
+    void tellClipped(Progress& progress, const FrameJob& job, const DD::Image::ImagePlane& plane,
+                     const HostImage::Part& output, unsigned int threads);
     void noteUnshaded(const HostImage::Frame& frame);
     DD::Image::Box fileBox(const FramePlan& plan, const PictureShape& shape) const;
     void layOut(const HostImage::Part& input, const DD::Image::Box& box, std::size_t part,
@@ -93,7 +95,8 @@ private:
     std::atomic<bool> m_hasOutputFailed{false};
     std::mutex m_failedFramesAccess;
     std::vector<std::int32_t> m_failedFrames;
-    std::vector<std::string> m_unshaded; ///< of all frames; belongs to the thread of the nodes
+    std::vector<std::string> m_unshaded; ///< of all frames; belongs to the thread of the nodes, as the next one does
+    bool m_hasToldClipped = false;
 };
 
 } // namespace Host

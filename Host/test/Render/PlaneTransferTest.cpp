@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <stdexcept>
 
@@ -164,6 +165,32 @@ TEST(StorePlane, CutsWhatLiesOutsideThePartsWindow) {
     plane.writableAt(0, 2, 0) = 7.0f; // the format's top left pixel
     storePlane(plane, part, hostChannels(part), 1);
     EXPECT_EQ(sampleOf(part, 0, 0, 0), 7.0f);
+}
+
+class ValuesBeyondIntegers : public testing::Test {
+protected:
+    bool exceeds(float value, int x = 1, int y = 1) {
+        plane.clear();
+        plane.writableAt(x, y, 0) = value;
+        return exceedsIntegers(plane, partOf({"R", "G", "B"}, {0, 0, 3, 2}), 2);
+    }
+
+    ImagePlane plane = usedPlane(Box(-1, -1, 5, 4), true, DD::Image::Mask_RGB);
+};
+
+TEST_F(ValuesBeyondIntegers, AreThoseBelow0AndAbove1AndWhatIsNoNumber) {
+    EXPECT_EQ((std::vector<bool>{exceeds(-0.001f), exceeds(1.001f), exceeds(std::nanf(""))}),
+              (std::vector<bool>{true, true, true}));
+}
+
+TEST_F(ValuesBeyondIntegers, AreNotThoseThatRoundTo0Or1) {
+    EXPECT_EQ((std::vector<bool>{exceeds(0.0f), exceeds(1.0f), exceeds(-1e-6f), exceeds(1.000001f)}),
+              (std::vector<bool>{false, false, false, false}));
+}
+
+TEST_F(ValuesBeyondIntegers, CountWithinThePictureAlone) {
+    EXPECT_EQ((std::vector<bool>{exceeds(2.0f, 3, 2), exceeds(2.0f, 4, 2), exceeds(2.0f, 3, 3)}),
+              (std::vector<bool>{true, false, false}));
 }
 
 } // namespace

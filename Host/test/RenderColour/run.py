@@ -115,8 +115,8 @@ LogC3, LogC4, S-Log3, V-Log, Log3G10
 class Stated(Colour):
     """What a file in another format says of pixels that come from OpenEXR."""
 
-    def render_to(self, ending, *options, status=0, error=""):
-        self.expect(self.render(*UNDISTORT, *options, out=f"{ending}/plate.%04d.{ending}"), status, "", error)
+    def render_to(self, ending, *options, status=0, error="", **clip):
+        self.expect(self.render(*UNDISTORT, *options, **clip, out=f"{ending}/plate.%04d.{ending}"), status, "", error)
         listing = subprocess.run(["oiiotool", "--info", "-v", self.path(f"{ending}/plate.1001.{ending}")], check=True,
                                  capture_output=True, encoding="utf-8").stdout
         return [line.strip() for line in listing.splitlines() if "oiio:ColorSpace" in line or "dpx:Transfer" in line]
@@ -125,6 +125,21 @@ class Stated(Colour):
         self.write_plate(self.part("RGB"))
         self.assertEqual(self.render_to("png"), ['oiio:ColorSpace: "Linear"'])
         self.assertEqual(self.render_to("dpx"), ['dpx:Transfer: "Linear"', 'oiio:ColorSpace: "Linear"'])
+
+    def test_is_linear_for_a_map_whatever_the_clip_is(self):
+        self.write_plate(self.part("RGB"))
+        self.convert("plate.1001.exr", "plate.1001.png")
+        self.assertEqual(self.render_to("dpx", "--map", "--correction-file", "plate.olcf",
+                                        clip="plate.%04d.png"),
+                         ['dpx:Transfer: "Linear"', 'oiio:ColorSpace: "Linear"'])
+
+    def test_is_told_for_other_formats_that_state_linear_light(self):
+        self.write_plate(self.part("RGB"))
+        self.render_to("png")
+        self.render_to("jpg", "--correction-file", "plate.olcf", "--force", clip="png/plate.%04d.png", error="""\
+lenscorrect: The pixels of the clip "png/plate.%04d.png" are linear light, which JPEG files cannot state: viewers will show \
+them too dark. Choose .png, .tif or .exr, or convert the frames to sRGB afterwards.
+""")
 
     def test_lets_the_lens_be_applied_again(self):
         # A camera's entries make a TIFF's library take the picture as sRGB.
@@ -148,6 +163,50 @@ too dark. Choose .png, .tif or .exr, or convert the frames to sRGB afterwards.
         self.assertEqual(self.render_to("jpg", "--input-space", "sRGB"), ['oiio:ColorSpace: "sRGB"'])
         self.write_marked(colorSpace="LogC3")
         self.assertEqual(self.render_to("png", "--overwrite"), ['oiio:ColorSpace: "sRGB"'])
+
+
+class Values(Colour):
+    """What becomes of the corrected values on their way into the file."""
+    CLIPPED = """\
+lenscorrect: Frame {frame} has values below 0 or above 1, which "{file}" cannot hold; they are clipped, here and in any other \
+frame. To keep them, choose .exr, or .tif with --type float.
+"""
+
+    def bright_plate(self, frames=(1001,)):
+        self.write_plate(self.part("RGB", function=lambda x, y: 4 * pattern(x, y)), frames=frames)
+
+    def test_beyond_1_are_told_once_where_the_format_holds_integers(self):
+        self.bright_plate(frames=(1001, 1002))
+        for ending in ("png", "dpx"):
+            self.expect(self.render(*UNDISTORT, out=f"{ending}/f.%04d.{ending}"), 0, "",
+                        self.CLIPPED.format(frame=1001, file=f"{ending}/f.1001.{ending}"))
+
+    def test_beyond_1_are_nothing_to_tell_where_the_format_holds_floats(self):
+        self.bright_plate()
+        self.expect(self.render(*UNDISTORT, out="tif/f.%04d.tif"), 0, "", "")
+
+    def test_that_shading_lifts_beyond_1_are_kept_in_exr_made_of_integers(self):
+        white = self.part("RGB", function=lambda x, y: 1.0)
+        self.write_plate(white)
+        wanted, = self.rendered(*SHADING)
+        self.assertGreater(wanted.at("R", 0, 0), 1.01)
+        for bits in ("uint8", "uint16"):
+            with self.subTest(bits):
+                os.makedirs(self.path(bits))
+                self.convert("plate.1001.exr", f"{bits}/plate.1001.tif", "-d", bits)
+                self.expect(self.render(*SHADING, "--input-space", "raw", "--correction-file", "plate.olcf", "--type",
+                                        "float", clip=f"{bits}/plate.%04d.tif", out=f"{bits}/f.%04d.exr"), 0, "", "")
+                self.expect_same(exr.read(self.path(bits, "f.1001.exr"))[0].channels, wanted.channels)
+
+    def test_are_never_halves_on_their_way_to_floats(self):
+        mixed = self.part("RB", kind=exr.HALF).fill("G", exr.FLOAT, pattern).fill("light.R", exr.HALF, pattern)
+        self.write_plate(mixed)
+        halfs, = exr.read(self.path("plate.1001.exr"))
+        got, = self.rendered(*UNDISTORT, "--type", "float")
+        channels = {name: (exr.FLOAT, rows) for name, (_, rows) in halfs.channels.items()}
+        self.write_plate(exr.Part(halfs.data, halfs.display, channels))
+        wanted, = self.rendered(*UNDISTORT, "--overwrite")
+        self.expect_same(got.channels, wanted.channels)
 
 
 class Converted(Colour):

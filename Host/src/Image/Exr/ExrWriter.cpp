@@ -361,18 +361,6 @@ private:
     int m_part = -1;
 };
 
-PixelType storedType(const std::string& path, PixelType type, const std::optional<PixelType>& wanted) {
-    if (type == PixelType::UInt32) return type;
-    if (wanted) {
-        if (exrPixelTypeNumber(*wanted) < 0)
-            throw ImageError(path,
-                             "cannot be written: OpenEXR stores half, float or 32-bit integers; choose half or float");
-        return *wanted;
-    }
-    if (type == PixelType::UInt8) return PixelType::Half;
-    return type == PixelType::UInt16 ? PixelType::Float : type;
-}
-
 exr_attr_box2i_t box(const Window& window) {
     exr_attr_box2i_t value{};
     value.min.x = window.minX;
@@ -521,6 +509,18 @@ std::vector<Part> preparedParts(const std::string& path, const Frame& frame, con
 
 } // namespace
 
+PixelType exrStoredType(const std::string& path, PixelType type, const WriteOptions& options) {
+    if (type == PixelType::UInt32) return type;
+    if (options.pixelType) {
+        if (exrPixelTypeNumber(*options.pixelType) < 0)
+            throw ImageError(path,
+                             "cannot be written: OpenEXR stores half, float or 32-bit integers; choose half or float");
+        return *options.pixelType;
+    }
+    if (type == PixelType::UInt8) return PixelType::Half;
+    return type == PixelType::UInt16 ? PixelType::Float : type;
+}
+
 void writeExr(const std::string& path, const Frame& frame, const WriteOptions& options) {
     std::vector<Part> headers = preparedParts(path, frame, options);
     std::vector<StoredPart> stored(headers.size());
@@ -528,7 +528,7 @@ void writeExr(const std::string& path, const Frame& frame, const WriteOptions& o
     const ExrContext context(path);
     for (std::size_t i = 0; i < headers.size(); ++i) {
         for (const Channel& channel : headers[i].channels)
-            types[i].push_back(storedType(path, channel.type, options.pixelType));
+            types[i].push_back(exrStoredType(path, channel.type, options));
         stored[i].part = &headers[i];
         stored[i].types = types[i];
         stored[i].channelOrder = exrChannelOrder(headers[i]);
