@@ -21,22 +21,22 @@ namespace {
 
 using RecordingFormatDatabase::RecordingFormat;
 
-std::optional<RecordingFormat> manualFormat(const RenderOptions& options) {
+std::optional<RecordingFormat> manualFormat(const InfoOptions& options) {
     if (!options.imageArea) return std::nullopt;
     const MillimetreSize& area = *options.imageArea;
     const PixelSize& clip = *options.clipResolution;
     return RecordingFormat{area.width, area.height, clip.width, clip.height, std::hypot(area.width, area.height) / 2};
 }
 
-InfoReport reportOn(const RenderOptions& options) {
-    const bool isCorrectionFile = std::filesystem::path(options.clip).extension() == ".olcf";
+InfoReport reportOn(const InfoOptions& options) {
+    const bool isCorrectionFile = std::filesystem::path(options.path).extension() == ".olcf";
     if (!isCorrectionFile) return clipInfo(options);
     const char* const ofClips = options.correctionFile       ? "--correction-file"
                                 : options.overscan           ? "--overscan"
                                 : options.ignoresPixelAspect ? "--pixel-aspect"
                                                              : nullptr;
     if (ofClips) refuse(fmt::format("{} applies to a clip, not to a correction file.", ofClips));
-    return fileInfo(options.clip, manualFormat(options), options.frames);
+    return fileInfo(options.path, manualFormat(options), options.frames);
 }
 
 } // namespace
@@ -58,9 +58,9 @@ void InfoCommand::declareOptions(CLI::App& app) {
 }
 
 ExitCode InfoCommand::run() {
-    RenderOptions options;
+    InfoOptions options;
     static_cast<LensDataOptions&>(options) = m_lensData.read();
-    options.clip = m_path;
+    options.path = m_path;
     options.decoding = m_decoding.read();
     if (!m_range.empty()) options.frames = FrameRange::parse(m_range);
     const InfoReport report = reportOn(options);

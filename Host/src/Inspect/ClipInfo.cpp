@@ -18,8 +18,7 @@ namespace Host {
 namespace {
 
 // The correction file around the clip, or why there is none.
-void findCorrectionFile(const RenderOptions& options, const Clip& clip, const std::string& clipPath,
-                        InfoReport& report) {
+void findCorrectionFile(const InfoOptions& options, const Clip& clip, const std::string& clipPath, InfoReport& report) {
     std::string path;
     try {
         if (options.correctionFile) {
@@ -47,15 +46,15 @@ std::string withoutFirstLine(const std::string& text, const std::string& line) {
     return text.starts_with(line + "\n") ? text.substr(line.size() + 1) : text;
 }
 
-std::vector<std::int32_t> framesOf(const RenderOptions& options, const Clip& clip) {
+std::vector<std::int32_t> framesOf(const InfoOptions& options, const Clip& clip) {
     if (options.frames) return options.frames->frames();
     std::vector<std::int32_t> frames;
     for (const auto& [frame, path] : clip.frames()) frames.push_back(frame);
     return frames;
 }
 
-FrameInfo infoOf(std::int32_t frame, const RenderOptions& options, const Clip& clip, ClipSurvey& survey,
-                 CorrectionChain& chain, const RenderOptions& both) {
+FrameInfo infoOf(std::int32_t frame, const InfoOptions& options, const Clip& clip, ClipSurvey& survey,
+                 CorrectionChain& chain, const ChainSettings& both) {
     FrameInfo info;
     info.frame = frame;
     try {
@@ -89,8 +88,8 @@ FrameInfo infoOf(std::int32_t frame, const RenderOptions& options, const Clip& c
 
 } // namespace
 
-InfoReport clipInfo(const RenderOptions& options) {
-    const Clip clip(options.clip, options.decoding);
+InfoReport clipInfo(const InfoOptions& options) {
+    const Clip clip(options.path, options.decoding);
     InfoReport report;
     report.clip = clip.files().pattern.string();
     const std::vector<std::int32_t> frames = framesOf(options, clip);
@@ -98,12 +97,12 @@ InfoReport clipInfo(const RenderOptions& options) {
     if (!frames.empty()) survey.keep({frames.front()});
     findCorrectionFile(options, clip, searchPath(clip, survey, frames), report);
 
-    RenderOptions undistorting = options;
-    undistorting.distortion = RenderOptions::Distortion::Undistort;
-    undistorting.shading = RenderOptions::Shading::None;
+    ChainSettings undistorting;
+    static_cast<LensDataOptions&>(undistorting) = options;
+    undistorting.distortion = ChainSettings::Distortion::Undistort;
     CorrectionChain chain(undistorting, 1);
-    RenderOptions both = undistorting;
-    both.shading = RenderOptions::Shading::Remove;
+    ChainSettings both = undistorting;
+    both.shading = ChainSettings::Shading::Remove;
     for (const std::int32_t frame : frames) {
         report.frames.push_back(infoOf(frame, options, clip, survey, chain, both));
         const FrameInfo& info = report.frames.back();

@@ -21,16 +21,16 @@ struct LensGeometry::Header {
     HostImage::Frame frame;
     HostImage::Metadata metadata;
     std::string path; ///< under which the reader shows it
-    ClipSource::Range range;
+    ClipRange range;
 
     ClipFrame shown() const { return {&frame, &metadata, path, range}; }
 };
 
 /// The distortion node in one mode.
 struct LensGeometry::Node {
-    explicit Node(RenderOptions renderOptions) : options(std::move(renderOptions)), chain(options, 1) {}
+    explicit Node(ChainSettings chainSettings) : settings(std::move(chainSettings)), chain(settings, 1) {}
 
-    const RenderOptions options;
+    const ChainSettings settings;
     CorrectionChain chain;
 };
 
@@ -162,14 +162,13 @@ LensGeometry::Node& LensGeometry::node(Direction direction, bool hasSeparatePlat
     const std::size_t index = direction == Direction::Undistort ? 0 : hasSeparatePlate ? 2 : 1;
     std::unique_ptr<Node>& node = m_nodes[index];
     if (node) return *node;
-    RenderOptions options;
-    options.clip = m_options.input;
-    options.distortion =
-        direction == Direction::Undistort ? RenderOptions::Distortion::Undistort : RenderOptions::Distortion::Distort;
-    if (m_plate || hasSeparatePlate) options.plate = m_options.plate.value_or(m_options.input);
-    static_cast<LensDataOptions&>(options) = m_options;
-    if (!m_clip) options.correctionFile = m_options.input;
-    node = std::make_unique<Node>(std::move(options));
+    ChainSettings settings;
+    static_cast<LensDataOptions&>(settings) = m_options;
+    settings.distortion =
+        direction == Direction::Undistort ? ChainSettings::Distortion::Undistort : ChainSettings::Distortion::Distort;
+    settings.hasPlate = m_plate || hasSeparatePlate;
+    if (!m_clip) settings.correctionFile = m_options.input;
+    node = std::make_unique<Node>(std::move(settings));
     return *node;
 }
 

@@ -33,7 +33,7 @@ Clip::Clip(const std::string& path, DecodingOptions decoding)
     if (std::filesystem::exists(sidecar)) m_sidecar.emplace(sidecar);
 }
 
-ClipSource::Range Clip::range() const {
+ClipRange Clip::range() const {
     const std::int64_t last = std::min<std::int64_t>(shownNumber(m_frames.rbegin()->first), INT32_MAX);
     return {static_cast<std::int32_t>(shownNumber(m_frames.begin()->first)), static_cast<std::int32_t>(last)};
 }

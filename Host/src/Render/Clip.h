@@ -9,10 +9,15 @@
 #include "Frames/FrameFiles.h"
 #include "Image/HostMetadata.h"
 #include "Image/MetadataSidecar.h"
-#include "Render/ClipSource.h"
 #include "Render/DecodingOptions.h"
 
 namespace Host {
+
+/// First and last frame of a whole clip: the correction counts frames from the first one.
+struct ClipRange {
+    std::int32_t first = 0;
+    std::int32_t last = 0;
+};
 
 /// A clip on disk, ready to be read frame by frame: a sequence of pictures, one picture, or a movie, with its metadata
 /// sidecar if there is one. A movie's frames are counted from 1.
@@ -29,7 +34,7 @@ public:
     const std::map<std::int32_t, std::string>& frames() const { return m_frames; }
     /// First and last frame as the nodes see them. They accept no negative frame number, and only a frame's position in
     /// the clip counts: a clip that begins below 0 is shown as one that begins at 0.
-    ClipSource::Range range() const;
+    ClipRange range() const;
     bool isMovie() const { return m_isMovie; }
     /// The clip's path for the finder of correction files.
     const std::string& searchPath() const { return m_searchPath; }

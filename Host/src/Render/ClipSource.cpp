@@ -10,7 +10,7 @@
 namespace Host {
 
 ClipSource::ClipSource(const HostImage::Frame& frame, std::size_t part, const HostImage::Metadata& metadata,
-                       Range range, Settings settings)
+                       ClipRange range, Settings settings)
     : m_part(frame.parts.at(part)),
       m_metadata(metadata),
       m_range(range),

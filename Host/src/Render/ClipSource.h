@@ -8,6 +8,7 @@
 #include "DDImage/Substitute/ReadSource.h"
 #include "Image/Frame.h"
 #include "Image/HostMetadata.h"
+#include "Render/Clip.h"
 
 namespace Host {
 
@@ -18,12 +19,6 @@ class InputSpace;
 /// Holds references only: frame and metadata outlive it and do not change. Immutable, so any thread may ask.
 class ClipSource : public DD::Image::ReadSource {
 public:
-    /// First and last frame of the whole clip: the correction counts frames from the first one.
-    struct Range {
-        std::int32_t first = 0;
-        std::int32_t last = 0;
-    };
-
     struct Settings {
         unsigned int threads = 1; ///< convert the pixels
         /// The picture shows red, green, blue and alpha whatever it holds: a map depends on its size only.
@@ -34,7 +29,7 @@ public:
         std::optional<DD::Image::Box> box;
     };
 
-    ClipSource(const HostImage::Frame& frame, std::size_t part, const HostImage::Metadata& metadata, Range range,
+    ClipSource(const HostImage::Frame& frame, std::size_t part, const HostImage::Metadata& metadata, ClipRange range,
                Settings settings);
 
     void fillInfo(double frame, DD::Image::IopInfo& info) override;
@@ -48,7 +43,7 @@ public:
 private:
     const HostImage::Part& m_part;
     const HostImage::Metadata& m_metadata;
-    Range m_range;
+    ClipRange m_range;
     Settings m_settings;
     std::vector<DD::Image::Channel> m_channels;
 };

@@ -20,11 +20,11 @@ using DD::Image::Op;
 constexpr const char* distortionClass = "OrvexLensDistortionCorrection";
 constexpr const char* shadingClass = "OrvexLensShadingCorrection";
 
-Steps stepsOf(const RenderOptions& options) {
-    if (options.shading == RenderOptions::Shading::None) return Steps::Distortion;
-    if (options.distortion == RenderOptions::Distortion::None) return Steps::Shading;
-    return options.shading == RenderOptions::Shading::Remove ? Steps::ShadingThenDistortion
-                                                             : Steps::DistortionThenShading;
+Steps stepsOf(const ChainSettings& settings) {
+    if (settings.shading == ChainSettings::Shading::None) return Steps::Distortion;
+    if (settings.distortion == ChainSettings::Distortion::None) return Steps::Shading;
+    return settings.shading == ChainSettings::Shading::Remove ? Steps::ShadingThenDistortion
+                                                              : Steps::DistortionThenShading;
 }
 
 } // namespace
@@ -47,23 +47,23 @@ std::string CorrectionError::causeFirst(const std::string& text) {
     return text;
 }
 
-CorrectionChain::CorrectionChain(const RenderOptions& options, unsigned int threads, const InputSpace* space)
-    : m_options(options),
+CorrectionChain::CorrectionChain(const ChainSettings& settings, unsigned int threads, const InputSpace* space)
+    : m_settings(settings),
       m_threads(threads),
       m_space(space),
       m_imageRead(m_graph.createRead()),
-      m_plateRead(options.plate ? m_graph.createRead() : m_imageRead),
+      m_plateRead(settings.hasPlate ? m_graph.createRead() : m_imageRead),
       m_end(m_imageRead) {
-    const bool isDistortionInverse = options.distortion == RenderOptions::Distortion::Distort;
-    const bool isShadingInverse = options.shading == RenderOptions::Shading::Add;
-    if (options.shading != RenderOptions::Shading::None) m_shading = makeNode(shadingClass, isShadingInverse);
-    if (options.distortion != RenderOptions::Distortion::None)
+    const bool isDistortionInverse = settings.distortion == ChainSettings::Distortion::Distort;
+    const bool isShadingInverse = settings.shading == ChainSettings::Shading::Add;
+    if (settings.shading != ChainSettings::Shading::None) m_shading = makeNode(shadingClass, isShadingInverse);
+    if (settings.distortion != ChainSettings::Distortion::None)
         m_distortion = makeNode(distortionClass, isDistortionInverse);
-    if (m_shading && !options.renderMap)
+    if (m_shading && !settings.renderMap)
         m_shadedChannels = dynamic_cast<ShadedChannels*>(m_graph.create(ShadedChannels::description.name));
-    wire(stepsOf(options));
+    wire(stepsOf(settings));
     m_preparation = std::make_unique<Core::FramePreparation>(
-        std::make_unique<NodeFrameSource>(m_nodes.back(), m_options, m_format));
+        std::make_unique<NodeFrameSource>(m_nodes.back(), m_settings, m_format));
 }
 
 CorrectionChain::~CorrectionChain() = default;
@@ -73,8 +73,8 @@ LensCorrection* CorrectionChain::makeNode(const char* className, bool isInverse)
     m_graph.connect(node, LensCorrection::imageInputIndex(), m_imageRead);
     m_graph.connect(node, LensCorrection::metadataInputIndex(), m_plateRead);
     m_graph.userChange(node, "correctionMode", isInverse ? 1.0 : 0.0);
-    m_graph.userChange(node, "outputType", m_options.renderMap ? 1.0 : 0.0);
-    if (m_options.correctionFile) m_graph.userChange(node, "correctionFile::path", *m_options.correctionFile);
+    m_graph.userChange(node, "outputType", m_settings.renderMap ? 1.0 : 0.0);
+    if (m_settings.correctionFile) m_graph.userChange(node, "correctionFile::path", *m_settings.correctionFile);
     return dynamic_cast<LensCorrection*>(node);
 }
 
@@ -100,17 +100,17 @@ void CorrectionChain::wire(Steps steps) {
 
 /// The controls that the node computes with need its inputs: they are set once the first frame is there.
 void CorrectionChain::setControls(Op* node) {
-    if (m_options.overscan) {
+    if (m_settings.overscan) {
         m_graph.userChange(node, "inputOverscan::location", static_cast<double>(LensCorrection::Format));
-        m_graph.userChange(node, "inputOverscan::amount", static_cast<double>(*m_options.overscan));
+        m_graph.userChange(node, "inputOverscan::amount", static_cast<double>(*m_settings.overscan));
     }
-    if (!m_options.imageArea) return;
+    if (!m_settings.imageArea) return;
     m_graph.userChange(node, "recordingFormat::manualSelection", 1.0);
-    m_graph.userChange(node, "recordingFormat::imageAreaSize::width", static_cast<double>(m_options.imageArea->width));
+    m_graph.userChange(node, "recordingFormat::imageAreaSize::width", static_cast<double>(m_settings.imageArea->width));
     m_graph.userChange(node, "recordingFormat::imageAreaSize::height",
-                       static_cast<double>(m_options.imageArea->height));
-    m_graph.userChange(node, "recordingFormat::clipResolution::width", m_options.clipResolution->width);
-    m_graph.userChange(node, "recordingFormat::clipResolution::height", m_options.clipResolution->height);
+                       static_cast<double>(m_settings.imageArea->height));
+    m_graph.userChange(node, "recordingFormat::clipResolution::width", m_settings.clipResolution->width);
+    m_graph.userChange(node, "recordingFormat::clipResolution::height", m_settings.clipResolution->height);
     // The image diameter follows from them in the open panel only.
     m_graph.openPanel(node);
     m_graph.closePanel(node);
@@ -120,7 +120,7 @@ void CorrectionChain::setImage(std::optional<DD::Image::Box> box) {
     const auto source = std::make_shared<ClipSource>(
         *m_image.frame, m_part, *m_image.metadata, m_image.range,
         ClipSource::Settings{.threads = m_threads,
-                             .isMap = m_options.renderMap,
+                             .isMap = m_settings.renderMap,
                              .space = m_space,
                              .isDataPart = ShadingLayers::isDataPart(*m_image.frame, m_part),
                              .box = box});
@@ -128,7 +128,7 @@ void CorrectionChain::setImage(std::optional<DD::Image::Box> box) {
     m_imageRead->setSource(source);
     m_imageRead->setFilename(m_image.path);
     if (!m_shadedChannels) return;
-    const std::vector<bool> isShaded = m_options.shadingLayers.shadedChannels(*m_image.frame, m_part);
+    const std::vector<bool> isShaded = m_settings.shadingLayers.shadedChannels(*m_image.frame, m_part);
     DD::Image::ChannelSet shaded, unshaded;
     for (std::size_t i = 0; i < m_channels.size(); ++i) {
         // The node leaves alpha as it is: fetching it apart would cost a copy of every picture.
@@ -142,7 +142,7 @@ void CorrectionChain::setFrame(std::int32_t frame, const ClipFrame& image, std::
     m_image = image;
     m_part = part;
     setImage(std::nullopt);
-    if (m_options.plate) {
+    if (m_settings.hasPlate) {
         m_plateRead->setSource(
             std::make_shared<ClipSource>(*plate.frame, 0, *plate.metadata, plate.range, ClipSource::Settings{}));
         m_plateRead->setFilename(plate.path);
@@ -159,7 +159,7 @@ PictureShape CorrectionChain::shape() const {
     return {{static_cast<std::uint32_t>(part.displayWindow.width()),
              static_cast<std::uint32_t>(part.displayWindow.height())},
             hostBox(part.dataWindow, part.displayWindow),
-            m_options.overscan};
+            m_settings.overscan};
 }
 
 FramePlan CorrectionChain::plan() {
@@ -168,7 +168,7 @@ FramePlan CorrectionChain::plan() {
     // Frame numbers count from the reader's first frame.
     if (!m_graph.validate(m_plateRead)) throw CorrectionError(m_graph.errorText(m_plateRead), "");
     try {
-        return planFrame(picture, stepsOf(m_options), *m_preparation);
+        return planFrame(picture, stepsOf(m_settings), *m_preparation);
     } catch (const Exception& exception) {
         throw CorrectionError(exception.what(), exception.detailedDescription());
     }
@@ -193,7 +193,7 @@ FramePlan CorrectionChain::validate() {
 }
 
 void CorrectionChain::render(const Store& store) {
-    if (m_options.renderMap) {
+    if (m_settings.renderMap) {
         DD::Image::ImagePlane map(m_nodes.back()->info().box(), true, DD::Image::Mask_RGBA);
         fetch(map);
         store(map, {DD::Image::Chan_Alpha, DD::Image::Chan_Blue, DD::Image::Chan_Green, DD::Image::Chan_Red});

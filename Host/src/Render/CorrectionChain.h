@@ -11,9 +11,9 @@
 #include "DDImage/Substitute/Graph.h"
 #include "Image/Frame.h"
 #include "Image/HostMetadata.h"
+#include "Render/ChainSettings.h"
 #include "Render/ClipSource.h"
 #include "Render/FramePlan.h"
-#include "Render/RenderOptions.h"
 
 class LensCorrection;
 
@@ -43,18 +43,18 @@ struct ClipFrame {
     const HostImage::Frame* frame = nullptr;
     const HostImage::Metadata* metadata = nullptr;
     std::string path; ///< under which the reader shows it; the correction file is searched around it
-    ClipSource::Range range;
+    ClipRange range;
 };
 
-/// The two nodes behind a reader node, set up as the options say: Read → Shading → Distortion when the lens is removed,
-/// Read → Distortion → Shading when it is applied. Channels that the shading must not change bypass it.
+/// The two nodes behind a reader node, set up as the settings say: Read → Shading → Distortion when the lens is
+/// removed, Read → Distortion → Shading when it is applied. Channels that the shading must not change bypass it.
 ///
 /// One thread at a time.
 class CorrectionChain {
 public:
     /// `threads`: how many convert pixels from and to the file's type. `space`: of the picture's pixels; without it
     /// they are linear light.
-    CorrectionChain(const RenderOptions& options, unsigned int threads, const InputSpace* space = nullptr);
+    CorrectionChain(const ChainSettings& settings, unsigned int threads, const InputSpace* space = nullptr);
     ~CorrectionChain();
 
     /// Chooses the frame, one of its parts, and the frame of the plate from which the lens data come (the same one when
@@ -89,7 +89,7 @@ private:
     void fetch(DD::Image::ImagePlane& plane);
     [[noreturn]] void fail() const;
 
-    const RenderOptions& m_options;
+    const ChainSettings& m_settings;
     unsigned int m_threads;
     const InputSpace* m_space;
     DD::Image::Graph m_graph;

@@ -8,25 +8,25 @@ namespace {
 
 constexpr const char* prefix = "com.orvex.lenscorrect.";
 
-std::string distortionText(const RenderOptions& options) {
-    switch (options.distortion) {
-        case RenderOptions::Distortion::Undistort:
+std::string distortionText(const ChainSettings& settings) {
+    switch (settings.distortion) {
+        case ChainSettings::Distortion::Undistort:
             return "undistort";
-        case RenderOptions::Distortion::Distort:
+        case ChainSettings::Distortion::Distort:
             return "distort";
-        case RenderOptions::Distortion::None:
+        case ChainSettings::Distortion::None:
             break;
     }
     return {};
 }
 
-std::string shadingText(const RenderOptions& options) {
-    switch (options.shading) {
-        case RenderOptions::Shading::Remove:
+std::string shadingText(const ChainSettings& settings) {
+    switch (settings.shading) {
+        case ChainSettings::Shading::Remove:
             return "remove";
-        case RenderOptions::Shading::Add:
+        case ChainSettings::Shading::Add:
             return "add";
-        case RenderOptions::Shading::None:
+        case ChainSettings::Shading::None:
             break;
     }
     return {};
@@ -34,30 +34,30 @@ std::string shadingText(const RenderOptions& options) {
 
 } // namespace
 
-void CorrectionMark::write(const RenderOptions& options, const std::string& correctionFile, HostImage::Frame& frame) {
-    const bool isShaded = options.shading != RenderOptions::Shading::None;
+void CorrectionMark::write(const ChainSettings& settings, const std::string& correctionFile, HostImage::Frame& frame) {
+    const bool isShaded = settings.shading != ChainSettings::Shading::None;
     for (std::size_t i = 0; i < frame.parts.size(); ++i) {
         HostImage::Part& part = frame.parts[i];
         const auto set = [&part](const std::string& name, const std::string& value) {
             if (!value.empty()) part.setAttribute({std::string(prefix) + name, "string", value});
         };
-        set("distortion", distortionText(options));
-        set("shading", shadingText(options));
+        set("distortion", distortionText(settings));
+        set("shading", shadingText(settings));
         for (const char* const name : {"inputSpace", "correctionFile"})
             part.removeAttribute(std::string(prefix) + name);
-        set("inputSpace", options.inputSpace.value_or(""));
+        set("inputSpace", settings.inputSpace.value_or(""));
         if (isShaded) part.removeAttribute(std::string(prefix) + "unshaded");
-        if (isShaded && !options.renderMap)
-            set("unshaded", fmt::format("{}", fmt::join(options.shadingLayers.unshaded(frame, i), ", ")));
+        if (isShaded && !settings.renderMap)
+            set("unshaded", fmt::format("{}", fmt::join(settings.shadingLayers.unshaded(frame, i), ", ")));
         set("correctionFile", correctionFile);
         set("version", ORVEX_VERSION);
     }
 }
 
-std::string CorrectionMark::objection(const RenderOptions& options, const HostImage::Frame& frame) {
+std::string CorrectionMark::objection(const ChainSettings& settings, const HostImage::Frame& frame) {
     for (const HostImage::Part& part : frame.parts) {
-        for (const auto& [name, wanted] : {std::pair<std::string, std::string>{"distortion", distortionText(options)},
-                                           {"shading", shadingText(options)}}) {
+        for (const auto& [name, wanted] : {std::pair<std::string, std::string>{"distortion", distortionText(settings)},
+                                           {"shading", shadingText(settings)}}) {
             if (wanted.empty() || part.text(std::string(prefix) + name) != wanted) continue;
             return "It is already marked with this correction (" + std::string(prefix) + name + " = \"" + wanted +
                    "\"). Use the original, or give --force to correct it again.";

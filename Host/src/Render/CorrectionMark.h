@@ -3,7 +3,7 @@
 #include <string>
 
 #include "Image/Frame.h"
-#include "Render/RenderOptions.h"
+#include "Render/ChainSettings.h"
 
 namespace Host {
 
@@ -20,11 +20,11 @@ namespace Host {
 class CorrectionMark {
 public:
     /// Writes the mark for a job into every part, replacing what an earlier job left of the same kind.
-    static void write(const RenderOptions& options, const std::string& correctionFile, HostImage::Frame& frame);
+    static void write(const ChainSettings& settings, const std::string& correctionFile, HostImage::Frame& frame);
 
     /// Why the frame should not be corrected like this: it is already marked with the same correction. Empty if it is
     /// not; the opposite direction is always allowed, since that is how a lens is applied again.
-    static std::string objection(const RenderOptions& options, const HostImage::Frame& frame);
+    static std::string objection(const ChainSettings& settings, const HostImage::Frame& frame);
 };
 
 } // namespace Host

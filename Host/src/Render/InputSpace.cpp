@@ -105,10 +105,10 @@ std::string statementAgainstLinear(const HostImage::Part& part) {
 
 } // namespace
 
-InputSpace::InputSpace(const RenderOptions& options) {
-    if (!options.inputSpace || *options.inputSpace == RenderOptions::rawInputSpace) return;
-    m_space = HostImage::openColourSpace(*options.inputSpace, options.colourConfig);
-    m_configFile = HostImage::colourConfigFile(options.colourConfig);
+InputSpace::InputSpace(const ChainSettings& settings) {
+    if (!settings.inputSpace || *settings.inputSpace == ChainSettings::rawInputSpace) return;
+    m_space = HostImage::openColourSpace(*settings.inputSpace, settings.colourConfig);
+    m_configFile = HostImage::colourConfigFile(settings.colourConfig);
     m_space->fromSceneLinear(m_black.data(), 1);
 }
 
@@ -130,9 +130,9 @@ float InputSpace::black(DD::Image::Channel channel, bool isDataPart) const {
     return colour < 0 ? 0.0f : m_black[static_cast<std::size_t>(colour)];
 }
 
-bool InputSpace::isLinear(const RenderOptions& options, const HostImage::Frame& frame) {
-    if (options.renderMap) return true;
-    if (options.inputSpace) return false;
+bool InputSpace::isLinear(const ChainSettings& settings, const HostImage::Frame& frame) {
+    if (settings.renderMap) return true;
+    if (settings.inputSpace) return false;
     const auto isLinearPart = [&frame](const HostImage::Part& part) {
         if (frame.format == "exr") return statementAgainstLinear(part).empty();
         return Text::lowerCase(part.text(spaceAttribute)) == "linear";
@@ -144,8 +144,8 @@ void InputSpace::stateLinear(HostImage::Frame& frame) {
     for (HostImage::Part& part : frame.parts) part.setAttribute({spaceAttribute, "string", "Linear"});
 }
 
-std::string InputSpace::objection(const RenderOptions& options, const HostImage::Frame& frame) {
-    if (options.shading == RenderOptions::Shading::None || options.renderMap || options.inputSpace) return {};
+std::string InputSpace::objection(const ChainSettings& settings, const HostImage::Frame& frame) {
+    if (settings.shading == ChainSettings::Shading::None || settings.renderMap || settings.inputSpace) return {};
     std::string statement = frame.format == "cineon" ? "Cineon files hold printing density" : "";
     for (const HostImage::Part& part : frame.parts)
         if (statement.empty()) statement = statementAgainstLinear(part);

@@ -9,7 +9,7 @@
 #include "DDImage/ImagePlane.h"
 #include "Image/Colour/ColourSpace.h"
 #include "Image/Frame.h"
-#include "Render/RenderOptions.h"
+#include "Render/ChainSettings.h"
 
 namespace Host {
 
@@ -19,9 +19,9 @@ namespace Host {
 /// Lenses act on light: shading is a factor on linear pixels alone. Immutable; any thread.
 class InputSpace {
 public:
-    /// As the options name it: without a name, or with RenderOptions::rawInputSpace, nothing is converted and nothing
+    /// As the settings name it: without a name, or with ChainSettings::rawInputSpace, nothing is converted and nothing
     /// is loaded. Throws HostImage::ImageError as openColourSpace does.
-    explicit InputSpace(const RenderOptions& options);
+    explicit InputSpace(const ChainSettings& settings);
 
     bool isConverting() const { return m_space != nullptr; }
     /// The configuration that the space is from; empty: the built-in one.
@@ -41,12 +41,12 @@ public:
 
     /// Why the picture should not be corrected like this: shading is wanted, nothing was said about the pixels' space,
     /// and the picture says that they are not linear. Empty: there is no objection.
-    static std::string objection(const RenderOptions& options, const HostImage::Frame& frame);
+    static std::string objection(const ChainSettings& settings, const HostImage::Frame& frame);
 
     /// Whether the pixels of a frame, or of what a job makes of it, are known to be linear light, or plain numbers as
     /// those of a map: OpenEXR files hold linear light unless they state otherwise, files of other formats where they
     /// state so. A job that names another space leaves it open.
-    static bool isLinear(const RenderOptions& options, const HostImage::Frame& frame);
+    static bool isLinear(const ChainSettings& settings, const HostImage::Frame& frame);
 
     /// Lets the frame state that it isLinear, for formats whose files are else taken as another space, in the words in
     /// which OpenImageIO's writers understand it.

@@ -7,19 +7,19 @@
 
 namespace Host {
 
-NodeFrameSource::NodeFrameSource(LensCorrection* node, const RenderOptions& options, const PixelSize& format)
-    : DataSource(node), m_options(options), m_format(format) {}
+NodeFrameSource::NodeFrameSource(LensCorrection* node, const ChainSettings& settings, const PixelSize& format)
+    : DataSource(node), m_settings(settings), m_format(format) {}
 
 bool NodeFrameSource::shouldPerformShadingCorrection(Core::ShadingCorrectionParameter& parameter) const {
-    parameter.addShading = m_options.shading == RenderOptions::Shading::Add;
-    parameter.renderMap = m_options.renderMap;
-    return m_options.shading != RenderOptions::Shading::None;
+    parameter.addShading = m_settings.shading == ChainSettings::Shading::Add;
+    parameter.renderMap = m_settings.renderMap;
+    return m_settings.shading != ChainSettings::Shading::None;
 }
 
 bool NodeFrameSource::shouldPerformDistortionCorrection(Core::DistortionCorrectionParameter& parameter) const {
-    parameter.distort = m_options.distortion == RenderOptions::Distortion::Distort;
-    parameter.renderMap = m_options.renderMap;
-    return m_options.distortion != RenderOptions::Distortion::None;
+    parameter.distort = m_settings.distortion == ChainSettings::Distortion::Distort;
+    parameter.renderMap = m_settings.renderMap;
+    return m_settings.distortion != ChainSettings::Distortion::None;
 }
 
 bool NodeFrameSource::frameData(Core::FrameData& frameData) const {

@@ -4,23 +4,23 @@
 
 #include "Console/Dimensions.h"
 #include "DataSource.h"
-#include "Render/RenderOptions.h"
+#include "Render/ChainSettings.h"
 
 namespace Host {
 
 /// A node's own answers before the node is validated: for a frame as large as the format, without overscan, and the
-/// corrections that the options want. The node's reader must be valid.
+/// corrections that the settings want. The node's reader must be valid.
 class NodeFrameSource : public DataSource {
 public:
-    /// `format` is read whenever the core asks; it and the options outlive this object.
-    NodeFrameSource(LensCorrection* node, const RenderOptions& options, const PixelSize& format);
+    /// `format` is read whenever the core asks; it and the settings outlive this object.
+    NodeFrameSource(LensCorrection* node, const ChainSettings& settings, const PixelSize& format);
 
     bool shouldPerformShadingCorrection(Core::ShadingCorrectionParameter& parameter) const override;
     bool shouldPerformDistortionCorrection(Core::DistortionCorrectionParameter& parameter) const override;
     bool frameData(Core::FrameData& frameData) const override;
 
 private:
-    const RenderOptions& m_options;
+    const ChainSettings& m_settings;
     const PixelSize& m_format;
 };
 

@@ -164,6 +164,7 @@ RenderOptions RenderOptionsReader::read() const {
     }
 
     options.plate = given(t.plate);
+    options.hasPlate = options.plate.has_value();
     static_cast<LensDataOptions&>(options) = t.lensData.read();
 
     options.frames = framesOf(t.frames, t.start, t.end, t.step);

@@ -7,9 +7,8 @@
 
 #include "Frames/FilePattern.h"
 #include "Frames/FrameRange.h"
+#include "Render/ChainSettings.h"
 #include "Render/DecodingOptions.h"
-#include "Render/LensDataOptions.h"
-#include "Render/ShadingLayers.h"
 
 namespace CLI {
 class App;
@@ -18,9 +17,7 @@ class App;
 namespace Host {
 
 /// What a render job is to do; checked as far as that is possible without looking at the clip.
-struct RenderOptions : LensDataOptions {
-    enum class Distortion { None, Undistort, Distort };
-    enum class Shading { None, Remove, Add };
+struct RenderOptions : ChainSettings {
     enum class Window {
         Box,    ///< data window = what the picture filled and fills now, display window = the format
         Format, ///< both are the format; what lies outside is cut off
@@ -33,16 +30,6 @@ struct RenderOptions : LensDataOptions {
 
     std::string clip; ///< as written
     FilePattern output;
-
-    Distortion distortion = Distortion::None;
-    Shading shading = Shading::None;
-    ShadingLayers shadingLayers; ///< which channels the shading correction changes
-    bool renderMap = false;      ///< only one correction is wanted then
-
-    /// Colour space of the clip's pixels, which are linear light without it; rawInputSpace: taken as they are.
-    std::optional<std::string> inputSpace;
-    std::string colourConfig; ///< OpenColorIO configuration with that space; empty: $OCIO, else the built-in one
-    static constexpr const char* rawInputSpace = "raw";
 
     std::optional<std::string> plate; ///< the lens data come from this clip; `clip` is CG then
 

@@ -7,8 +7,8 @@
 
 #include "DataSourceHelper.h"
 #include "LensCorrection.h"
+#include "Render/ChainSettings.h"
 #include "Render/CorrectionChain.h"
-#include "Render/RenderOptions.h"
 
 namespace Host {
 namespace {
@@ -35,9 +35,9 @@ std::string searchPath(const Clip& clip, ClipSurvey& survey, const std::vector<s
     if (!header) return clip.searchPath();
     const HostImage::Metadata metadata = clip.metadata(frame, *header);
     const ClipFrame shown{header.get(), &metadata, clip.shownPath(frame), clip.range()};
-    RenderOptions options;
-    options.distortion = RenderOptions::Distortion::Undistort; // any node searches
-    CorrectionChain chain(options, 1);
+    ChainSettings settings;
+    settings.distortion = ChainSettings::Distortion::Undistort; // any node searches
+    CorrectionChain chain(settings, 1);
     chain.setFrame(frame, shown, 0, shown);
     std::string path;
     return DataSourceHelper::clipFilePath(&chain.lastNode(), path) ? path : clip.searchPath();

@@ -117,12 +117,11 @@ protected:
 
     /// The node's picture in the same windows as the map's.
     HostImage::Part rendered(const HostImage::Window& box) {
-        Host::RenderOptions options;
-        options.clip = m_options.input;
+        Host::ChainSettings options;
         options.correctionFile = m_options.correctionFile;
         options.overscan = m_options.overscan;
-        options.distortion = GetParam().direction == Direction::Undistort ? Host::RenderOptions::Distortion::Undistort
-                                                                          : Host::RenderOptions::Distortion::Distort;
+        options.distortion = GetParam().direction == Direction::Undistort ? Host::ChainSettings::Distortion::Undistort
+                                                                          : Host::ChainSettings::Distortion::Distort;
         Host::CorrectionChain chain(options, 1);
         const Host::Clip clip(m_options.input);
         HostImage::Frame frame;

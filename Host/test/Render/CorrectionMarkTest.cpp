@@ -5,19 +5,19 @@
 namespace Host {
 namespace {
 
-RenderOptions undistort() {
-    RenderOptions options;
-    options.distortion = RenderOptions::Distortion::Undistort;
+ChainSettings undistort() {
+    ChainSettings options;
+    options.distortion = ChainSettings::Distortion::Undistort;
     return options;
 }
 
-RenderOptions distort() {
-    RenderOptions options;
-    options.distortion = RenderOptions::Distortion::Distort;
+ChainSettings distort() {
+    ChainSettings options;
+    options.distortion = ChainSettings::Distortion::Distort;
     return options;
 }
 
-HostImage::Frame frameMarkedBy(const RenderOptions& options) {
+HostImage::Frame frameMarkedBy(const ChainSettings& options) {
     HostImage::Frame frame;
     frame.parts.resize(2);
     CorrectionMark::write(options, "/shots/A001.olcf", frame);
@@ -37,8 +37,8 @@ TEST(CorrectionMark, StandsInEveryPart) {
 }
 
 TEST(CorrectionMark, TellsWhatTheShadingCorrectionLeftAsItIsInEachPart) {
-    RenderOptions options;
-    options.shading = RenderOptions::Shading::Remove;
+    ChainSettings options;
+    options.shading = ChainSettings::Shading::Remove;
     HostImage::Frame frame;
     frame.parts.resize(2);
     for (const char* const name : {"R", "N.X", "Z"}) frame.parts[0].channels.emplace_back().name = name;

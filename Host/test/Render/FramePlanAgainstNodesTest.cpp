@@ -18,14 +18,14 @@ HostImage::Frame frameOf(const RandomPicture& picture) {
     return frame;
 }
 
-Host::RenderOptions optionsOf(const RandomPicture& picture) {
-    Host::RenderOptions options;
+Host::ChainSettings optionsOf(const RandomPicture& picture) {
+    Host::ChainSettings options;
     options.overscan = picture.shape.overscan;
     if (picture.wantsDistortion())
         options.distortion =
-            picture.isInverse ? Host::RenderOptions::Distortion::Distort : Host::RenderOptions::Distortion::Undistort;
+            picture.isInverse ? Host::ChainSettings::Distortion::Distort : Host::ChainSettings::Distortion::Undistort;
     if (picture.wantsShading())
-        options.shading = picture.isInverse ? Host::RenderOptions::Shading::Add : Host::RenderOptions::Shading::Remove;
+        options.shading = picture.isInverse ? Host::ChainSettings::Shading::Add : Host::ChainSettings::Shading::Remove;
     return options;
 }
 
@@ -41,7 +41,7 @@ TEST(FramePlanAgainstNodes, TellsTheBoxOfTheNodesWhichRenderIt) {
         const HostImage::Metadata metadata{{"input/frame", std::int64_t{1}},
                                            {"exr/com.orvex.LensCorrection", picture.record}};
         const Host::ClipFrame shown{&frame, &metadata, "/clip.1.exr", {1, 1}};
-        const Host::RenderOptions options = optionsOf(picture);
+        const Host::ChainSettings options = optionsOf(picture);
         Host::CorrectionChain chain(options, 1);
         chain.setFrame(1, shown, 0, shown);
         try {

@@ -16,9 +16,9 @@ using DD::Image::Box;
 using DD::Image::ChannelSet;
 using DD::Image::ImagePlane;
 
-RenderOptions shadingOptions() {
-    RenderOptions options;
-    options.shading = RenderOptions::Shading::Remove;
+ChainSettings shadingOptions() {
+    ChainSettings options;
+    options.shading = ChainSettings::Shading::Remove;
     return options;
 }
 
@@ -45,8 +45,8 @@ ImagePlane planeOf(const std::vector<const char*>& channels, float value) {
 /// The built-in sRGB, and what it makes of 0.5 by IEC 61966-2-1.
 class SRgb : public testing::Test {
 protected:
-    static RenderOptions options() {
-        RenderOptions options = shadingOptions();
+    static ChainSettings options() {
+        ChainSettings options = shadingOptions();
         options.inputSpace = "sRGB";
         return options;
     }
@@ -99,14 +99,14 @@ TEST(InputSpaceObjection, IsMadeToCineonFilesWhateverTheySay) {
 
 TEST(InputSpaceObjection, IsMadeToShadingOnlyAndOnlyWhileNothingWasSaidAboutTheSpace) {
     const HostImage::Frame frame = frameWith("oiio:ColorSpace", "sRGB");
-    RenderOptions distortion;
-    distortion.distortion = RenderOptions::Distortion::Undistort;
+    ChainSettings distortion;
+    distortion.distortion = ChainSettings::Distortion::Undistort;
     EXPECT_EQ(InputSpace::objection(distortion, frame), "");
-    RenderOptions map = shadingOptions();
+    ChainSettings map = shadingOptions();
     map.renderMap = true;
     EXPECT_EQ(InputSpace::objection(map, frame), "");
     for (const char* const name : {"raw", "sRGB"}) {
-        RenderOptions named = shadingOptions();
+        ChainSettings named = shadingOptions();
         named.inputSpace = name;
         EXPECT_EQ(InputSpace::objection(named, frame), "");
     }
@@ -114,7 +114,7 @@ TEST(InputSpaceObjection, IsMadeToShadingOnlyAndOnlyWhileNothingWasSaidAboutTheS
 
 TEST(InputSpace, ConvertsNothingWhenNoneIsNamedOrTheValuesAreRaw) {
     for (const char* const name : {static_cast<const char*>(nullptr), "raw"}) {
-        RenderOptions options = shadingOptions();
+        ChainSettings options = shadingOptions();
         if (name) options.inputSpace = name;
         const InputSpace space(options);
         ImagePlane plane = planeOf({"rgba.red", "rgba.green", "rgba.blue"}, 0.5f);
@@ -168,7 +168,7 @@ TEST_F(SRgb, LeavesDataAlone) {
 
 TEST(InputSpace, HasABlackOfItsOwn) {
     const EnvironmentVariable variable("OCIO", std::nullopt);
-    RenderOptions options = shadingOptions();
+    ChainSettings options = shadingOptions();
     options.inputSpace = "Cineon";
     const InputSpace space(options);
     EXPECT_NEAR(space.black(DD::Image::Chan_Red, false), 95.0f / 1023.0f, 1e-6f); // by definition

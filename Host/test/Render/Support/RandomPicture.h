@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "Render/ChainSettings.h"
 #include "Render/FramePlan.h"
-#include "Render/RenderOptions.h"
 
 /// A picture of any format and data window, with a lens of any strength, as the tests draw them.
 struct RandomPicture {
