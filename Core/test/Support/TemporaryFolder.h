@@ -35,10 +35,16 @@ public:
     }
 
     /// Writes a file, making the folders it needs.
-    std::string write(const std::string& entry, const std::string& text) const {
+    std::string write(const std::string& entry, const std::string& text = "x") const {
         std::filesystem::create_directories((m_path / entry).parent_path());
         std::ofstream(m_path / entry, std::ios::binary) << text;
         return path(entry);
+    }
+
+    /// What a file holds.
+    std::string text(const std::string& entry) const {
+        std::ifstream stream(path(entry), std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
     }
 
 private:

@@ -376,21 +376,22 @@ std::vector<Feature> others() {
 
 class ExrCorpus : public testing::TestWithParam<Feature> {
 protected:
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     const std::string plate = folder.path("1/2/3/4/5/plate.exr");
     const std::string output = folder.path("1/2/3/4/5/out.exr");
 
     /// A correction file whose lens does nothing, for the picture's display window.
     void writeLens() {
-        folder.file("1/2/3/4/5/plate.olcf",
-                    "# OLCF Version 3\nHEADER_START\nlensManufacturer:=Maker\nlensTypeName:=Lens\nlensSerialNumber:=1\n"
-                    "lensMinFocalLength:=32\nlensMaxFocalLength:=32\ncameraManufacturer:=\ncameraModel:=\n"
-                    "sensorWidth:=24\nclipName:=\nvideoFileName:=plate\nclipDurationFrames:=1\nclipWidth:=" +
-                        std::to_string(displayWidth) + "\nclipHeight:=" + std::to_string(displayHeight) +
-                        "\ntcFps:=24\ntcDrop:=0\nenableLensShadingCorrection:=1\nshadingGamma:=1\n"
-                        "enableLensDistortionCorrection:=1\ndistortionZoom:=1\nHEADER_END\n"
-                        "frame;heights;shading;distortion\n"
-                        "0;0,3,6,9,11,13,15;100,100,100,100,100,100,100;0,0,0,0,0,0,0;;;;;;01:00:00:00\n");
+        folder.write(
+            "1/2/3/4/5/plate.olcf",
+            "# OLCF Version 3\nHEADER_START\nlensManufacturer:=Maker\nlensTypeName:=Lens\nlensSerialNumber:=1\n"
+            "lensMinFocalLength:=32\nlensMaxFocalLength:=32\ncameraManufacturer:=\ncameraModel:=\n"
+            "sensorWidth:=24\nclipName:=\nvideoFileName:=plate\nclipDurationFrames:=1\nclipWidth:=" +
+                std::to_string(displayWidth) + "\nclipHeight:=" + std::to_string(displayHeight) +
+                "\ntcFps:=24\ntcDrop:=0\nenableLensShadingCorrection:=1\nshadingGamma:=1\n"
+                "enableLensDistortionCorrection:=1\ndistortionZoom:=1\nHEADER_END\n"
+                "frame;heights;shading;distortion\n"
+                "0;0,3,6,9,11,13,15;100,100,100,100,100,100,100;0,0,0,0,0,0,0;;;;;;01:00:00:00\n");
     }
 
     int render(std::string& printed) {
@@ -446,7 +447,7 @@ struct Picture {
 };
 
 TEST_P(ExrCorpus, ComesOutAsItWentInOrOneLineSaysWhyNot) {
-    folder.file("1/2/3/4/5/out/placeholder");
+    folder.write("1/2/3/4/5/out/placeholder");
     GetParam().write(plate);
     if (GetParam().name == "OddSizes") {
         displayWidth = 63;

@@ -29,7 +29,7 @@ TEST(KernelCache, LiesWhereTheDriverLooks) {
 }
 
 TEST(KernelCache, IsTheUsualOneWhereItCanBeWritten) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     const EnvironmentVariable cacheFolder("POCL_CACHE_DIR", std::nullopt);
     const EnvironmentVariable cacheHome("XDG_CACHE_HOME", folder.path());
     const KernelCache cache;
@@ -40,9 +40,9 @@ TEST(KernelCache, IsTheUsualOneWhereItCanBeWritten) {
 }
 
 TEST(KernelCache, IsAPrivateOneElsewhereThatDisappears) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     const EnvironmentVariable cacheFolder("POCL_CACHE_DIR", std::nullopt);
-    const EnvironmentVariable cacheHome("XDG_CACHE_HOME", folder.file("file"));
+    const EnvironmentVariable cacheHome("XDG_CACHE_HOME", folder.write("file"));
     const EnvironmentVariable temporary("TMPDIR", folder.path());
     std::string privateFolder;
     {
@@ -59,8 +59,8 @@ TEST(KernelCache, IsAPrivateOneElsewhereThatDisappears) {
 }
 
 TEST(KernelCache, LeavesAFolderThatTheUserNamed) {
-    TemporaryFolder folder;
-    const std::string named = folder.file("file") + "/cache";
+    Support::TemporaryFolder folder;
+    const std::string named = folder.write("file") + "/cache";
     const EnvironmentVariable cacheFolder("POCL_CACHE_DIR", named);
     const KernelCache cache;
     EXPECT_EQ(cache.folder(), named);
@@ -69,7 +69,7 @@ TEST(KernelCache, LeavesAFolderThatTheUserNamed) {
 }
 
 TEST(KernelCache, LeavesNoTraceOfTheTrial) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     EXPECT_EQ(KernelCache::problemOf(folder.path()), "");
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }

@@ -4,7 +4,7 @@
 
 #include "Image/FrameReader.h"
 #include "Image/Support/RawExr.h"
-#include "Image/Support/TemporaryFolder.h"
+#include "Support/TemporaryFolder.h"
 
 namespace {
 
@@ -24,8 +24,8 @@ protected:
         return texts;
     }
 
-    TemporaryFolder folder;
-    const std::string path = folder / "a.1001.exr";
+    Support::TemporaryFolder folder;
+    const std::string path = folder.path("a.1001.exr");
 };
 
 TEST_F(HostMetadata, TellsWhatTheFileIs) {

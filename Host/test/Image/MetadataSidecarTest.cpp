@@ -4,7 +4,7 @@
 
 #include "Image/ImageError.h"
 #include "Image/Support/RawExr.h"
-#include "Image/Support/TemporaryFolder.h"
+#include "Support/TemporaryFolder.h"
 
 namespace {
 
@@ -29,8 +29,8 @@ protected:
         return found == values.end() ? "(absent)" : metadataText(found->second);
     }
 
-    TemporaryFolder folder;
-    const std::string path = folder / "A001.metadata.json";
+    Support::TemporaryFolder folder;
+    const std::string path = folder.path("A001.metadata.json");
 };
 
 TEST_F(Sidecar, GivesTextNumbersAndLists) {
@@ -77,7 +77,7 @@ TEST_F(Sidecar, SurvivesDeepNesting) {
     EXPECT_NE(complaint("{\"a\": " + std::string(1 << 20, '[') + std::string(1 << 20, ']') + "}"), "none");
 }
 
-TEST_F(Sidecar, ThatIsMissingSaysSo) { EXPECT_THROW(MetadataSidecar(folder / "none.metadata.json"), ImageError); }
+TEST_F(Sidecar, ThatIsMissingSaysSo) { EXPECT_THROW(MetadataSidecar(folder.path("none.metadata.json")), ImageError); }
 
 TEST_F(Sidecar, LiesBesideItsClip) {
     EXPECT_EQ(MetadataSidecar::pathFor("/d/A001.mov"), "/d/A001.metadata.json");

@@ -10,9 +10,9 @@ using Host::CorrectionFileData;
 using Support::CorrectionFileText;
 
 TEST(CorrectionFileData, carriesTheRecordingFormatOfTheHeader) {
-    const TemporaryFolder folder;
+    const Support::TemporaryFolder folder;
     const std::string text = CorrectionFileText().with("sensorWidth", "24").string();
-    EXPECT_FLOAT_EQ(13.566324f, CorrectionFileData::read(folder.file("a.olcf", text)).recordingFormat.imageRadius);
+    EXPECT_FLOAT_EQ(13.566324f, CorrectionFileData::read(folder.write("a.olcf", text)).recordingFormat.imageRadius);
 }
 
 TEST(CorrectionFileData, namesAFileThatCannotBeRead) {
@@ -22,8 +22,8 @@ TEST(CorrectionFileData, namesAFileThatCannotBeRead) {
 }
 
 TEST(CorrectionFileData, namesTheBadLineAndTheCommandThatFindsTheOthers) {
-    const TemporaryFolder folder;
-    const std::string path = folder.file("a.olcf", CorrectionFileText().withFrameLine("1;").string());
+    const Support::TemporaryFolder folder;
+    const std::string path = folder.write("a.olcf", CorrectionFileText().withFrameLine("1;").string());
     EXPECT_EQ("2: " + path +
                   ": Correction file could not be parsed due to an invalid format.\nLine Number: 24\nLine Content: "
                   "\"1;\"\nRun \"lenscorrect check\" on it to list every defect.",
@@ -31,8 +31,8 @@ TEST(CorrectionFileData, namesTheBadLineAndTheCommandThatFindsTheOthers) {
 }
 
 TEST(CorrectionFileData, refusesTextInThePlaceOfANumber) {
-    const TemporaryFolder folder;
-    const std::string path = folder.file("a.olcf", CorrectionFileText().withFrameLine("x;;;;;;;;;").string());
+    const Support::TemporaryFolder folder;
+    const std::string path = folder.write("a.olcf", CorrectionFileText().withFrameLine("x;;;;;;;;;").string());
     EXPECT_EQ(
         "2: " + path +
             ": a frame line has text where a number belongs. Run \"lenscorrect check\" on it to list every defect.",

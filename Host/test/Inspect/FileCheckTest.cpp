@@ -233,7 +233,7 @@ TEST(FileCheck, readsLineEndingsLikeTheParser) {
 }
 
 TEST(FileCheck, refusesAFolder) {
-    const TemporaryFolder folder;
+    const Support::TemporaryFolder folder;
     Lines lines;
     Host::FileCheck([&](const Finding& finding) { lines.push_back(line(finding)); }).check(folder.path());
     EXPECT_THAT(lines, ElementsAre("defect 0 unreadable: Correction file could not be read."));

@@ -19,8 +19,8 @@ namespace {
 const char* const badLine = "5;0,1,1,2,3,4,5;100,99,98,97,96,95,94;0,0,0,0,0,0,0;;;;;;10.00.00.00"; // equal heights
 
 std::string html(const CorrectionFileText& text) {
-    const TemporaryFolder folder;
-    return LensReport(CorrectionFileData::read(folder.file("a.olcf", text.string()))).html();
+    const Support::TemporaryFolder folder;
+    return LensReport(CorrectionFileData::read(folder.write("a.olcf", text.string()))).html();
 }
 
 } // namespace

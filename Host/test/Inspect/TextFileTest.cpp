@@ -8,14 +8,14 @@
 #include "Support/TemporaryFolder.h"
 
 TEST(TextFile, holdsTheWholeText) {
-    const TemporaryFolder folder;
+    const Support::TemporaryFolder folder;
     Host::writeTextFile(folder.path("a.txt"), "line\n");
     EXPECT_EQ("line\n", folder.text("a.txt"));
 }
 
 TEST(TextFile, isNotToReplaceWhatItIsMadeOf) {
-    const TemporaryFolder folder;
-    folder.file("a.olcf", "x");
+    const Support::TemporaryFolder folder;
+    folder.write("a.olcf", "x");
     std::filesystem::create_symlink(folder.path("a.olcf"), folder.path("b.svg"));
     EXPECT_EQ("2: The output would replace its own input, \"" + folder.path("b.svg") + "\"; choose another output.",
               failureOf([&] { Host::refuseToReplace(folder.path("a.olcf"), folder.path("b.svg")); }));
@@ -23,7 +23,7 @@ TEST(TextFile, isNotToReplaceWhatItIsMadeOf) {
 }
 
 TEST(TextFile, isAFailureOfTheOutputWhereNoneCanBe) {
-    const TemporaryFolder folder;
-    folder.file("a.txt/b", "x");
+    const Support::TemporaryFolder folder;
+    folder.write("a.txt/b", "x");
     EXPECT_EQ('4', failureOf([&] { Host::writeTextFile(folder.path("a.txt"), "line\n"); }).front());
 }

@@ -109,7 +109,7 @@ protected:
                                      .withFrameLine(std::string("0;0,3,6,9,11,13,15;100,99,96,92,88,84,80;") +
                                                     given.distortion + ";;;;;;00:00:00:00")
                                      .string();
-        m_options.correctionFile = m_folder.file("plate.olcf", text);
+        m_options.correctionFile = m_folder.write("plate.olcf", text);
         m_options.overscan = given.inside;
         m_options.input = m_folder.path("plate.1.exr");
         HostImage::writeFrame(m_options.input, frame);
@@ -138,7 +138,7 @@ protected:
         return result;
     }
 
-    TemporaryFolder m_folder;
+    Support::TemporaryFolder m_folder;
     LensOptions m_options;
     HostImage::Part m_picture;
 };

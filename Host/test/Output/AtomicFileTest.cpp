@@ -44,7 +44,7 @@ std::string hostName() {
 } // namespace
 
 TEST(AtomicFile, AppearsUnderItsNameOnlyWhenCommitted) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     AtomicFile file(folder.path("f.0001.exr"));
     write(file.temporaryPath(), "whole");
     EXPECT_FALSE(std::filesystem::exists(folder.path("f.0001.exr")));
@@ -54,14 +54,14 @@ TEST(AtomicFile, AppearsUnderItsNameOnlyWhenCommitted) {
 }
 
 TEST(AtomicFile, IsHiddenAndKeepsItsExtensionMeanwhile) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     AtomicFile file(folder.path("f.0001.exr"));
     EXPECT_EQ(file.temporaryPath(), folder.path(".f.0001." + hostName() + "." + std::to_string(getpid()) + ".tmp.exr"));
 }
 
 TEST(AtomicFile, LeavesNothingWithoutACommit) {
-    TemporaryFolder folder;
-    folder.file("f.exr", "old");
+    Support::TemporaryFolder folder;
+    folder.write("f.exr", "old");
     {
         AtomicFile file(folder.path("f.exr"));
         write(file.temporaryPath(), "half");
@@ -71,8 +71,8 @@ TEST(AtomicFile, LeavesNothingWithoutACommit) {
 }
 
 TEST(AtomicFile, ReplacesAnEarlierFile) {
-    TemporaryFolder folder;
-    folder.file("f.exr", "old");
+    Support::TemporaryFolder folder;
+    folder.write("f.exr", "old");
     AtomicFile file(folder.path("f.exr"));
     write(file.temporaryPath(), "new");
     file.commit();
@@ -80,7 +80,7 @@ TEST(AtomicFile, ReplacesAnEarlierFile) {
 }
 
 TEST(AtomicFile, MakesParentFolders) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     AtomicFile file(folder.path("a/b/f.exr"));
     write(file.temporaryPath(), "x");
     file.commit();
@@ -88,28 +88,28 @@ TEST(AtomicFile, MakesParentFolders) {
 }
 
 TEST(AtomicFile, RefusesANameThatAFolderHas) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     std::filesystem::create_directory(folder.path("f.exr"));
     EXPECT_EQ(failureOf([&] { AtomicFile file(folder.path("f.exr")); }),
               "4: \"" + folder.path("f.exr") + "\" is a folder; name a file to write.");
 }
 
 TEST(AtomicFile, SaysWhichFolderCouldNotBeMade) {
-    TemporaryFolder folder;
-    folder.file("a", "a file");
+    Support::TemporaryFolder folder;
+    folder.write("a", "a file");
     EXPECT_EQ(failureOf([&] { AtomicFile file(folder.path("a/b/f.exr")); }),
               "4: Folder \"" + folder.path("a/b") + "\" could not be created: Not a directory.");
 }
 
 TEST(AtomicFile, SaysThatNothingWasWritten) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     AtomicFile file(folder.path("f.exr"));
     EXPECT_EQ(failureOf([&] { file.commit(); }),
               "4: \"" + folder.path("f.exr") + "\" could not be written: No data available.");
 }
 
 TEST(AtomicFile, CutsLongNamesApart) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     const std::string longName(250, 'n');
     AtomicFile first(folder.path(longName + "1.a"));
     AtomicFile second(folder.path(longName + "2.a"));
@@ -123,7 +123,7 @@ TEST(AtomicFile, CutsLongNamesApart) {
 }
 
 TEST(AtomicFile, IsThereFromTheStartSoThatWritersNeedNotMakeIt) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     AtomicFile file(folder.path("f.exr"));
     HostImage::OutputFile writer(file.temporaryPath(), false);
     writer.write("whole", 5, 0);
@@ -133,7 +133,7 @@ TEST(AtomicFile, IsThereFromTheStartSoThatWritersNeedNotMakeIt) {
 }
 
 TEST(AtomicFile, SaysThatItWasTakenAway) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     AtomicFile file(folder.path("f.exr"));
     write(file.temporaryPath(), "whole");
     std::filesystem::remove(file.temporaryPath());
@@ -156,7 +156,7 @@ protected:
         return namesIn(m_folder.path());
     }
 
-    TemporaryFolder m_folder;
+    Support::TemporaryFolder m_folder;
 };
 
 TEST_F(AtomicFileDeathTest, RemovesAllOpenOnesWhenTheProcessMustEnd) {
@@ -212,25 +212,25 @@ TEST_F(AtomicFileDeathTest, IsRemovedWhicheverThreadsMakeOthersAtThatMoment) {
 }
 
 TEST(AtomicFile, RemovesWhatAKilledProcessOfThisMachineLeft) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     // Larger than any process number that the kernel gives out.
     const std::string left = ".f." + hostName() + ".4194305.tmp.exr";
-    folder.file(left);
+    folder.write(left);
     makeOld(folder.path(left));
     AtomicFile::removeAbandoned(folder.path());
     EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{});
 }
 
 TEST(AtomicFile, SparesFreshFilesLiveProcessesOtherMachinesAndOtherFiles) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     const std::string own = std::to_string(getpid());
     const std::vector<std::string> names = {".f." + hostName() + "." + own + ".tmp.exr", ".f.elsewhere.4194305.tmp.exr",
                                             ".f." + hostName() + ".4194305x.tmp.exr", ".tmp", "f.tmp.exr"};
     for (const std::string& name : names) {
-        folder.file(name);
+        folder.write(name);
         makeOld(folder.path(name));
     }
-    folder.file(".fresh." + hostName() + ".4194305.tmp.exr");
+    folder.write(".fresh." + hostName() + ".4194305.tmp.exr");
     AtomicFile::removeAbandoned(folder.path());
     EXPECT_EQ(namesIn(folder.path()).size(), names.size() + 1);
 }

@@ -12,9 +12,9 @@ using Host::FinishedFrames;
 
 namespace {
 
-struct Sequence : TemporaryFolder {
+struct Sequence : Support::TemporaryFolder {
     FilePattern pattern = FilePattern::parse(path("f.####.exr"), FilePattern::Use::Output);
-    std::string frame = file("f.0001.exr", "picture");
+    std::string frame = write("f.0001.exr", "picture");
 
     std::string list() const {
         for (const auto& entry : std::filesystem::directory_iterator(path())) {
@@ -104,7 +104,7 @@ TEST(FinishedFrames, GivesTextsTheirPublishedFingerprints) {
 TEST(FinishedFrames, TellsVersionsOfAnInputApart) {
     Sequence sequence;
     const std::string before = FinishedFrames::identity(sequence.frame);
-    sequence.file("f.0001.exr", "another picture");
+    sequence.write("f.0001.exr", "another picture");
     EXPECT_NE(FinishedFrames::identity(sequence.frame), before);
     EXPECT_EQ(FinishedFrames::identity(sequence.path("no")), sequence.path("no") + " missing");
 }

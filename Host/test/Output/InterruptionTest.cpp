@@ -79,7 +79,7 @@ TEST(InterruptionDeathTest, IgnoresSignalsThatErrorsOfWritingRaise) {
 }
 
 TEST(InterruptionDeathTest, RemovesTemporaryFilesAndEndsAtTheSecondSignal) {
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     EXPECT_EXIT(
         {
             Interruption::install();

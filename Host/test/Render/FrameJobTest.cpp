@@ -13,7 +13,7 @@ using Host::RenderOptions;
 
 namespace {
 
-struct Job : TemporaryFolder {
+struct Job : Support::TemporaryFolder {
     RenderOptions options;
     std::map<std::int32_t, std::string> available{{1, "in.1.exr"}, {2, "in.2.exr"}, {4, "in.4.exr"}};
 
@@ -68,14 +68,14 @@ TEST(FrameJob, RefusesSeveralFramesForOneFile) {
 TEST(FrameJob, NeverReplacesItsOwnInput) {
     Job job;
     job.options.overwrite = true;
-    job.available = {{1, job.file("out.0001.exr")}};
+    job.available = {{1, job.write("out.0001.exr")}};
     EXPECT_EQ(job.failure(),
               "2: Frame 1 would replace its own input, \"" + job.path("out.0001.exr") + "\"; choose another output.");
 }
 
 TEST(FrameJob, AsksBeforeItReplacesAFile) {
     Job job;
-    job.file("out.0002.exr");
+    job.write("out.0002.exr");
     EXPECT_EQ(job.failure(), "2: \"" + job.path("out.0002.exr") +
                                  "\" already exists. Give --overwrite to replace existing files, or --skip-existing to "
                                  "keep finished frames.");

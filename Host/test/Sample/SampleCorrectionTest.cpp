@@ -63,8 +63,8 @@ protected:
 TEST_P(SampleCorrection, MeetsTheCleanReferenceWithinTheStatedBound) {
     const PixelSize size = GetParam();
     const SampleClip clip(size, 3);
-    TemporaryFolder folder;
-    const std::string file = folder.file("plate.olcf", clip.correctionFile());
+    Support::TemporaryFolder folder;
+    const std::string file = folder.write("plate.olcf", clip.correctionFile());
     constexpr std::int32_t index = 1;
 
     Support::HostFrame shadingFrame = hostFrame(file, clip, index, size);

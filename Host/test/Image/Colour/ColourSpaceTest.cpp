@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "Image/ImageError.h"
-#include "Image/Support/TemporaryFolder.h"
 #include "Support/EnvironmentVariable.h"
+#include "Support/TemporaryFolder.h"
 
 namespace {
 
@@ -37,7 +37,7 @@ class ColourSpaces : public testing::Test {
 protected:
     /// A configuration with these spaces beside the linear one; its path.
     std::string config(const std::string& spaces, const std::string& roles = "scene_linear: lin") {
-        const std::string path = folder / "config.ocio";
+        const std::string path = folder.path("config.ocio");
         std::ofstream(path) << "ocio_profile_version: 2\nstrictparsing: true\nroles:\n  default: lin\n  " + roles +
                                    "\nfile_rules:\n  - !<Rule> {name: Default, colorspace: default}\n"
                                    "displays:\n  d:\n    - !<View> {name: v, colorspace: lin}\n"
@@ -54,7 +54,7 @@ protected:
         return "(none)";
     }
 
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
     // The machine's own configuration has no say.
     EnvironmentVariable m_variable{"OCIO", std::nullopt};
     const std::string doubled =
@@ -127,12 +127,12 @@ TEST_F(ColourSpaces, ThatNeedAMissingTableAreToldWithIt) {
 
 TEST_F(ColourSpaces, OfAFileThatIsMissingOrNoConfigurationAreRefused) {
     const std::string advice = "); give another one with --ocio, or set OCIO to one";
-    EXPECT_EQ(failureOf("lin", folder / "none.ocio"),
-              folder / "none.ocio" +
+    EXPECT_EQ(failureOf("lin", folder.path("none.ocio")),
+              folder.path("none.ocio") +
                   ": cannot be read as an OpenColorIO configuration (Requested non-existent OCIO "
                   "config \"" +
-                  folder / "none.ocio" + "\"" + advice);
-    const std::string text = folder / "text.ocio";
+                  folder.path("none.ocio") + "\"" + advice);
+    const std::string text = folder.path("text.ocio");
     std::ofstream(text) << "hello\n";
     const std::string failure = failureOf("lin", text);
     EXPECT_TRUE(failure.starts_with(text + ": cannot be read as an OpenColorIO configuration (")) << failure;

@@ -19,7 +19,7 @@
 #include "Image/FrameWriter.h"
 #include "Image/Support/NoiseFrame.h"
 #include "Image/Support/RawExr.h"
-#include "Image/Support/TemporaryFolder.h"
+#include "Support/TemporaryFolder.h"
 
 namespace {
 
@@ -79,14 +79,14 @@ std::string stockHalfs(const std::string& path, const std::vector<std::string>& 
 
 class Exr : public testing::Test {
 protected:
-    TemporaryFolder folder;
-    const std::string path = folder / "frame.exr";
+    Support::TemporaryFolder folder;
+    const std::string path = folder.path("frame.exr");
 };
 
 class ExrCompression : public testing::TestWithParam<const char*> {
 protected:
-    TemporaryFolder folder;
-    const std::string path = folder / "frame.exr";
+    Support::TemporaryFolder folder;
+    const std::string path = folder.path("frame.exr");
 };
 
 bool keepsBits(const std::string& compression) { return compression.find_first_of("b4dwx") == std::string::npos; }
@@ -138,8 +138,8 @@ TEST_P(ExrCompression, GivesTheSameBytesWhateverTheThreads) {
     options.compression = GetParam();
     writeFrame(path, frame, options);
     options.threads = 3;
-    writeFrame(folder / "again.exr", frame, options);
-    EXPECT_TRUE(readBytes(path) == readBytes(folder / "again.exr"));
+    writeFrame(folder.path("again.exr"), frame, options);
+    EXPECT_TRUE(readBytes(path) == readBytes(folder.path("again.exr")));
 }
 
 TEST_P(ExrCompression, KeepsChannelsOfEveryTypeAndSampling) {
@@ -169,15 +169,15 @@ INSTANTIATE_TEST_SUITE_P(Every, ExrCompression,
 TEST_F(Exr, IsReadBackByOpenImageIo) {
     const Frame frame = noiseFrame({0, 0, 63, 40}, rgba());
     writeFrame(path, frame, {});
-    writeFrame(folder / "plain.exr", frame, {.compression = "none"});
-    EXPECT_THAT(outputOf("idiff " + path + " " + folder / "plain.exr"), HasSubstr("PASS"));
+    writeFrame(folder.path("plain.exr"), frame, {.compression = "none"});
+    EXPECT_THAT(outputOf("idiff " + path + " " + folder.path("plain.exr")), HasSubstr("PASS"));
     EXPECT_THAT(outputOf("oiiotool --info -v " + path), HasSubstr("64 x   41, 4 channel, half openexr"));
 }
 
 TEST_F(Exr, IsReadBackByFfmpeg) {
     Frame frame = noiseFrame({0, 0, 63, 40}, rgba(PixelType::Float));
     writeFrame(path, frame, {});
-    const std::string raw = folder / "raw";
+    const std::string raw = folder.path("raw");
     // ffmpeg's planes come as G, B, R, A.
     EXPECT_EQ(outputOf("ffmpeg -v error -i " + path + " -f rawvideo -pix_fmt gbrapf32le " + raw), "");
     const std::string bytes = readBytes(raw);
@@ -214,15 +214,15 @@ TEST_F(Exr, KeepsEveryAttributeByteForByte) {
     for (const Attribute& each : attributes) raw.more += RawExr::attribute(each.name, each.type, each.value);
     raw.write(path);
     const Frame frame = readFrame(path);
-    writeFrame(folder / "copy.exr", frame);
-    const Frame copy = readFrame(folder / "copy.exr");
+    writeFrame(folder.path("copy.exr"), frame);
+    const Frame copy = readFrame(folder.path("copy.exr"));
     for (const Attribute& each : attributes) {
         ASSERT_NE(copy.parts[0].findAttribute(each.name), nullptr) << each.name;
         EXPECT_EQ(*copy.parts[0].findAttribute(each.name), each) << each.name;
     }
     EXPECT_EQ(copy.parts[0].attributes, frame.parts[0].attributes);
     // And OpenEXR itself agrees that the copy is a good file.
-    Imf::InputFile stock((folder / "copy.exr").c_str());
+    Imf::InputFile stock((folder.path("copy.exr")).c_str());
     EXPECT_EQ(Imf::timeCode(stock.header()).timeAndFlags(), 0x10000152u);
     EXPECT_EQ(stock.header().previewImage().width(), 1u);
 }
@@ -337,14 +337,15 @@ TEST_F(Exr, OfALossyMethodHoldsTheBlocksThatOpenExrItselfMakesInEitherLineOrder)
                 header.channels().insert(channel, Imf::Channel(Imf::HALF));
                 buffer.insert(channel, Imf::Slice(Imf::HALF, pixels.data() + 40 * 64 * 8 + 5 * 8 + c * 2, 8, 64 * 8));
             }
-            Imf::OutputFile file((folder / "stock.exr").c_str(), header);
+            Imf::OutputFile file((folder.path("stock.exr")).c_str(), header);
             file.setFrameBuffer(buffer);
             file.writePixels(3031);
         }
         for (const LineOrder order : {LineOrder::IncreasingY, LineOrder::DecreasingY}) {
             frame.parts[0].lineOrder = order;
             writeFrame(path, frame, {.compression = names[i], .threads = 3});
-            EXPECT_TRUE(storedBlocks(path, linesPerBlock[i]) == storedBlocks(folder / "stock.exr", linesPerBlock[i]))
+            EXPECT_TRUE(storedBlocks(path, linesPerBlock[i]) ==
+                        storedBlocks(folder.path("stock.exr"), linesPerBlock[i]))
                 << names[i];
         }
     }
@@ -373,8 +374,8 @@ TEST_F(Exr, OfALossyMethodStoresFloatPixelsAsHalfOnDemand) {
         from.parts[0].tileWidth = same.parts[0].tileWidth = tile;
         from.parts[0].tileHeight = same.parts[0].tileHeight = tile;
         writeFrame(path, from, {.compression = "dwaa", .pixelType = PixelType::Half});
-        writeFrame(folder / "same.exr", same, {.compression = "dwaa"});
-        EXPECT_TRUE(readBytes(path) == readBytes(folder / "same.exr")) << tile;
+        writeFrame(folder.path("same.exr"), same, {.compression = "dwaa"});
+        EXPECT_TRUE(readBytes(path) == readBytes(folder.path("same.exr"))) << tile;
     }
 }
 
@@ -395,8 +396,8 @@ TEST_F(Exr, ReadsTheLargestLevelOfAMipMap) {
     std::string ones;
     for (int i = 0; i < 40 * 24; ++i) ones += std::string("\x00\x3c", 2);
     EXPECT_TRUE(pixelBytes(frame.parts[0]) == ones);
-    writeFrame(folder / "copy.exr", frame);
-    EXPECT_TRUE(stockHalfs(folder / "copy.exr", {"R"}) == ones);
+    writeFrame(folder.path("copy.exr"), frame);
+    EXPECT_TRUE(stockHalfs(folder.path("copy.exr"), {"R"}) == ones);
 }
 
 TEST_F(Exr, StoresFloatPixelsAsHalfOnDemandButLeavesIdsAlone) {
@@ -445,10 +446,10 @@ TEST_F(Exr, WithASubSampledChannelThatDoesNotFitIsRefused) {
 
 TEST_F(Exr, IntoAMissingFolderNamesTheCause) {
     try {
-        writeFrame(folder / "none/frame.exr", noiseFrame({0, 0, 3, 3}, rgba()));
+        writeFrame(folder.path("none/frame.exr"), noiseFrame({0, 0, 3, 3}, rgba()));
         FAIL();
     } catch (const ImageError& error) {
-        EXPECT_EQ(error.what(), folder / "none/frame.exr" + ": cannot be written: No such file or directory");
+        EXPECT_EQ(error.what(), folder.path("none/frame.exr") + ": cannot be written: No such file or directory");
     }
 }
 
@@ -461,7 +462,7 @@ TEST_F(Exr, RefusesAnUnknownCompression) {
 
 TEST_F(Exr, ThatIsMissing) { EXPECT_EQ(complaint(path), "cannot be opened: No such file or directory"); }
 
-TEST_F(Exr, ThatIsAFolder) { EXPECT_EQ(complaint(folder / ""), "is not a file"); }
+TEST_F(Exr, ThatIsAFolder) { EXPECT_EQ(complaint(folder.path("")), "is not a file"); }
 
 TEST_F(Exr, ThatIsAFifoDoesNotWait) {
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
@@ -639,7 +640,7 @@ TEST_F(Exr, WithDeepData) {
 TEST_F(Exr, WithAnyByteChangedIsReadOrRefusedButNeverCrashes) {
     writeFrame(path, noiseFrame({0, 0, 9, 9}, rgba()));
     const std::string good = readBytes(path);
-    const std::string broken = folder / "broken.exr";
+    const std::string broken = folder.path("broken.exr");
     for (std::size_t at = 0; at < std::min<std::size_t>(good.size(), 700); ++at) {
         std::string bytes = good;
         bytes[at] = static_cast<char>(~bytes[at]);

@@ -7,7 +7,7 @@
 #include "Image/FrameWriter.h"
 #include "Image/HostMetadata.h"
 #include "Image/Support/RawExr.h"
-#include "Image/Support/TemporaryFolder.h"
+#include "Support/TemporaryFolder.h"
 
 namespace {
 
@@ -42,8 +42,8 @@ protected:
     /// Which frame of makeRising this grey belongs to: 8 of the 219 steps of the video range a frame.
     int risingFrame(const std::vector<float>& colour) { return static_cast<int>(std::lround(colour[1] * 219 / 8)); }
 
-    TemporaryFolder folder;
-    const std::string path = folder / "a.mov";
+    Support::TemporaryFolder folder;
+    const std::string path = folder.path("a.mov");
 };
 
 TEST_F(Movie, GivesTheFrameThatIsAskedForInAnyOrder) {
@@ -63,7 +63,7 @@ TEST_F(Movie, OfEveryUsualKindGivesItsFrames) {
                                       {"a.mkv", "ffv1"},
                                       {"a.avi", "mjpeg -q:v 1 -pix_fmt yuvj422p"}}) {
         SCOPED_TRACE(name);
-        const std::string movie = folder / name;
+        const std::string movie = folder.path(name);
         // 24 frames a second would be a matter of rounding in some of the containers.
         ASSERT_EQ(
             outputOf("ffmpeg -v error -f lavfi -i \"color=black:s=64x48:r=25:d=1,geq=lum='16+N*8':cb=128:cr=128\" "
@@ -172,8 +172,8 @@ TEST_F(Movie, HandsItsTimecodeToAnExr) {
     makeRising("-timecode 10:00:00:20");
     Frame frame;
     openReader(path)->readPixels(frame, 1, 4);
-    writeFrame(folder / "a.exr", frame);
-    const std::unique_ptr<FrameReader> exr = openReader(folder / "a.exr");
+    writeFrame(folder.path("a.exr"), frame);
+    const std::unique_ptr<FrameReader> exr = openReader(folder.path("a.exr"));
     EXPECT_EQ(metadataText(hostMetadata(exr->readHeader(), path, 1).at("input/timecode")), "10:00:01:00");
 }
 
@@ -201,9 +201,9 @@ TEST_F(Movie, ThatIsNoMovieIsRefused) {
 TEST_F(Movie, ThatIsCutGivesTheFramesItHas) {
     makeRising();
     // The index lies at the end; put first, a cut file still opens.
-    ASSERT_EQ(outputOf("ffmpeg -v error -i " + path + " -c copy -movflags +faststart " + folder / "fast.mov"), "");
-    std::filesystem::resize_file(folder / "fast.mov", std::filesystem::file_size(folder / "fast.mov") * 2 / 3);
-    const std::unique_ptr<FrameReader> reader = openReader(folder / "fast.mov");
+    ASSERT_EQ(outputOf("ffmpeg -v error -i " + path + " -c copy -movflags +faststart " + folder.path("fast.mov")), "");
+    std::filesystem::resize_file(folder.path("fast.mov"), std::filesystem::file_size(folder.path("fast.mov")) * 2 / 3);
+    const std::unique_ptr<FrameReader> reader = openReader(folder.path("fast.mov"));
     EXPECT_EQ(risingFrame(middle(*reader, 2)), 2);
     EXPECT_THROW(middle(*reader, 19), ImageError);
     EXPECT_EQ(risingFrame(middle(*reader, 3)), 3) << "a failure leaves the reader in order";

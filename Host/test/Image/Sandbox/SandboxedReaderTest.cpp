@@ -23,7 +23,7 @@
 #include "Image/Sandbox/FrameMessage.h"
 #include "Image/Support/NoiseFrame.h"
 #include "Image/Support/RawExr.h"
-#include "Image/Support/TemporaryFolder.h"
+#include "Support/TemporaryFolder.h"
 
 using namespace HostImage;
 
@@ -38,7 +38,7 @@ protected:
 
     /// What a reader says whose process runs these shell commands instead of decoding; the file's path goes missing.
     std::string complaint(const std::string& commands, unsigned seconds = 60) {
-        const std::string program = folder / "program";
+        const std::string program = folder.path("program");
         writeBytes(program, "#!/bin/sh\n" + commands + "\n");
         ::chmod(program.c_str(), 0700);
         return complaintOf([&] {
@@ -59,7 +59,7 @@ protected:
     }
 
     std::string writtenExr(const std::string& name = "a.exr") {
-        const std::string path = folder / name;
+        const std::string path = folder.path(name);
         writeFrame(path, noiseFrame({-3, -5, 130, 95}, rgba()));
         return path;
     }
@@ -70,7 +70,7 @@ protected:
         return std::string(reinterpret_cast<const char*>(head), sizeof head) + bytes;
     }
 
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
 };
 
 void expectSame(const Frame& got, const Frame& expected) {
@@ -86,9 +86,9 @@ void expectSame(const Frame& got, const Frame& expected) {
 } // namespace
 
 TEST_F(Sandbox, GivesTheSameFrameForEveryKindOfReader) {
-    const std::string movie = folder / "a.mov";
+    const std::string movie = folder.path("a.mov");
     outputOf("ffmpeg -v error -f lavfi -i testsrc=size=64x48:rate=25:duration=0.2 -c:v prores_ks " + movie);
-    const std::string png = folder / "a.png";
+    const std::string png = folder.path("a.png");
     writeFrame(png, noiseFrame({0, 0, 31, 20}, rgba(PixelType::UInt16)));
     for (const std::string& path : {writtenExr(), png, movie}) {
         SCOPED_TRACE(path);
@@ -100,7 +100,7 @@ TEST_F(Sandbox, GivesTheSameFrameForEveryKindOfReader) {
 }
 
 TEST_F(Sandbox, CountsAMoviesFramesAndReadsAnyOfThem) {
-    const std::string movie = folder / "a.mov";
+    const std::string movie = folder.path("a.mov");
     outputOf("ffmpeg -v error -f lavfi -i testsrc=size=64x48:rate=25:duration=0.2 -c:v prores_ks " + movie);
     EXPECT_EQ(reader(movie).frameCount(), 5);
     Frame expected, got;
@@ -131,8 +131,8 @@ TEST_F(Sandbox, TellsWhatIsWrongWithAFileInTheReadersOwnWords) {
     Frame frame;
     EXPECT_EQ(complaintOf([&] { reader(path).readPixels(frame); }),
               complaintOf([&] { openReader(path)->readPixels(frame); }));
-    EXPECT_EQ(complaintOf([&] { reader(folder / "none.exr").readHeader(); }),
-              complaintOf([&] { openReader(folder / "none.exr"); }));
+    EXPECT_EQ(complaintOf([&] { reader(folder.path("none.exr")).readHeader(); }),
+              complaintOf([&] { openReader(folder.path("none.exr")); }));
 }
 
 TEST_F(Sandbox, HandsTheLimitsOfDeclaredSizesOn) {
@@ -143,7 +143,7 @@ TEST_F(Sandbox, HandsTheLimitsOfDeclaredSizesOn) {
 }
 
 TEST_F(Sandbox, TakesItsProcessTheRightsThatDecodingDoesNotNeed) {
-    const std::string path = folder / "a.exr";
+    const std::string path = folder.path("a.exr");
     writeFrame(path, noiseFrame({0, 0, 255, 255}, rgba()));
     const CodecProcess order{path, {}, {std::uint64_t{1} << 30, 60}, CodecProcess::Task::DecodePixels, 2, 0};
     std::vector<std::string> texts = order.arguments();
@@ -196,7 +196,7 @@ TEST_F(Sandbox, TakesItsProcessTheRightsThatDecodingDoesNotNeed) {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST_F(Sandbox, GrantsNoMoreMemoryThanItsLimit) {
     // 256 MiB of pixels in a small file: within the limits of declared sizes, but beyond the memory.
-    const std::string path = folder / "large.exr";
+    const std::string path = folder.path("large.exr");
     Frame frame;
     frame.parts.resize(1);
     Part& part = frame.parts[0];
@@ -249,48 +249,48 @@ TEST_F(Sandbox, RefusesAnAnswerThatIsNoFrame) {
         "the sandboxed decoder returned something that is not a frame; the file is damaged or malicious";
     EXPECT_EQ(complaint("exec cat /dev/zero"), text);
     EXPECT_EQ(complaint("echo 'Usage: lenscorrect COMMAND'"), text);
-    writeBytes(folder / "answer", answer(std::string(5000, 'x'), 2));
-    EXPECT_EQ(complaint("cat " + (folder / "answer")), text);
+    writeBytes(folder.path("answer"), answer(std::string(5000, 'x'), 2));
+    EXPECT_EQ(complaint("cat " + (folder.path("answer"))), text);
     const std::uint64_t huge[] = {1, std::uint64_t{1} << 62};
-    writeBytes(folder / "answer", std::string(reinterpret_cast<const char*>(huge), sizeof huge));
-    EXPECT_EQ(complaint("cat " + (folder / "answer")), text);
+    writeBytes(folder.path("answer"), std::string(reinterpret_cast<const char*>(huge), sizeof huge));
+    EXPECT_EQ(complaint("cat " + (folder.path("answer"))), text);
 }
 
 TEST_F(Sandbox, RefusesAFrameBeyondTheLimitsBeforeTakingMemory) {
     FrameMessage message{1, noiseFrame({0, 0, 3, 3}, rgba())};
     message.frame.parts[0].dataWindow = {0, 0, 1 << 30, 1 << 30};
-    writeBytes(folder / "answer", answer(message.bytes()));
-    EXPECT_EQ(complaint("cat " + (folder / "answer")),
+    writeBytes(folder.path("answer"), answer(message.bytes()));
+    EXPECT_EQ(complaint("cat " + (folder.path("answer"))),
               "the sandboxed decoder returned something that is not a frame (a "
               "window exceeds the limits); the file is damaged or malicious");
 }
 
 TEST_F(Sandbox, RefusesAFrameWhoseProcessDoesNotEndInOrder) {
     const FrameMessage message{1, noiseFrame({0, 0, 63, 63}, rgba())};
-    writeBytes(folder / "answer", answer(message.bytes()));
-    EXPECT_EQ(complaint("cat " + (folder / "answer")), "(none)");
-    EXPECT_EQ(complaint("cat " + (folder / "answer") + "; kill -SEGV $$"),
+    writeBytes(folder.path("answer"), answer(message.bytes()));
+    EXPECT_EQ(complaint("cat " + (folder.path("answer"))), "(none)");
+    EXPECT_EQ(complaint("cat " + (folder.path("answer")) + "; kill -SEGV $$"),
               "the sandboxed decoder was killed by signal 11 (Segmentation fault); the file is damaged or malicious, "
               "copy or render it again");
-    EXPECT_EQ(complaint("cat " + (folder / "answer") + "; echo more"),
+    EXPECT_EQ(complaint("cat " + (folder.path("answer")) + "; echo more"),
               "the sandboxed decoder returned something that is not a frame; the file is damaged or malicious");
 }
 
 TEST_F(Sandbox, CannotMakeTheSharedMemoryShorterWhileItIsRead) {
     const FrameMessage message{1, noiseFrame({0, 0, 63, 63}, rgba())};
-    writeBytes(folder / "answer", answer(message.bytes()));
+    writeBytes(folder.path("answer"), answer(message.bytes()));
     EXPECT_EQ(complaint("python3 -c 'import os; os.ftruncate(3, 0)' 2>/dev/null && kill -SEGV $$; cat " +
-                        (folder / "answer")),
+                        (folder.path("answer"))),
               "(none)");
 }
 
 TEST_F(Sandbox, ShowsAProblemWithoutItsControlCharacters) {
-    writeBytes(folder / "answer", answer("red \x1b[31mtext\n", 2));
-    EXPECT_EQ(complaint("cat " + (folder / "answer")), "red ?[31mtext?");
+    writeBytes(folder.path("answer"), answer("red \x1b[31mtext\n", 2));
+    EXPECT_EQ(complaint("cat " + (folder.path("answer"))), "red ?[31mtext?");
 }
 
 TEST_F(Sandbox, SaysThatItsProcessCannotBeStarted) {
-    EXPECT_EQ(complaintOf([&] { SandboxedReader("a.exr", {}, {}, folder / "none").readHeader(); }),
+    EXPECT_EQ(complaintOf([&] { SandboxedReader("a.exr", {}, {}, folder.path("none")).readHeader(); }),
               "the sandbox could not be started: No such file or directory");
 }
 

@@ -8,7 +8,7 @@
 #include "Image/ImageError.h"
 #include "Image/Support/NoiseFrame.h"
 #include "Image/Support/RawExr.h"
-#include "Image/Support/TemporaryFolder.h"
+#include "Support/TemporaryFolder.h"
 
 using namespace HostImage;
 
@@ -18,7 +18,7 @@ class SandboxedWriter : public testing::Test {
 protected:
     /// What is said when the process runs these shell commands instead of encoding; the file's path goes missing.
     std::string complaint(const std::string& commands, unsigned seconds = 60) {
-        const std::string program = folder / "program";
+        const std::string program = folder.path("program");
         writeBytes(program, "#!/bin/sh\n" + commands + "\n");
         ::chmod(program.c_str(), 0700);
         try {
@@ -31,8 +31,8 @@ protected:
         return "(none)";
     }
 
-    TemporaryFolder folder;
-    const std::string path = folder / "a.tif";
+    Support::TemporaryFolder folder;
+    const std::string path = folder.path("a.tif");
     const Frame frame = noiseFrame({0, 0, 31, 20}, rgba(PixelType::UInt16));
 };
 
@@ -44,17 +44,17 @@ TEST_F(SandboxedWriter, WritesTheSameBytes) {
     const Frame planes = noiseFrame({0, 0, 30, 20}, channels);
     for (const std::string extension : {"tif", "dpx", "png", "jpg", "exr"}) {
         SCOPED_TRACE(extension);
-        writeFrame(folder / "plain." + extension, planes, {.threads = 2});
-        writeFrameSandboxed(folder / "guarded." + extension, planes, {.threads = 2}, {}, ORVEX_PROGRAM);
-        EXPECT_EQ(readBytes(folder / "guarded." + extension), readBytes(folder / "plain." + extension));
+        writeFrame(folder.path("plain.") + extension, planes, {.threads = 2});
+        writeFrameSandboxed(folder.path("guarded.") + extension, planes, {.threads = 2}, {}, ORVEX_PROGRAM);
+        EXPECT_EQ(readBytes(folder.path("guarded.") + extension), readBytes(folder.path("plain.") + extension));
     }
 }
 
 TEST_F(SandboxedWriter, PassesTheOptionsOn) {
     const WriteOptions options{.compression = "none", .pixelType = PixelType::Float};
-    writeFrame(folder / "plain.tif", frame, options);
+    writeFrame(folder.path("plain.tif"), frame, options);
     writeFrameSandboxed(path, frame, options, {}, ORVEX_PROGRAM);
-    EXPECT_EQ(readBytes(path), readBytes(folder / "plain.tif"));
+    EXPECT_EQ(readBytes(path), readBytes(folder.path("plain.tif")));
 }
 
 TEST_F(SandboxedWriter, MakesNoFileAfterTheDeathOfItsProcess) {

@@ -13,7 +13,7 @@
 #include <thread>
 
 #include "Image/Support/RawExr.h"
-#include "Image/Support/TemporaryFolder.h"
+#include "Support/TemporaryFolder.h"
 
 using HostImage::forbidHarmfulSystemCalls;
 
@@ -41,8 +41,8 @@ TEST(SystemCallFilter, ForbidsSockets) {
 }
 
 TEST(SystemCallFilter, ForbidsEveryChangeOfFiles) {
-    const TemporaryFolder folder;
-    const std::string path = folder / "a", other = folder / "b";
+    const Support::TemporaryFolder folder;
+    const std::string path = folder.path("a"), other = folder.path("b");
     writeBytes(path, "content");
     EXPECT_EQ(errorOf([&] { return ::open(path.c_str(), O_WRONLY); }), EPERM);
     EXPECT_EQ(errorOf([&] { return ::open(path.c_str(), O_RDWR); }), EPERM);
@@ -72,8 +72,8 @@ TEST(SystemCallFilter, ForbidsOtherProgramsAndProcesses) {
 }
 
 TEST(SystemCallFilter, AllowsReadingFilesAndStartingThreads) {
-    const TemporaryFolder folder;
-    const std::string path = folder / "a";
+    const Support::TemporaryFolder folder;
+    const std::string path = folder.path("a");
     writeBytes(path, "content");
     EXPECT_EQ(errorOf([&] {
                   bool isRead = false;

@@ -11,7 +11,7 @@
 #include "Image/Support/KnownAttributes.h"
 #include "Image/Support/NoiseFrame.h"
 #include "Image/Support/RawExr.h"
-#include "Image/Support/TemporaryFolder.h"
+#include "Support/TemporaryFolder.h"
 
 namespace {
 
@@ -47,7 +47,7 @@ protected:
         return "none";
     }
 
-    TemporaryFolder folder;
+    Support::TemporaryFolder folder;
 };
 
 TEST_F(Stills, OfEightSixteenAndThirtyTwoBitsComeBackAsTheyWere) {
@@ -58,7 +58,7 @@ TEST_F(Stills, OfEightSixteenAndThirtyTwoBitsComeBackAsTheyWere) {
                                           {"png", PixelType::UInt16},
                                           {"dpx", PixelType::UInt8},
                                           {"dpx", PixelType::UInt16}}) {
-        const std::string path = folder / ("frame." + std::string(extension));
+        const std::string path = folder.path("frame." + std::string(extension));
         const Frame frame = noiseFrame({0, 0, 31, 20}, rgb(type));
         writeFrame(path, frame);
         const Frame back = readFrame(path);
@@ -70,18 +70,18 @@ TEST_F(Stills, OfEightSixteenAndThirtyTwoBitsComeBackAsTheyWere) {
 
 TEST_F(Stills, OfHalfPixelsAreStoredInTheNearestTypeThatTheFormatHas) {
     const Frame frame = noiseFrame({0, 0, 30, 20}, rgb(PixelType::Half));
-    writeFrame(folder / "a.tif", frame);
-    writeFrame(folder / "a.dpx", frame);
-    EXPECT_EQ(readFrame(folder / "a.tif").parts[0].channels[0].type, PixelType::Float);
-    EXPECT_EQ(readFrame(folder / "a.dpx").parts[0].channels[0].type, PixelType::UInt16);
+    writeFrame(folder.path("a.tif"), frame);
+    writeFrame(folder.path("a.dpx"), frame);
+    EXPECT_EQ(readFrame(folder.path("a.tif")).parts[0].channels[0].type, PixelType::Float);
+    EXPECT_EQ(readFrame(folder.path("a.dpx")).parts[0].channels[0].type, PixelType::UInt16);
 }
 
 TEST_F(Stills, OfMixedPlanesAreInterleaved) {
     std::vector<Channel> channels = rgb(PixelType::Half);
     channels.push_back(namedChannel("A", PixelType::Float));
     const Frame frame = noiseFrame({0, 0, 9, 9}, channels);
-    writeFrame(folder / "a.tif", frame);
-    const Frame back = readFrame(folder / "a.tif");
+    writeFrame(folder.path("a.tif"), frame);
+    const Frame back = readFrame(folder.path("a.tif"));
     std::vector<float> row(40);
     back.parts[0].planes[0].rowToFloat(5, row.data());
     std::vector<float> colour(30);
@@ -95,25 +95,25 @@ TEST_F(Stills, OfMixedPlanesAreInterleaved) {
 TEST_F(Stills, AreEqualByteForByteWhenWrittenTwiceUnderAnyName) {
     const Frame frame = noiseFrame({0, 0, 30, 20}, rgb(PixelType::UInt16));
     for (const std::string extension : {"dpx", "tif", "png"}) {
-        writeFrame(folder / ("a." + extension), frame);
-        const std::string first = readBytes(folder / ("a." + extension));
+        writeFrame(folder.path("a." + extension), frame);
+        const std::string first = readBytes(folder.path("a." + extension));
         // The writers' own stamp counts seconds.
         EXPECT_EQ(first.find("2026"), std::string::npos) << extension;
-        writeFrame(folder / ("b." + extension), frame);
-        EXPECT_TRUE(readBytes(folder / ("b." + extension)) == first) << extension;
+        writeFrame(folder.path("b." + extension), frame);
+        EXPECT_TRUE(readBytes(folder.path("b." + extension)) == first) << extension;
     }
 }
 
 TEST_F(Stills, KeepADpxTimecodeOnTheWayToEveryFormatThatHasOne) {
     Frame frame = noiseFrame({0, 0, 30, 20}, rgb(PixelType::UInt16));
     frame.parts[0].setAttribute({"timeCode", "timecode", RawExr::words({0x10000147, 0})});
-    writeFrame(folder / "a.dpx", frame);
-    const Frame dpx = readFrame(folder / "a.dpx");
-    EXPECT_EQ(metadataText(hostMetadata(dpx, folder / "a.dpx", 1).at("input/timecode")), "10:00:01:07");
-    writeFrame(folder / "b.dpx", dpx);
-    writeFrame(folder / "b.exr", dpx);
+    writeFrame(folder.path("a.dpx"), frame);
+    const Frame dpx = readFrame(folder.path("a.dpx"));
+    EXPECT_EQ(metadataText(hostMetadata(dpx, folder.path("a.dpx"), 1).at("input/timecode")), "10:00:01:07");
+    writeFrame(folder.path("b.dpx"), dpx);
+    writeFrame(folder.path("b.exr"), dpx);
     for (const std::string name : {"b.dpx", "b.exr"}) {
-        const Frame back = readFrame(folder / name);
+        const Frame back = readFrame(folder.path(name));
         ASSERT_NE(back.parts[0].findAttribute("timeCode"), nullptr) << name;
         EXPECT_TRUE(back.parts[0].findAttribute("timeCode")->value == RawExr::words({0x10000147, 0})) << name;
     }
@@ -122,21 +122,21 @@ TEST_F(Stills, KeepADpxTimecodeOnTheWayToEveryFormatThatHasOne) {
 TEST_F(Stills, KeepTheTextsOfADpxHeader) {
     Frame frame = noiseFrame({0, 0, 30, 20}, rgb(PixelType::UInt16));
     frame.parts[0].setAttribute({"dpx:InputDevice", "string", "Camera 7"});
-    writeFrame(folder / "a.dpx", frame);
-    const Frame back = readFrame(folder / "a.dpx");
-    EXPECT_EQ(metadataText(hostMetadata(back, folder / "a.dpx", 1).at("dpx/InputDevice")), "Camera 7");
+    writeFrame(folder.path("a.dpx"), frame);
+    const Frame back = readFrame(folder.path("a.dpx"));
+    EXPECT_EQ(metadataText(hostMetadata(back, folder.path("a.dpx"), 1).at("dpx/InputDevice")), "Camera 7");
 }
 
 TEST_F(Stills, KeepTenBitsOfADpxAsTenBits) {
-    const std::string path = folder / "a.dpx";
+    const std::string path = folder.path("a.dpx");
     ASSERT_EQ(outputOf("oiiotool --pattern fill:color=0.25,0.5,0.75 32x16 3 -d uint10 -o " + path), "");
-    writeFrame(folder / "b.dpx", readFrame(path));
-    EXPECT_THAT(outputOf("oiiotool --info -v " + folder / "b.dpx"), HasSubstr("uint10"));
-    EXPECT_THAT(outputOf("idiff " + path + " " + folder / "b.dpx"), HasSubstr("PASS"));
+    writeFrame(folder.path("b.dpx"), readFrame(path));
+    EXPECT_THAT(outputOf("oiiotool --info -v " + folder.path("b.dpx")), HasSubstr("uint10"));
+    EXPECT_THAT(outputOf("idiff " + path + " " + folder.path("b.dpx")), HasSubstr("PASS"));
 }
 
 TEST_F(Stills, OfADpxWithPixelsAsAbgrOrCbycrAreRefused) {
-    const std::string path = folder / "a.dpx";
+    const std::string path = folder.path("a.dpx");
     writeFrame(path, noiseFrame({0, 0, 30, 20}, rgb(PixelType::UInt8)));
     std::string bytes = readBytes(path);
     bytes[800] = 52;
@@ -152,7 +152,7 @@ TEST_F(Stills, OfADpxWithPixelsAsAbgrOrCbycrAreRefused) {
 // Not of a PNG: libpng leaves by longjmp, which leaks a text inside OpenImageIO.
 TEST_F(Stills, ThatAreCutFailWithTheFilesName) {
     for (const std::string extension : {"dpx", "tif"}) {
-        const std::string path = folder / ("a." + extension);
+        const std::string path = folder.path("a." + extension);
         writeFrame(path, noiseFrame({0, 0, 99, 99}, rgb(PixelType::UInt16)));
         std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
         EXPECT_THAT(complaintOfReading(path),
@@ -162,47 +162,47 @@ TEST_F(Stills, ThatAreCutFailWithTheFilesName) {
 }
 
 TEST_F(Stills, BeyondTheLimitsAreRefusedBeforeTheirPixels) {
-    writeFrame(folder / "a.png", noiseFrame({0, 0, 99, 49}, rgb(PixelType::UInt8)));
+    writeFrame(folder.path("a.png"), noiseFrame({0, 0, 99, 49}, rgb(PixelType::UInt8)));
     Limits limits;
     limits.maxSide = 64;
-    EXPECT_EQ(complaintOfReading(folder / "a.png", limits),
+    EXPECT_EQ(complaintOfReading(folder.path("a.png"), limits),
               "the picture of 100 x 50 pixels exceeds the limit of 64 pixels a side");
 }
 
 TEST_F(Stills, OfAnUnknownKindAreRefused) {
-    writeBytes(folder / "a.dpx", std::string(5000, 'x'));
-    EXPECT_EQ(complaintOfReading(folder / "a.dpx"), "is not a DPX file");
-    writeBytes(folder / "a.txt", "text");
-    EXPECT_THAT(complaintOfReading(folder / "a.txt"), testing::StartsWith("cannot be read as an image ("));
-    EXPECT_EQ(complaintOfWriting(folder / "b.txt", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
+    writeBytes(folder.path("a.dpx"), std::string(5000, 'x'));
+    EXPECT_EQ(complaintOfReading(folder.path("a.dpx")), "is not a DPX file");
+    writeBytes(folder.path("a.txt"), "text");
+    EXPECT_THAT(complaintOfReading(folder.path("a.txt")), testing::StartsWith("cannot be read as an image ("));
+    EXPECT_EQ(complaintOfWriting(folder.path("b.txt"), noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
               "cannot be written: \".txt\" is not a supported output format; choose .exr, .dpx, .tif, .png or .jpg");
-    EXPECT_EQ(complaintOfWriting(folder / "b", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
+    EXPECT_EQ(complaintOfWriting(folder.path("b"), noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
               "cannot be written: its name has no extension; choose .exr, .dpx, .tif, .png or .jpg");
 }
 
 TEST_F(Stills, WithoutRoomForTheDataWindowAreRefused) {
     Frame frame = noiseFrame({-5, -5, 30, 20}, rgb(PixelType::UInt8));
     frame.parts[0].displayWindow = {0, 0, 25, 15};
-    EXPECT_EQ(complaintOfWriting(folder / "a.dpx", frame),
+    EXPECT_EQ(complaintOfWriting(folder.path("a.dpx"), frame),
               "cannot be written: this format cannot hold pixels outside the display window; choose .exr, or crop the "
               "frame to its format");
-    EXPECT_FALSE(std::filesystem::exists(folder / "a.dpx"));
+    EXPECT_FALSE(std::filesystem::exists(folder.path("a.dpx")));
     frame.parts[0].displayWindow = {-10, -10, 35, 25};
-    EXPECT_EQ(complaintOfWriting(folder / "a.png", frame),
+    EXPECT_EQ(complaintOfWriting(folder.path("a.png"), frame),
               "cannot be written: this format cannot hold a data window smaller than the display window; choose .exr, "
               "or crop the frame to its format");
-    EXPECT_FALSE(std::filesystem::exists(folder / "a.png"));
+    EXPECT_FALSE(std::filesystem::exists(folder.path("a.png")));
 }
 
 TEST_F(Stills, WithSeveralPartsAreRefused) {
     Frame frame = noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8));
     frame.parts.push_back(frame.parts[0]);
-    EXPECT_EQ(complaintOfWriting(folder / "a.png", frame),
+    EXPECT_EQ(complaintOfWriting(folder.path("a.png"), frame),
               "cannot be written: the frame has several parts, which only OpenEXR holds; choose .exr");
 }
 
 TEST_F(Stills, IntoAMissingFolderAreAnError) {
-    EXPECT_THAT(complaintOfWriting(folder / "none/a.dpx", noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
+    EXPECT_THAT(complaintOfWriting(folder.path("none/a.dpx"), noiseFrame({0, 0, 9, 9}, rgb(PixelType::UInt8))),
                 testing::StartsWith("cannot be written: "));
 }
 
@@ -270,13 +270,13 @@ TEST_P(StillsOf, EveryDepthAndAttributeAreTheSameForOtherReaders) {
     const auto [extension, type, tolerance] = GetParam();
     // Of an even width: the other reader wants whole words in the lines of a DPX.
     const Frame plain = noiseFrame({0, 0, 31, 20}, rgb(type));
-    std::vector<std::string> paths{folder / "plain." + extension};
+    std::vector<std::string> paths{folder.path("plain.") + extension};
     writeFrame(paths[0], plain);
     const std::string pixels = pixelBytes(readFrame(paths[0]).parts[0]);
     for (const auto& [kind, value] : valuesOfEveryType()) {
         Frame frame = plain;
         for (const std::string& name : knownAttributes()) frame.parts[0].attributes.push_back({name, kind, value});
-        paths.push_back(folder / std::to_string(paths.size()) + "." + extension);
+        paths.push_back(folder.path(std::to_string(paths.size()) + "." + extension));
         ASSERT_NO_THROW(writeFrame(paths.back(), frame)) << kind << " " << value.substr(0, 20);
         EXPECT_TRUE(pixelBytes(readFrame(paths.back()).parts[0]) == pixels) << kind << " " << value.substr(0, 20);
     }
@@ -300,10 +300,10 @@ TEST_P(StillsOf, EveryDepthAndAttributeAreTheSameForOtherReaders) {
         plain.parts[0].planes[0].rowToFloat(y, row.data());
         part.planes[0].rowFromFloat(y, row.data());
     }
-    writeFrame(folder / "plain.exr", reference);
+    writeFrame(folder.path("plain.exr"), reference);
     const std::string limit = " -fail " + std::to_string(tolerance) + " -failpercent 0 ";
-    EXPECT_THAT(outputOf("idiff" + limit + paths[0] + " " + folder / "plain.exr"), HasSubstr("PASS"));
-    const std::string other = folder / "other.rgb";
+    EXPECT_THAT(outputOf("idiff" + limit + paths[0] + " " + folder.path("plain.exr")), HasSubstr("PASS"));
+    const std::string other = folder.path("other.rgb");
     // convert takes every DPX for film density.
     const bool isDpx = std::string(extension) == "dpx";
     const bool isInBytes = isDpx && type == PixelType::UInt8;
