@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "ExrClip.h"
-#include "Image/HalfConversion.h"
+#include "HalfConversion.h"
 
 namespace {
 
@@ -40,7 +40,7 @@ int main(int argumentCount, char** arguments) {
         std::vector<float> floats;
         const auto toHalf = [&] {
             frame.values.resize(floats.size());
-            HostImage::floatToHalf(floats.data(), reinterpret_cast<std::uint16_t*>(frame.values.data()), floats.size());
+            Image::floatToHalf(floats.data(), reinterpret_cast<std::uint16_t*>(frame.values.data()), floats.size());
         };
         // Touches the pages, which a program keeps.
         ExrClip::read(files.front(), frame, floats);

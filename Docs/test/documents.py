@@ -135,7 +135,7 @@ def check_messages():
             count += 1
             if sentence.group(0) not in known:
                 breaches.append(f"Troubleshooting.md: lacks \"{sentence.group(0)}\" of {source.relative_to(root)}")
-    for source in sorted((root / "Host" / "src" / "Image" / "Sandbox").glob("*.cpp")):
+    for source in sorted((root / "Image" / "src" / "Sandbox").glob("*.cpp")):
         if source.stem not in ("SandboxedReader", "SandboxedWriter", "CodecChild", "CodecProcess"):
             continue  # the reasons that stand in parentheses behind a message
         for text in literals(source.read_text()):

@@ -41,7 +41,7 @@ class Install(packaging.PackagingTest):
             installed = file.read()
         # Of a link to what is not installed only the words stay.
         with open(os.path.join(packaging.SOURCE, "Docs/Testing.md"), encoding="utf-8") as file:
-            text, count = re.subn(r"\[([^]]*)\]\(\.\./(?:Core|Host|Nuke|cmake)/[^)]*\)", r"\1", file.read())
+            text, count = re.subn(r"\[([^]]*)\]\(\.\./(?:Core|Image|Nuke|Program|Tools|cmake)/[^)]*\)", r"\1", file.read())
         self.assertGreater(count, 0)
         self.assertEqual(installed, text)
 

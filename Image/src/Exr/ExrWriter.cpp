@@ -1,0 +1,635 @@
+#include "Exr/ExrWriter.h"
+
+#include <openexr.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include "Exr/ExrContext.h"
+#include "Exr/ExrHeader.h"
+#include "Exr/ImfBlocks.h"
+#include "Exr/SampleRows.h"
+#include "Exr/ZipBlock.h"
+#include "OutputFile.h"
+#include "ParallelFor.h"
+
+namespace Image {
+
+namespace {
+
+constexpr float defaultDwaLevel = 45.0f;
+
+/// Lines that are stored as they are go into the file in runs of about so many bytes.
+constexpr std::size_t plainRunBytes = 512 << 10;
+/// Blocks that the C++ library compresses go to it in runs of up to so many bytes.
+constexpr std::size_t imfRunBytes = 8 << 20;
+
+/// What is encoded at once, in the file's order: one of the file's chunks, or a run of them.
+struct Block {
+    std::size_t part = 0;
+    Window window;
+    std::int32_t tileX = 0;
+    std::int32_t tileY = 0;
+    /// The chunks as they stand in the file, once they are there.
+    PixelBuffer encoded;
+    struct Chunk {
+        std::size_t tableIndex = 0; ///< place in the part's chunk table
+        std::size_t begin = 0;      ///< in `encoded`
+    };
+    std::vector<Chunk> chunks;
+    bool ready = false;
+};
+
+/// A part as it is stored.
+struct StoredPart {
+    const Part* part = nullptr;
+    std::vector<PixelType> types;
+    std::vector<std::size_t> channelOrder;
+    std::string compression;
+    std::int32_t linesPerBlock = 1;
+    /// Scan lines without compression.
+    bool plain = false;
+    /// Compressed by the C++ library.
+    bool imf = false;
+    bool multiPart = false;
+    float dwaLevel = 0.0f;
+    std::size_t chunkCount = 0;
+    std::uint64_t tableOffset = 0;
+};
+
+/// What the callbacks of one thread's pipeline need to know about the block at hand.
+struct Source {
+    const StoredPart* stored = nullptr;
+    Block* block = nullptr;
+    ZipBlockCompressor* compressor = nullptr;
+    std::vector<std::uint8_t*> rows;
+    std::vector<float> floats;
+    std::vector<std::uint8_t> converted;
+    /// A line of a block that is split.
+    std::vector<std::uint8_t> line;
+    Part band;
+    CompressedBlocks blocks;
+};
+
+/// Bytes of the block with all its channels one after the other.
+std::size_t packedBytes(const StoredPart& stored, const Window& window) {
+    std::size_t bytes = 0;
+    for (std::size_t i = 0; i < stored.types.size(); ++i) {
+        const Channel& channel = stored.part->channels[i];
+        bytes += samplesBetween(window.minX, window.maxX, channel.xSampling) *
+                 samplesBetween(window.minY, window.maxY, channel.ySampling) * bytesPerSample(stored.types[i]);
+    }
+    return bytes;
+}
+
+/// Bytes of what stands before a chunk's own in the file.
+std::size_t leaderBytes(const StoredPart& stored) {
+    return (stored.multiPart ? 4u : 0u) + (stored.part->tileWidth != 0 ? 16u : 4u) + 4u;
+}
+
+/// Writes them; returns the place behind.
+std::uint8_t* writeLeader(const Block& block, std::int32_t firstLine, std::size_t bytes, const StoredPart& stored,
+                          std::uint8_t* to) {
+    const auto append = [&to](std::int32_t value) {
+        std::memcpy(to, &value, sizeof value);
+        to += sizeof value;
+    };
+    if (stored.multiPart) append(static_cast<std::int32_t>(block.part));
+    if (stored.part->tileWidth != 0) {
+        append(block.tileX);
+        append(block.tileY);
+        append(0); // both levels
+        append(0);
+    } else {
+        append(firstLine);
+    }
+    append(static_cast<std::int32_t>(bytes));
+    return to;
+}
+
+/// Makes n bytes the block's only chunk.
+void setChunk(const Source& source, const std::uint8_t* from, std::size_t n) {
+    Block& block = *source.block;
+    block.encoded.resize(leaderBytes(*source.stored) + n);
+    std::memcpy(writeLeader(block, block.window.minY, n, *source.stored, block.encoded.data()), from, n);
+}
+
+/// Samples of a plane as they are stored: where they are if that is their type, else converted.
+const std::uint8_t* asStored(Source& source, PixelType planeType, PixelType type, const std::uint8_t* from,
+                             std::size_t samples) {
+    if (type == planeType) return from;
+    source.converted.resize(samples * bytesPerSample(type));
+    if (planeType == PixelType::Float) {
+        samplesFromFloat(type, reinterpret_cast<const float*>(from), source.converted.data(), samples);
+    } else {
+        source.floats.resize(samples);
+        samplesToFloat(planeType, from, source.floats.data(), samples);
+        samplesFromFloat(type, source.floats.data(), source.converted.data(), samples);
+    }
+    return source.converted.data();
+}
+
+/// Lays out lines of a window (channel after channel in each) from the part's planes, converting where stored
+/// otherwise.
+void packLines(Source& source, const Window& window, std::uint8_t* to) {
+    const StoredPart& stored = *source.stored;
+    const Part& part = *stored.part;
+    source.rows.resize(part.planes.size() * 4);
+    for (std::int64_t y = window.minY; y <= window.maxY; ++y) {
+        std::fill(source.rows.begin(), source.rows.end(), nullptr);
+        for (const std::size_t index : stored.channelOrder) {
+            const Channel& channel = part.channels[index];
+            if (y % channel.ySampling != 0) continue;
+            source.rows[channel.plane * 4 + channel.component] = to;
+            to += samplesBetween(window.minX, window.maxX, channel.xSampling) * bytesPerSample(stored.types[index]);
+        }
+        for (std::size_t p = 0; p < part.planes.size(); ++p) {
+            std::uint8_t* const* const rows = source.rows.data() + p * 4;
+            if (rows[0] == nullptr) continue;
+            const Plane& plane = part.planes[p];
+            const std::size_t member = part.firstChannelOf(p);
+            const Channel& channel = part.channels[member];
+            const std::size_t row = samplesBetween(part.dataWindow.minY, y - 1, channel.ySampling);
+            const std::size_t column =
+                samplesBetween(part.dataWindow.minX, std::int64_t{window.minX} - 1, channel.xSampling);
+            const std::size_t pixels = samplesBetween(window.minX, window.maxX, channel.xSampling);
+            const PixelType type = stored.types[member];
+            const std::uint8_t* const from = asStored(
+                source, plane.type, type, plane.row(row) + column * plane.components * bytesPerSample(plane.type),
+                pixels * plane.components);
+            deinterleaveRow(from, plane.components, bytesPerSample(type), rows, pixels);
+        }
+    }
+}
+
+/// The same, split for ZIP's compressor.
+void packSplitLines(Source& source, const Window& window, std::uint8_t* to) {
+    ByteSplitter splitter(to, packedBytes(*source.stored, window));
+    Window line = window;
+    for (std::int64_t y = window.minY; y <= window.maxY; ++y) {
+        line.minY = line.maxY = static_cast<std::int32_t>(y);
+        source.line.resize(packedBytes(*source.stored, line));
+        packLines(source, line, source.line.data());
+        splitter.add(source.line.data(), source.line.size());
+    }
+}
+
+bool isZip(const StoredPart& stored) { return stored.compression == "zip" || stored.compression == "zips"; }
+
+exr_result_t pack(exr_encode_pipeline_t* pipeline) {
+    Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
+    const std::size_t bytes = packedBytes(*source.stored, source.block->window);
+    std::uint8_t* const to = static_cast<std::uint8_t*>(pipeline->packed_buffer);
+    if (to == nullptr || pipeline->packed_alloc_size < bytes) return EXR_ERR_INVALID_ARGUMENT;
+    pipeline->packed_bytes = bytes;
+    if (isZip(*source.stored))
+        packSplitLines(source, source.block->window, to);
+    else
+        packLines(source, source.block->window, to);
+    return EXR_ERR_SUCCESS;
+}
+
+/// A run of lines as they are stored, each with its leader. The library would do it line by line, at a cost of its own
+/// for each.
+void packPlain(Source& source) {
+    const StoredPart& stored = *source.stored;
+    Block& block = *source.block;
+    const std::size_t leader = leaderBytes(stored);
+    Window line = block.window;
+    std::size_t total = 0;
+    for (Block::Chunk& chunk : block.chunks) {
+        line.minY = line.maxY = stored.part->dataWindow.minY + static_cast<std::int32_t>(chunk.tableIndex);
+        chunk.begin = total;
+        total += leader + packedBytes(stored, line);
+    }
+    block.encoded.resize(total);
+    for (std::size_t i = 0; i < block.chunks.size(); ++i) {
+        const Block::Chunk& chunk = block.chunks[i];
+        const std::size_t end = i + 1 < block.chunks.size() ? block.chunks[i + 1].begin : total;
+        line.minY = line.maxY = stored.part->dataWindow.minY + static_cast<std::int32_t>(chunk.tableIndex);
+        packLines(
+            source, line,
+            writeLeader(block, line.minY, end - chunk.begin - leader, stored, block.encoded.data() + chunk.begin));
+    }
+}
+
+/// The part where all its channels lie in memory as they are stored; else `source.band` with the window's pixels.
+const Part& partAsStored(Source& source, const Window& window) {
+    const StoredPart& stored = *source.stored;
+    const Part& part = *stored.part;
+    const auto isAsStored = [&](const Channel& channel) {
+        return part.planes[channel.plane].type == stored.types[static_cast<std::size_t>(&channel - &part.channels[0])];
+    };
+    if (std::all_of(part.channels.begin(), part.channels.end(), isAsStored)) return part;
+    Part& band = source.band;
+    band.dataWindow = window;
+    band.tileWidth = part.tileWidth;
+    band.channels = part.channels;
+    band.planes.resize(part.planes.size());
+    for (std::size_t p = 0; p < part.planes.size(); ++p) {
+        const std::size_t member = part.firstChannelOf(p);
+        const Channel& channel = part.channels[member];
+        const Plane& from = part.planes[p];
+        Plane& to = band.planes[p];
+        to.type = stored.types[member];
+        to.components = from.components;
+        to.width = samplesBetween(window.minX, window.maxX, channel.xSampling);
+        to.height = samplesBetween(window.minY, window.maxY, channel.ySampling);
+        to.pixels.resize(to.rowBytes() * to.height);
+        const std::size_t row = samplesBetween(part.dataWindow.minY, std::int64_t{window.minY} - 1, channel.ySampling);
+        const std::size_t column =
+            samplesBetween(part.dataWindow.minX, std::int64_t{window.minX} - 1, channel.xSampling);
+        for (std::size_t y = 0; y < to.height; ++y) {
+            const std::uint8_t* const samples =
+                from.row(row + y) + column * from.components * bytesPerSample(from.type);
+            std::memcpy(to.row(y), asStored(source, from.type, to.type, samples, to.width * to.components),
+                        to.rowBytes());
+        }
+    }
+    return band;
+}
+
+/// A run of blocks that the C++ library compresses, each with its leader.
+void packImf(Source& source) {
+    const StoredPart& stored = *source.stored;
+    Block& block = *source.block;
+    compressWithImf(partAsStored(source, block.window), block.window, stored.compression, stored.dwaLevel,
+                    source.blocks);
+    const std::size_t leader = leaderBytes(stored);
+    if (source.blocks.blocks.size() != block.chunks.size()) throw std::runtime_error("OpenEXR wrote too few blocks");
+    std::size_t total = 0;
+    for (const CompressedBlocks::Block& compressed : source.blocks.blocks) total += leader + compressed.size;
+    block.encoded.resize(total);
+    const std::size_t first = std::min(block.chunks.front().tableIndex, block.chunks.back().tableIndex);
+    std::size_t begin = 0;
+    for (Block::Chunk& chunk : block.chunks) {
+        const std::size_t index = chunk.tableIndex - first;
+        const CompressedBlocks::Block& compressed = source.blocks.blocks[index];
+        const std::int32_t line = block.window.minY + static_cast<std::int32_t>(index) * stored.linesPerBlock;
+        chunk.begin = begin;
+        std::uint8_t* const to = writeLeader(block, line, compressed.size, stored, block.encoded.data() + begin);
+        std::memcpy(to, source.blocks.bytes.data() + compressed.begin, compressed.size);
+        begin += leader + compressed.size;
+    }
+}
+
+/// The libdeflate stream of the block's split bytes, or the block as it is, straight into its place.
+exr_result_t deflateZip(exr_encode_pipeline_t* pipeline) {
+    Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
+    Block& block = *source.block;
+    const std::size_t n = static_cast<std::size_t>(pipeline->packed_bytes);
+    const std::size_t leader = leaderBytes(*source.stored);
+    block.encoded.resize(leader + n);
+    const std::size_t compressed = source.compressor->compress(
+        static_cast<const std::uint8_t*>(pipeline->packed_buffer), n, block.encoded.data() + leader);
+    const std::size_t size = compressed != 0 ? compressed : n;
+    block.encoded.resize(leader + size);
+    std::uint8_t* const behind = writeLeader(block, block.window.minY, size, *source.stored, block.encoded.data());
+    if (compressed == 0) packLines(source, block.window, behind);
+    return EXR_ERR_SUCCESS;
+}
+
+/// Takes the compressed block instead of letting the library write it: blocks go into the file in one order, whichever
+/// thread is first.
+exr_result_t keep(exr_encode_pipeline_t* pipeline) {
+    Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
+    if (pipeline->compress_fn == deflateZip) return EXR_ERR_SUCCESS;
+    // A block that would not become smaller is stored as it is.
+    const bool compressed = pipeline->compressed_buffer != nullptr && pipeline->compressed_bytes != 0 &&
+                            pipeline->compressed_bytes < pipeline->packed_bytes;
+    const std::uint8_t* const from =
+        static_cast<const std::uint8_t*>(compressed ? pipeline->compressed_buffer : pipeline->packed_buffer);
+    const std::size_t n = compressed ? pipeline->compressed_bytes : static_cast<std::size_t>(pipeline->packed_bytes);
+    setChunk(source, from, n);
+    return EXR_ERR_SUCCESS;
+}
+
+/// Owns an encoding pipeline's buffers.
+class Pipeline {
+public:
+    explicit Pipeline(exr_context_t context) : m_context(context) {}
+    ~Pipeline() { reset(); }
+    Pipeline(const Pipeline&) = delete;
+    Pipeline& operator=(const Pipeline&) = delete;
+
+    exr_result_t encode(const exr_chunk_info_t& info, int part, Source& source) {
+        if (m_part != part) reset();
+        exr_result_t result;
+        const bool fresh = m_part < 0;
+        if (fresh) {
+            result = exr_encoding_initialize(m_context, part, &info, &m_pipeline);
+            m_part = part;
+        } else {
+            result = exr_encoding_update(m_context, part, &info, &m_pipeline);
+        }
+        if (result != EXR_ERR_SUCCESS) return result;
+        m_pipeline.encoding_user_data = &source;
+        // The library wants to see that every channel has pixels; pack takes them from the planes.
+        for (std::int16_t i = 0; i < m_pipeline.channel_count; ++i) {
+            exr_coding_channel_info_t& channel = m_pipeline.channels[i];
+            channel.encode_from_ptr = source.stored->part->planes.front().pixels.data();
+            channel.user_bytes_per_element = channel.bytes_per_element;
+            channel.user_data_type = channel.data_type;
+            channel.user_pixel_stride = channel.bytes_per_element * 2;
+            channel.user_line_stride = channel.user_pixel_stride;
+        }
+        if (fresh) result = exr_encoding_choose_default_routines(m_context, part, &m_pipeline);
+        if (result != EXR_ERR_SUCCESS) return result;
+        m_pipeline.convert_and_pack_fn = pack;
+        m_pipeline.yield_until_ready_fn = nullptr;
+        m_pipeline.write_fn = keep;
+        if (isZip(*source.stored)) m_pipeline.compress_fn = deflateZip;
+        return exr_encoding_run(m_context, part, &m_pipeline);
+    }
+
+private:
+    void reset() {
+        if (m_part >= 0) exr_encoding_destroy(m_context, &m_pipeline);
+        m_pipeline = exr_encode_pipeline_t{};
+        m_part = -1;
+    }
+
+    exr_context_t m_context;
+    exr_encode_pipeline_t m_pipeline{};
+    int m_part = -1;
+};
+
+exr_attr_box2i_t box(const Window& window) {
+    exr_attr_box2i_t value{};
+    value.min.x = window.minX;
+    value.min.y = window.minY;
+    value.max.x = window.maxX;
+    value.max.y = window.maxY;
+    return value;
+}
+
+float dwaLevel(const Part& part, const WriteOptions& options) {
+    if (options.level) return *options.level;
+    const Attribute* attribute = part.findAttribute("dwaCompressionLevel");
+    float level = defaultDwaLevel;
+    if (attribute != nullptr && attribute->type == "float" && attribute->value.size() == sizeof level)
+        std::memcpy(&level, attribute->value.data(), sizeof level);
+    return std::isfinite(level) && level >= 0.0f ? level : defaultDwaLevel;
+}
+
+/// Tells the library what it has to know to encode the part.
+void declarePart(const ExrContext& context, const std::string& path, const StoredPart& stored, std::size_t partCount) {
+    const Part& part = *stored.part;
+    int index = 0;
+    const auto check = [&](exr_result_t result) {
+        if (result != EXR_ERR_SUCCESS) throw ImageError(path, "cannot be written: " + context.errorText(result));
+    };
+    check(exr_add_part(context.get(), partCount > 1 ? part.name.c_str() : nullptr,
+                       part.tileWidth != 0 ? EXR_STORAGE_TILED : EXR_STORAGE_SCANLINE, &index));
+    const exr_attr_box2i_t displayWindow = box(part.displayWindow);
+    const exr_attr_box2i_t dataWindow = box(part.dataWindow);
+    exr_attr_v2f_t centre{};
+    const exr_compression_t compression = static_cast<exr_compression_t>(exrCompressionNumber(part.compression));
+    check(exr_initialize_required_attr(context.get(), index, &displayWindow, &dataWindow, part.pixelAspectRatio,
+                                       &centre, 1.0f, EXR_LINEORDER_INCREASING_Y, compression));
+    if (part.tileWidth != 0)
+        check(exr_set_tile_descriptor(context.get(), index, part.tileWidth, part.tileHeight, EXR_TILE_ONE_LEVEL,
+                                      EXR_TILE_ROUND_DOWN));
+    for (const std::size_t i : stored.channelOrder) {
+        const Channel& channel = part.channels[i];
+        check(exr_add_channel(context.get(), index, channel.name.c_str(),
+                              static_cast<exr_pixel_type_t>(exrPixelTypeNumber(stored.types[i])),
+                              channel.perceptuallyLinear ? EXR_PERCEPTUALLY_LINEAR : EXR_PERCEPTUALLY_LOGARITHMIC,
+                              channel.xSampling, channel.ySampling));
+    }
+}
+
+/// DWA is only in the C++ library; the C one makes B44's small blocks larger.
+bool isForImf(const std::string& compression) {
+    return compression.starts_with("dwa") || compression.starts_with("b44");
+}
+
+/// Lines that are encoded at once.
+std::int64_t linesPerRun(const StoredPart& stored, unsigned threads) {
+    const Part& part = *stored.part;
+    const Window& whole = part.dataWindow;
+    const std::int64_t lines = stored.linesPerBlock;
+    if (part.tileWidth != 0) return part.tileHeight;
+    const auto runOf = [&](std::size_t bytes, std::int64_t unit) {
+        const Window one{whole.minX, whole.minY, whole.maxX,
+                         static_cast<std::int32_t>(std::min(whole.minY + unit - 1, std::int64_t{whole.maxY}))};
+        return static_cast<std::int64_t>(bytes / std::max<std::size_t>(packedBytes(stored, one), 1)) + 1;
+    };
+    if (stored.plain) return runOf(plainRunBytes, 1);
+    if (!stored.imf) return lines;
+    // A picture of its own, as which the library takes a run, begins on a line that every channel has.
+    for (const Channel& channel : part.channels)
+        if (lines % channel.ySampling != 0) return whole.height();
+    const std::int64_t runsPerThread = 4;
+    const std::int64_t fair = whole.height() / (lines * runsPerThread * std::max(threads, 1u));
+    return lines * std::clamp<std::int64_t>(fair, 1, runOf(imfRunBytes, lines));
+}
+
+std::vector<Block> blocksOf(const StoredPart& stored, std::size_t index, unsigned threads) {
+    std::vector<Block> blocks;
+    const Part& part = *stored.part;
+    const Window& whole = part.dataWindow;
+    const std::int64_t width = part.tileWidth != 0 ? std::int64_t{part.tileWidth} : whole.width();
+    const std::int64_t height = linesPerRun(stored, threads);
+    std::size_t tableIndex = 0;
+    for (std::int64_t y = whole.minY; y <= whole.maxY; y += height) {
+        for (std::int64_t x = whole.minX; x <= whole.maxX; x += width) {
+            Block block;
+            block.part = index;
+            block.window = {static_cast<std::int32_t>(x), static_cast<std::int32_t>(y),
+                            static_cast<std::int32_t>(std::min<std::int64_t>(x + width - 1, whole.maxX)),
+                            static_cast<std::int32_t>(std::min<std::int64_t>(y + height - 1, whole.maxY))};
+            block.tileX = static_cast<std::int32_t>((x - whole.minX) / width);
+            block.tileY = static_cast<std::int32_t>((y - whole.minY) / height);
+            const std::int64_t linesPerChunk = part.tileWidth != 0 ? height : std::int64_t{stored.linesPerBlock};
+            const std::int64_t chunks = (block.window.height() + linesPerChunk - 1) / linesPerChunk;
+            for (std::int64_t i = 0; i < chunks; ++i) block.chunks.push_back({tableIndex++, 0});
+            if (part.lineOrder == LineOrder::DecreasingY) std::reverse(block.chunks.begin(), block.chunks.end());
+            blocks.push_back(std::move(block));
+        }
+    }
+    return blocks;
+}
+
+/// Checks what the header's composition does not, and applies the options.
+std::vector<Part> preparedParts(const std::string& path, const Frame& frame, const WriteOptions& options) {
+    if (frame.parts.empty()) throw ImageError(path, "cannot be written: the frame has no parts");
+    std::vector<Part> parts(frame.parts.size());
+    std::set<std::string> names;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const Part& from = frame.parts[i];
+        Part& part = parts[i];
+        if (frame.parts.size() > 1 && (from.name.empty() || !names.insert(from.name).second))
+            throw ImageError(path, "cannot be written: the parts need different names");
+        // Everything but the pixels, which stay where they are.
+        part.name = from.name;
+        part.dataWindow = from.dataWindow;
+        part.displayWindow = from.displayWindow;
+        part.pixelAspectRatio = from.pixelAspectRatio;
+        part.lineOrder = from.lineOrder;
+        part.tileWidth = from.tileWidth;
+        part.tileHeight = from.tileHeight;
+        part.channels = from.channels;
+        part.attributes = from.attributes;
+        part.compression = options.compression ? *options.compression : from.compression;
+        if (exrCompressionNumber(part.compression) < 0) {
+            if (options.compression)
+                throw ImageError(path,
+                                 "cannot be written: \"" + part.compression +
+                                     "\" is not a compression of OpenEXR; choose none, rle, zips, zip, piz, pxr24, "
+                                     "b44, b44a, dwaa or dwab");
+            // Another format's own compression.
+            part.compression = "zip";
+        }
+        if (part.tileWidth == 0 && part.lineOrder == LineOrder::RandomY) part.lineOrder = LineOrder::IncreasingY;
+        if (options.level && part.findAttribute("dwaCompressionLevel") != nullptr &&
+            part.compression.starts_with("dwa")) {
+            std::string value(sizeof(float), '\0');
+            std::memcpy(value.data(), &*options.level, sizeof(float));
+            part.setAttribute({"dwaCompressionLevel", "float", value});
+        }
+        if (part.dataWindow.width() < 1 || part.dataWindow.height() < 1 || part.channels.empty())
+            throw ImageError(path, "cannot be written: a part has no pixels");
+        // The library checks these too, but does not say which channel it means.
+        for (const Channel& channel : part.channels)
+            if (!exrSamplingFits(channel, part.dataWindow))
+                throw ImageError(path, "cannot be written: the sub-sampled channel " + channel.name +
+                                           " does not fit the data window");
+        if (!(part.pixelAspectRatio >= 1e-6f && part.pixelAspectRatio <= 1e6f)) part.pixelAspectRatio = 1.0f;
+    }
+    return parts;
+}
+
+} // namespace
+
+PixelType exrStoredType(const std::string& path, PixelType type, const WriteOptions& options) {
+    if (type == PixelType::UInt32) return type;
+    if (options.pixelType) {
+        if (exrPixelTypeNumber(*options.pixelType) < 0)
+            throw ImageError(path,
+                             "cannot be written: OpenEXR stores half, float or 32-bit integers; choose half or float");
+        return *options.pixelType;
+    }
+    if (type == PixelType::UInt8) return PixelType::Half;
+    return type == PixelType::UInt16 ? PixelType::Float : type;
+}
+
+void writeExr(const std::string& path, const Frame& frame, const WriteOptions& options) {
+    std::vector<Part> headers = preparedParts(path, frame, options);
+    std::vector<StoredPart> stored(headers.size());
+    std::vector<std::vector<PixelType>> types(headers.size());
+    const ExrContext context(path);
+    for (std::size_t i = 0; i < headers.size(); ++i) {
+        for (const Channel& channel : headers[i].channels)
+            types[i].push_back(exrStoredType(path, channel.type, options));
+        stored[i].part = &headers[i];
+        stored[i].types = types[i];
+        stored[i].channelOrder = exrChannelOrder(headers[i]);
+        stored[i].dwaLevel = dwaLevel(headers[i], options);
+        stored[i].plain = headers[i].compression == "none" && headers[i].tileWidth == 0;
+        stored[i].compression = headers[i].compression;
+        stored[i].imf = isForImf(headers[i].compression);
+        stored[i].multiPart = headers.size() > 1;
+        declarePart(context, path, stored[i], headers.size());
+    }
+    exr_result_t result = exr_write_header(context.get());
+    if (result != EXR_ERR_SUCCESS) throw ImageError(path, "cannot be written: " + context.errorText(result));
+
+    std::vector<Block> blocks;
+    std::vector<std::int32_t> chunkCounts;
+    for (std::size_t i = 0; i < headers.size(); ++i) {
+        if (headers[i].tileWidth == 0) {
+            result = exr_get_scanlines_per_chunk(context.get(), static_cast<int>(i), &stored[i].linesPerBlock);
+            if (result != EXR_ERR_SUCCESS) throw ImageError(path, "cannot be written: " + context.errorText(result));
+        }
+        std::vector<Block> own = blocksOf(stored[i], i, options.threads);
+        for (const Block& block : own) stored[i].chunkCount += block.chunks.size();
+        chunkCounts.push_back(static_cast<std::int32_t>(stored[i].chunkCount));
+        if (headers[i].lineOrder == LineOrder::DecreasingY) std::reverse(own.begin(), own.end());
+        std::move(own.begin(), own.end(), std::back_inserter(blocks));
+    }
+    const std::string header = composeExrHeader(path, headers, types, chunkCounts);
+    std::uint64_t offset = header.size();
+    for (StoredPart& part : stored) {
+        part.tableOffset = offset;
+        offset += part.chunkCount * 8;
+    }
+
+    // From here on the parts with the pixels count; their compression and types are settled above.
+    for (std::size_t i = 0; i < headers.size(); ++i) stored[i].part = &frame.parts[i];
+    OutputFile file(path, options.makesFile);
+    file.write(header.data(), header.size(), 0);
+    std::vector<std::uint64_t> table((offset - header.size()) / 8);
+    std::mutex libraryMutex;
+    std::mutex fileMutex;
+    std::size_t nextBlock = 0;
+    const int level =
+        options.level && (*options.level >= 1.0f && *options.level <= 12.0f) ? static_cast<int>(*options.level) : 1;
+    const auto notCompressed = [&path](const Block& block, const std::string& cause) {
+        return ImageError(path, "the block at line " + std::to_string(block.window.minY) +
+                                    " could not be compressed (" + cause + ")");
+    };
+    parallelFor(options.threads, blocks.size(), [&](WorkQueue& queue) {
+        Pipeline pipeline(context.get());
+        ZipBlockCompressor compressor(level);
+        Source source;
+        source.compressor = &compressor;
+        PixelBuffer spare; // memory of a block that is written already
+        for (std::size_t i = 0; queue.next(i);) {
+            Block& block = blocks[i];
+            source.stored = &stored[block.part];
+            source.block = &block;
+            block.encoded = std::move(spare);
+            const int part = static_cast<int>(block.part);
+            exr_chunk_info_t info{};
+            exr_result_t status = EXR_ERR_SUCCESS;
+            const bool isOwn = source.stored->plain || source.stored->imf;
+            if (source.stored->plain) {
+                packPlain(source);
+            } else if (source.stored->imf) {
+                try {
+                    packImf(source);
+                } catch (const std::exception& error) {
+                    throw notCompressed(block, error.what());
+                }
+            } else {
+                const std::lock_guard<std::mutex> lock(libraryMutex);
+                status = source.stored->part->tileWidth != 0
+                             ? exr_write_tile_chunk_info(context.get(), part, block.tileX, block.tileY, 0, 0, &info)
+                             : exr_write_scanline_chunk_info(context.get(), part, block.window.minY, &info);
+            }
+            if (status == EXR_ERR_SUCCESS && !isOwn) status = pipeline.encode(info, part, source);
+            if (status != EXR_ERR_SUCCESS) throw notCompressed(block, context.errorText(status));
+            // Whoever has made the next block writes it and all that wait for it; others continue meanwhile.
+            std::vector<std::pair<std::uint64_t, PixelBuffer>> writes;
+            {
+                const std::lock_guard<std::mutex> lock(fileMutex);
+                block.ready = true;
+                for (; nextBlock < blocks.size() && blocks[nextBlock].ready; ++nextBlock) {
+                    Block& done = blocks[nextBlock];
+                    const StoredPart& owner = stored[done.part];
+                    for (const Block::Chunk& chunk : done.chunks)
+                        table[(owner.tableOffset - header.size()) / 8 + chunk.tableIndex] = offset + chunk.begin;
+                    const std::size_t size = done.encoded.size();
+                    writes.emplace_back(offset, std::move(done.encoded));
+                    offset += size;
+                }
+            }
+            for (auto& [at, bytes] : writes) {
+                file.write(bytes.data(), bytes.size(), at);
+                spare = std::move(bytes);
+            }
+        }
+    });
+    file.write(table.data(), table.size() * 8, header.size());
+    file.close();
+}
+
+} // namespace Image

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace Image {
+
+/// An open regular file that may be read from several threads at once.
+class InputFile {
+public:
+    /// Throws ImageError if it is missing, unreadable, empty, or not a regular file.
+    explicit InputFile(const std::string& path);
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    const std::string& path() const { return m_path; }
+    std::uint64_t size() const { return m_size; }
+    /// Reads up to n bytes from `offset`; fewer at the end of the file. Throws ImageError if the system reports an
+    /// error.
+    std::size_t read(void* bytes, std::size_t n, std::uint64_t offset) const;
+
+private:
+    std::string m_path;
+    int m_descriptor = -1;
+    std::uint64_t m_size = 0;
+};
+
+} // namespace Image

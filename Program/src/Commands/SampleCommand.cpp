@@ -1,0 +1,55 @@
+#include "Commands/SampleCommand.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include "ImageError.h"
+#include "Report/Failure.h"
+#include "Report/Progress.h"
+#include "Sample/SampleFiles.h"
+#include "System/Interruption.h"
+
+namespace Program {
+
+using namespace Tools;
+
+std::string SampleCommand::example() const {
+    return "  lenscorrect sample clip\n"
+           "  lenscorrect render clip/plate.%04d.exr --distortion undistort --shading remove -o out/f.%04d.exr\n"
+           "clip/README.md describes the lens and how much the result may differ from clip/clean.%04d.exr.";
+}
+
+void SampleCommand::declareOptions(CLI::App& app) {
+    app.add_option("DIR", m_folder, "Folder to write to; created if missing")->required();
+    app.add_option("--frames", m_frameCount, "Number of frames")->capture_default_str();
+    app.add_option("--size", m_size, "Width and height in px")->capture_default_str();
+    app.add_option("--progress", m_progress, "auto: a bar on a terminal, lines elsewhere; json goes to standard output")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"auto", "bar", "lines", "json", "none"}));
+}
+
+ExitCode SampleCommand::run() {
+    const PixelSize size = parsePixelSize("--size", m_size);
+    const SampleClip clip(size, m_frameCount);
+    const SampleFiles files(clip, size, m_folder);
+    const Progress::Mode mode = Progress::parseMode(m_progress, isatty(STDERR_FILENO) != 0);
+    Progress progress(mode, static_cast<std::size_t>(clip.frameCount()), Progress::standardOutput(mode));
+    try {
+        files.writeCorrectionFile();
+        files.writeReadme();
+        for (std::int32_t index = 0; index < clip.frameCount() && !Interruption::requested(); ++index) {
+            files.writePlate(index);
+            files.writeClean(index);
+            progress.done(clip.frameNumber(index), files.platePath(index));
+        }
+    } catch (const Image::ImageError& error) {
+        throw Failure(ExitCode::Output, error.what());
+    }
+    progress.end();
+    return Interruption::requested() ? Interruption::exitCode() : ExitCode::Done;
+}
+
+} // namespace Program

@@ -1,0 +1,103 @@
+#include "Farm/FarmJob.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "Clip/FrameRange.h"
+#include "Farm/ShellText.h"
+#include "Report/Failure.h"
+#include "System/TextFile.h"
+
+namespace Tools {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// `wait` ends at a signal while a program in the foreground would be waited for first; so the program is a child in
+/// the background, and gets the signal handed on.
+constexpr const char* steps = R"SH(
+cores=${SLURM_CPUS_ON_NODE:-${CUE_THREADS:-}}
+if [ -n "$cores" ]; then export POCL_MAX_PTHREAD_COUNT="$cores"; fi
+cd "$work" || exit 4
+
+# keep NAME COMMAND...: its output is the report, its status is kept, SIGTERM reaches it
+keep() {
+    local name=$1 attempt=0 child='' status=0
+    shift
+    rm -f "$folder/report/$name.status"
+    while [ -e "$folder/report/$name.$attempt.jsonl" ]; do attempt=$((attempt + 1)); done
+    trap 'kill -TERM $child' TERM
+    "$@" >"$folder/report/$name.$attempt.jsonl" 2>>"$folder/log/$name.log" &
+    child=$!
+    while :; do
+        wait "$child"
+        status=$?
+        kill -0 "$child" 2>/dev/null || break
+    done
+    echo "$status" >"$folder/report/$name.status"
+    exit "$status"
+}
+
+# frames NAME LIST
+frames() {
+    local options=("--frames=$2" --skip-existing --keep-going --progress json)
+    if [ -n "$cores" ]; then options+=(--threads "$cores"); fi
+    keep "$1" "$lenscorrect" render "${render[@]}" "${options[@]}"
+}
+
+case $1 in
+    warm) keep warm "$lenscorrect" devices --json ;;
+    chunk)
+        chunk=${2:-$SLURM_ARRAY_TASK_ID}
+        frames "$chunk" "$(sed -n "$((chunk + 1))p" "$folder/chunks.txt")"
+        ;;
+    frames) frames "$2" "$2" ;;
+    summary) exec "$lenscorrect" summary "$folder" ;;
+esac
+)SH";
+
+} // namespace
+
+std::vector<std::string> FarmJob::chunks() const {
+    std::vector<std::string> lists;
+    for (std::size_t begin = 0; begin < frames.size(); begin += framesPerChunk) {
+        const auto first = frames.begin() + static_cast<std::ptrdiff_t>(begin);
+        const std::size_t count = std::min(framesPerChunk, frames.size() - begin);
+        lists.push_back(FrameRange::string({first, first + static_cast<std::ptrdiff_t>(count)}));
+    }
+    return lists;
+}
+
+void FarmJob::write() const {
+    std::error_code error;
+    fs::create_directories(fs::path(folder).parent_path(), error);
+    if (!fs::create_directory(folder, error) && !error) {
+        refuse(fmt::format("{}: the job folder already exists. Give another --folder.", folder));
+    }
+    for (const char* part : {"report", "log"}) {
+        if (!error) fs::create_directory(folder + "/" + part, error);
+    }
+    if (error) throw Failure(ExitCode::Output, fmt::format("{}: could not be created: {}.", folder, error.message()));
+    writeTextFile(folder + "/frames.txt", FrameRange::string(frames) + "\n");
+    writeTextFile(folder + "/work.txt", workingFolder + "\n");
+    writeTextFile(folder + "/chunks.txt", fmt::format("{}\n", fmt::join(chunks(), "\n")));
+    writeTextFile(scriptPath(), fmt::format("#!/bin/bash\n# Made by lenscorrect submit.\n"
+                                            "folder={}\nwork={}\nlenscorrect={}\nrender=({})\n{}",
+                                            shellQuoted(folder), shellQuoted(workingFolder), shellQuoted(program),
+                                            shellQuoted(renderArguments), steps));
+}
+
+std::string FarmJob::nameFrom(const std::string& text) {
+    std::string name;
+    for (const char character : text) {
+        const bool isPlain = (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+                             (character >= '0' && character <= '9');
+        if (isPlain || name.empty() || name.back() != '_') name += isPlain ? character : '_';
+    }
+    while (!name.empty() && name.back() == '_') name.pop_back();
+    return name.size() < 3 ? "lenscorrect_" + name : name;
+}
+
+} // namespace Tools

@@ -1,0 +1,41 @@
+#include "Lens/FrameGeometry.h"
+
+#include <cmath>
+
+namespace Tools {
+
+namespace {
+
+double halfDiagonal(const Image::Window& window) {
+    return std::hypot(static_cast<double>(window.width()), static_cast<double>(window.height())) / 2.0;
+}
+
+} // namespace
+
+RadialSampling FrameGeometry::sampling(Geometry geometry) const {
+    const RadialSampling rendered = RadialSampling::rendered(node);
+    return geometry == Geometry::Node ? rendered : rendered.at(idealMillimetresPerPixel);
+}
+
+Place FrameGeometry::source(const RadialSampling& sampling, Place place) const {
+    const Place c = centre();
+    const double factor = sampling.factor(std::hypot(place.x - c.x, place.y - c.y));
+    return {c.x + (place.x - c.x) * factor, c.y + (place.y - c.y) * factor};
+}
+
+Place FrameGeometry::centre() const {
+    return {(static_cast<double>(format.minX) + format.maxX) / 2.0,
+            (static_cast<double>(format.minY) + format.maxY) / 2.0};
+}
+
+double FrameGeometry::formatHalfDiagonal() const { return halfDiagonal(format); }
+
+double FrameGeometry::deviation() const { return nodeDeviation(node, idealMillimetresPerPixel); }
+
+bool FrameGeometry::isSameMap(const FrameGeometry& other) const {
+    return format == other.format && box == other.box && pixelAspectRatio == other.pixelAspectRatio &&
+           sampling(Geometry::Node) == other.sampling(Geometry::Node) &&
+           idealMillimetresPerPixel == other.idealMillimetresPerPixel;
+}
+
+} // namespace Tools

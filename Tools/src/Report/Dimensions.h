@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace Tools {
+
+/// Width and height in px.
+struct PixelSize {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    bool operator==(const PixelSize&) const = default;
+};
+
+/// Width and height in mm.
+struct MillimetreSize {
+    float width = 0.0f;
+    float height = 0.0f;
+    bool operator==(const MillimetreSize&) const = default;
+};
+
+/// Reads "1920x1080", each side 1 to 65536. Throws Failure (WrongUse) naming option and text.
+PixelSize parsePixelSize(const std::string& option, const std::string& text);
+
+/// Reads "23.76x13.37", each side more than 0 and at most 1000. Throws Failure (WrongUse) naming option and text.
+MillimetreSize parseMillimetreSize(const std::string& option, const std::string& text);
+
+} // namespace Tools
