@@ -9,7 +9,7 @@
 #include <new>
 #include <string_view>
 
-#include "Commands/Command.h"
+#include "Commands.h"
 #include "Exception/Exception.h"
 #include "Help/Declarations.h"
 #include "Report/Failure.h"
@@ -19,6 +19,7 @@
 namespace Program {
 
 using namespace Tools;
+
 namespace {
 
 const CLI::App& chosenCommand(const CLI::App& app) {

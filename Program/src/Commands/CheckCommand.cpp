@@ -1,10 +1,12 @@
-#include "Commands/CheckCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
 #include "Check/FileCheck.h"
 #include "Report/Json.h"
@@ -13,6 +15,7 @@
 namespace Program {
 
 using namespace Tools;
+
 namespace {
 
 using nlohmann::ordered_json;
@@ -55,6 +58,22 @@ CheckSummary checkAsJson(const std::string& path) {
     return summary;
 }
 
+/// `check`: everything that is wrong in correction files, in one go.
+class CheckCommand : public Command {
+public:
+    std::string name() const override { return "check"; }
+    std::string summary() const override { return "List every defect in correction files, with line numbers"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+
+    /// WrongUse if a file has a defect; warnings alone are no failure.
+    ExitCode run() override;
+
+private:
+    std::vector<std::string> m_paths;
+    bool m_asJson = false;
+};
+
 } // namespace
 
 std::string CheckCommand::example() const {
@@ -78,5 +97,7 @@ ExitCode CheckCommand::run() {
     if (m_asJson) fmt::print("\n]}}\n");
     return hasDefect ? ExitCode::WrongUse : ExitCode::Done;
 }
+
+std::unique_ptr<Command> makeCheckCommand() { return std::make_unique<CheckCommand>(); }
 
 } // namespace Program

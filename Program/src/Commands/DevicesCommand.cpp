@@ -1,4 +1,4 @@
-#include "Commands/DevicesCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
 
@@ -17,6 +17,7 @@
 namespace Program {
 
 using namespace Tools;
+
 namespace {
 
 using Renderer::OpenCLDeviceInfo;
@@ -60,6 +61,20 @@ std::vector<OpenCLDeviceInfo> findDevices(std::string& problem) {
         return {};
     }
 }
+
+/// `devices`: the OpenCL devices, which one renders and why, and whether it does.
+class DevicesCommand : public Command {
+public:
+    std::string name() const override { return "devices"; }
+    std::string summary() const override { return "List the OpenCL devices and test the one that will render"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+    ExitCode run() override;
+
+private:
+    bool m_asJson = false;
+    bool m_isProbe = false; ///< this process is the test
+};
 
 } // namespace
 
@@ -138,5 +153,7 @@ ExitCode DevicesCommand::run() {
     if (devices.empty() && !cache.notice().empty()) problem += "\n" + cache.notice();
     throw Failure(ExitCode::Environment, devices.empty() ? fmt::format("{}\n{}", problem, whatToInstall) : problem);
 }
+
+std::unique_ptr<Command> makeDevicesCommand() { return std::make_unique<DevicesCommand>(); }
 
 } // namespace Program

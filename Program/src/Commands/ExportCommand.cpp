@@ -1,9 +1,10 @@
-#include "Commands/ExportCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <string>
 
 #include "Export/OpenTrackIoExport.h"
 #include "Report/Json.h"
@@ -12,6 +13,27 @@
 namespace Program {
 
 using namespace Tools;
+
+namespace {
+
+/// `export`: a correction file's lens data for other programs.
+class ExportCommand : public Command {
+public:
+    std::string name() const override { return "export"; }
+    std::string summary() const override { return "Write a correction file's lens data for other programs"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+
+    /// SomeFramesFailed if the curves of a frame cannot be fitted; the others are written.
+    ExitCode run() override;
+
+private:
+    std::string m_path;
+    std::string m_outputPath;
+    bool m_asOpenTrackIo = false;
+};
+
+} // namespace
 
 std::string ExportCommand::example() const {
     return "  lenscorrect export --opentrackio A001C002.olcf -o A001C002.json";
@@ -41,5 +63,7 @@ ExitCode ExportCommand::run() {
                m_path, exported.failedCount);
     return ExitCode::SomeFramesFailed;
 }
+
+std::unique_ptr<Command> makeExportCommand() { return std::make_unique<ExportCommand>(); }
 
 } // namespace Program

@@ -1,4 +1,4 @@
-#include "Commands/FindCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
 
@@ -21,6 +21,7 @@
 namespace Program {
 
 using namespace Tools;
+
 namespace {
 
 void printJson(const nlohmann::ordered_json& json) { fmt::print("{}\n", jsonText(json)); }
@@ -41,6 +42,21 @@ void findClip(const std::string& clip, std::string& path, std::string& note) {
         return;
     }
 }
+
+/// `find`: the correction file of a clip, or the folders that were searched for it.
+class FindCommand : public Command {
+public:
+    std::string name() const override { return "find"; }
+    std::string summary() const override { return "Print the path of a clip's correction file"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+    ExitCode run() override;
+
+private:
+    std::string m_clip;
+    bool m_showsAll = false;
+    bool m_asJson = false;
+};
 
 } // namespace
 
@@ -96,5 +112,7 @@ ExitCode FindCommand::run() {
     }
     return ExitCode::Done;
 }
+
+std::unique_ptr<Command> makeFindCommand() { return std::make_unique<FindCommand>(); }
 
 } // namespace Program

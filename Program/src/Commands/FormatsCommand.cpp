@@ -1,4 +1,4 @@
-#include "Commands/FormatsCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
 
@@ -18,6 +18,7 @@
 namespace Program {
 
 using namespace Tools;
+
 namespace {
 
 using Database = RecordingFormatDatabase::RecordingFormatDatabase;
@@ -88,6 +89,21 @@ std::string joined(const std::vector<std::string>& names) {
     return text;
 }
 
+/// `formats`: the built-in recording format table.
+class FormatsCommand : public Command {
+public:
+    std::string name() const override { return "formats"; }
+    std::string summary() const override { return "List the built-in camera recording formats"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+    ExitCode run() override;
+
+private:
+    std::string m_maker; ///< empty: all makers
+    std::string m_model; ///< empty: all models of the maker
+    bool m_asJson = false;
+};
+
 } // namespace
 
 std::string FormatsCommand::example() const {
@@ -145,5 +161,7 @@ ExitCode FormatsCommand::run() {
                            joined(modelsOf(database, m_maker))));
     }
 }
+
+std::unique_ptr<Command> makeFormatsCommand() { return std::make_unique<FormatsCommand>(); }
 
 } // namespace Program

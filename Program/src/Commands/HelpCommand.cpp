@@ -1,4 +1,4 @@
-#include "Commands/HelpCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
 
@@ -13,6 +13,30 @@
 namespace Program {
 
 using namespace Tools;
+
+namespace {
+
+/// `lenscorrect help [COMMAND]`: the help texts. Options for packaging print them as a manual page, or as a shell's
+/// completion script; all of it comes from the commands' own declarations.
+class HelpCommand : public Command {
+public:
+    std::string name() const override { return "help"; }
+    std::string summary() const override { return "Explain a command and its options"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+    ExitCode run() override;
+
+private:
+    /// Throws Failure (WrongUse) for an unknown command.
+    std::string helpText() const;
+
+    CLI::App* m_program = nullptr;
+    std::string m_command;
+    bool m_asManPage = false;
+    bool m_asCompletion = false;
+};
+
+} // namespace
 
 std::string HelpCommand::example() const {
     return "  lenscorrect help plot\n"
@@ -47,5 +71,7 @@ std::string HelpCommand::helpText() const {
     const std::string text = noCommandText(*m_program, m_command);
     refuse(fmt::format("{}{} Run \"lenscorrect help\" for the list.", text, text.back() == '?' ? "" : "."));
 }
+
+std::unique_ptr<Command> makeHelpCommand() { return std::make_unique<HelpCommand>(); }
 
 } // namespace Program

@@ -1,4 +1,4 @@
-#include "Commands/InfoCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
 
@@ -8,9 +8,11 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
 
 #include "Info/ClipInfo.h"
 #include "Info/FileInfo.h"
+#include "Options.h"
 #include "Report/Dimensions.h"
 #include "Report/Failure.h"
 #include "Report/Json.h"
@@ -19,6 +21,7 @@
 namespace Program {
 
 using namespace Tools;
+
 namespace {
 
 using RecordingFormatDatabase::RecordingFormat;
@@ -40,6 +43,26 @@ InfoReport reportOn(const InfoOptions& options) {
     if (ofClips) refuse(fmt::format("{} applies to a clip, not to a correction file.", ofClips));
     return fileInfo(options.path, manualFormat(options), options.frames);
 }
+
+/// `info`: what a correction file holds or what belongs to a clip, and how the frames are corrected.
+class InfoCommand : public Command {
+public:
+    std::string name() const override { return "info"; }
+    std::string summary() const override { return "Show how each frame will be corrected, or why it cannot be"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+
+    /// SomeFramesFailed if a frame cannot be corrected.
+    ExitCode run() override;
+
+private:
+    std::string m_path;  ///< a correction file or a clip
+    std::string m_range; ///< empty: all frames
+    LensDataOptionsReader m_lensData;
+    DecodingOptionsReader m_decoding;
+    bool m_withFrames = false;
+    bool m_asJson = false;
+};
 
 } // namespace
 
@@ -73,5 +96,7 @@ ExitCode InfoCommand::run() {
     }
     return report.failedCount() == 0 ? ExitCode::Done : ExitCode::SomeFramesFailed;
 }
+
+std::unique_ptr<Command> makeInfoCommand() { return std::make_unique<InfoCommand>(); }
 
 } // namespace Program

@@ -1,9 +1,10 @@
-#include "Commands/PlotCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
+#include <string>
 
 #include "Plot/LensReport.h"
 #include "Report/Failure.h"
@@ -12,6 +13,24 @@
 namespace Program {
 
 using namespace Tools;
+
+namespace {
+
+/// `plot`: pictures of a correction file's curves.
+class PlotCommand : public Command {
+public:
+    std::string name() const override { return "plot"; }
+    std::string summary() const override { return "Plot a correction file's curves as HTML or SVG"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+    ExitCode run() override;
+
+private:
+    std::string m_path;
+    std::string m_outputPath; ///< its extension chooses the format
+};
+
+} // namespace
 
 std::string PlotCommand::example() const {
     return "  lenscorrect plot A001C002.olcf -o report.html\n"
@@ -33,5 +52,7 @@ ExitCode PlotCommand::run() {
     writeTextFile(m_outputPath, extension == ".html" ? report.html() : report.svg());
     return ExitCode::Done;
 }
+
+std::unique_ptr<Command> makePlotCommand() { return std::make_unique<PlotCommand>(); }
 
 } // namespace Program

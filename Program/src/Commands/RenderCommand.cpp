@@ -1,11 +1,29 @@
-#include "Commands/RenderCommand.h"
+#include "Commands.h"
 
+#include "Options.h"
 #include "Render/RenderJob.h"
 #include "System/RenderingDevice.h"
 
 namespace Program {
 
 using namespace Tools;
+
+namespace {
+
+/// `lenscorrect render`: corrects the frames of a clip.
+class RenderCommand : public Command {
+public:
+    std::string name() const override { return "render"; }
+    std::string summary() const override { return "Correct the frames of a clip"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+    ExitCode run() override;
+
+private:
+    RenderOptionsReader m_options;
+};
+
+} // namespace
 
 std::string RenderCommand::example() const {
     return "  lenscorrect render plate.%04d.exr --distortion undistort --shading remove -o out/plate.%04d.exr\n"
@@ -22,5 +40,7 @@ ExitCode RenderCommand::run() {
     device.check();
     return job.run();
 }
+
+std::unique_ptr<Command> makeRenderCommand() { return std::make_unique<RenderCommand>(); }
 
 } // namespace Program

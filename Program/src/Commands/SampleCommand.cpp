@@ -1,9 +1,10 @@
-#include "Commands/SampleCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
+#include <unistd.h>
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <cstdio>
 
 #include "ImageError.h"
@@ -15,6 +16,28 @@
 namespace Program {
 
 using namespace Tools;
+
+namespace {
+
+/// `sample`: a clip to try the program on, whose correction is known exactly.
+class SampleCommand : public Command {
+public:
+    std::string name() const override { return "sample"; }
+    std::string summary() const override {
+        return "Write a sample clip with its correction file and a clean reference";
+    }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+    ExitCode run() override;
+
+private:
+    std::string m_folder;
+    std::int32_t m_frameCount = 24;
+    std::string m_size = "1920x1080";
+    std::string m_progress = "auto";
+};
+
+} // namespace
 
 std::string SampleCommand::example() const {
     return "  lenscorrect sample clip\n"
@@ -51,5 +74,7 @@ ExitCode SampleCommand::run() {
     progress.end();
     return Interruption::requested() ? Interruption::exitCode() : ExitCode::Done;
 }
+
+std::unique_ptr<Command> makeSampleCommand() { return std::make_unique<SampleCommand>(); }
 
 } // namespace Program

@@ -1,15 +1,50 @@
-#include "Commands/StMapCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
+#include <optional>
+#include <string>
 
+#include "Map/MapJob.h"
+#include "Options.h"
 #include "Report/Failure.h"
 #include "System/RenderingDevice.h"
 
 namespace Program {
 
 using namespace Tools;
+
+namespace {
+
+/// `stmap`: displacement maps that other programs warp with.
+class StMapCommand : public Command {
+public:
+    std::string name() const override { return "stmap"; }
+    std::string summary() const override { return "Write displacement maps (STMaps) for other programs"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+
+    /// SomeFramesFailed if a frame has no map.
+    ExitCode run() override;
+
+private:
+    MapOptions options() const;
+
+    LensOptionsReader m_lens;
+    std::string m_output;
+    std::string m_direction;
+    std::string m_geometry = "node";
+    std::string m_origin = "bottom";
+    std::string m_centre = "half";
+    std::string m_channels = "single";
+    std::string m_progress = "auto";
+    std::optional<std::int32_t> m_frame;
+    bool m_overwrite = false;
+};
+
+} // namespace
 
 std::string StMapCommand::example() const {
     return "  lenscorrect stmap plate.%04d.exr --direction undistort -o maps/undistort.%04d.exr\n"
@@ -77,5 +112,7 @@ ExitCode StMapCommand::run() {
     device.check();
     return job.run();
 }
+
+std::unique_ptr<Command> makeStMapCommand() { return std::make_unique<StMapCommand>(); }
 
 } // namespace Program

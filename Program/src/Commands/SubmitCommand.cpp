@@ -1,18 +1,23 @@
-#include "Commands/SubmitCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <string>
+#include <vector>
 
 #include "Clip/FrameFiles.h"
+#include "Farm/FarmJob.h"
 #include "Farm/OpenCueJob.h"
 #include "Farm/SlurmSubmission.h"
 #include "Help/Declarations.h"
+#include "Options.h"
 #include "Render/FrameJob.h"
 #include "Report/Failure.h"
 #include "System/TextFile.h"
@@ -20,6 +25,7 @@
 namespace Program {
 
 using namespace Tools;
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -77,6 +83,34 @@ void checkOutputs(RenderOptions options, const std::vector<std::int32_t>& frames
     options.skipExisting = true;
     frameJobs(options, inputs);
 }
+
+/// `submit`: hands what `render` would do to a render farm. Takes the options of `render` and some of its own.
+class SubmitCommand : public Command {
+public:
+    std::string name() const override { return "submit"; }
+    std::string summary() const override { return "Render a clip on a farm"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+    ExitCode run() override;
+
+private:
+    FarmJob makeJob() const;
+    std::string newFolder() const;
+
+    RenderOptionsReader m_render;
+    CLI::App* m_app = nullptr;
+    std::string m_engine = "slurm";
+    std::string m_name;
+    std::string m_folder;
+    std::string m_program;
+    std::string m_show;
+    std::string m_shot;
+    std::vector<std::string> m_engineOptions;
+    unsigned int m_framesPerChunk = 10;
+    unsigned int m_cores = 0;
+    unsigned int m_tasksAtOnce = 0;
+    bool m_wait = false;
+};
 
 } // namespace
 
@@ -154,5 +188,7 @@ std::string SubmitCommand::newFolder() const {
         if (!fs::exists(folder)) return folder;
     }
 }
+
+std::unique_ptr<Command> makeSubmitCommand() { return std::make_unique<SubmitCommand>(); }
 
 } // namespace Program

@@ -1,11 +1,14 @@
-#include "Commands/VerifyCommand.h"
+#include "Commands.h"
 
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
 
+#include "Options.h"
 #include "Report/Failure.h"
 #include "Report/Json.h"
 #include "Report/PrintableText.h"
@@ -16,6 +19,29 @@
 namespace Program {
 
 using namespace Tools;
+
+namespace {
+
+/// `verify`: how exactly undistorting and distorting again restores a frame.
+class VerifyCommand : public Command {
+public:
+    std::string name() const override { return "verify"; }
+    std::string summary() const override { return "Measure how accurately a correction can be undone"; }
+    std::string example() const override;
+    void declareOptions(CLI::App& app) override;
+
+    /// SomeFramesFailed if a frame cannot be verified or misses by more than the tolerance.
+    ExitCode run() override;
+
+private:
+    LensOptionsReader m_lens;
+    std::optional<double> m_tolerance;
+    bool m_isRendered = false;
+    bool m_withFrames = false;
+    bool m_asJson = false;
+};
+
+} // namespace
 
 std::string VerifyCommand::example() const {
     return "  lenscorrect verify plate.%04d.exr --tolerance 0.1\n"
@@ -62,5 +88,7 @@ ExitCode VerifyCommand::run() {
     }
     return report.failures.empty() && report.exceededCount() == 0 ? ExitCode::Done : ExitCode::SomeFramesFailed;
 }
+
+std::unique_ptr<Command> makeVerifyCommand() { return std::make_unique<VerifyCommand>(); }
 
 } // namespace Program

@@ -5,10 +5,6 @@
 
 #include "Report/Dimensions.h"
 
-namespace CLI {
-class App;
-}
-
 namespace Image {
 struct Frame;
 }
@@ -25,21 +21,6 @@ struct LensDataOptions {
 
     /// Why the picture does not fit the lens's model, which is radial in square pixels; empty: it does.
     std::string pixelAspectObjection(const Image::Frame& frame) const;
-};
-
-/// Reads LensDataOptions from a command line.
-class LensDataOptionsReader {
-public:
-    /// Declares the options; the reader outlives the parse.
-    void declareOptions(CLI::App& app);
-
-    /// The options of the last parse. Throws Failure (WrongUse) for what cannot be combined, is not understood, or is
-    /// beyond the nodes' controls.
-    LensDataOptions read() const;
-
-private:
-    std::string m_correctionFile, m_imageArea, m_clipResolution, m_pixelAspect; ///< as written; empty: not given
-    std::optional<float> m_overscan;
 };
 
 } // namespace Tools

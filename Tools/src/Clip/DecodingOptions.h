@@ -8,10 +8,6 @@
 #include "FrameWriter.h"
 #include "Sandbox/SandboxLimits.h"
 
-namespace CLI {
-class App;
-}
-
 namespace Tools {
 
 /// How the files of a clip are opened and written: what they may claim to be, and whether those and the libraries that
@@ -34,20 +30,6 @@ struct DecodingOptions {
 
 private:
     Image::SandboxLimits grantedLimits() const;
-};
-
-/// Reads DecodingOptions from a command line.
-class DecodingOptionsReader {
-public:
-    /// Declares the options; the reader outlives the parse.
-    void declareOptions(CLI::App& app);
-
-    /// The options of the last parse. Throws Failure (WrongUse).
-    DecodingOptions read() const;
-
-private:
-    std::string m_maxImage, m_sandbox = "auto", m_memory; ///< as written
-    std::optional<unsigned int> m_seconds;
 };
 
 } // namespace Tools

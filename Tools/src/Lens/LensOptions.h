@@ -1,17 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 
 #include "Chain/LensDataOptions.h"
 #include "Clip/DecodingOptions.h"
 #include "Clip/FrameRange.h"
-
-namespace CLI {
-class App;
-}
 
 namespace Tools {
 
@@ -22,25 +17,6 @@ struct LensOptions : LensDataOptions {
     std::optional<std::string> plate;
     std::optional<FrameRange> frames;
     DecodingOptions decoding; ///< of the clip and the plate
-};
-
-/// Reads LensOptions from a command line.
-class LensOptionsReader {
-public:
-    LensOptionsReader();
-    ~LensOptionsReader();
-    LensOptionsReader(const LensOptionsReader&) = delete;
-    LensOptionsReader& operator=(const LensOptionsReader&) = delete;
-
-    /// Declares the options; the reader outlives the parse.
-    void declareOptions(CLI::App& app);
-
-    /// The options of the last parse. Throws Failure (WrongUse) for what cannot be combined or is not understood.
-    LensOptions read() const;
-
-private:
-    struct Texts;
-    std::unique_ptr<Texts> m_texts; ///< the options as written
 };
 
 } // namespace Tools

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -9,10 +8,6 @@
 #include "Clip/DecodingOptions.h"
 #include "Clip/FilePattern.h"
 #include "Clip/FrameRange.h"
-
-namespace CLI {
-class App;
-}
 
 namespace Tools {
 
@@ -53,25 +48,6 @@ struct RenderOptions : ChainSettings {
 
     /// Whether the output's format tells where its pixels lie; others hold the whole picture, always of one size.
     bool isOutputWithDataWindow() const;
-};
-
-/// Reads RenderOptions from a command line.
-class RenderOptionsReader {
-public:
-    RenderOptionsReader();
-    ~RenderOptionsReader();
-    RenderOptionsReader(const RenderOptionsReader&) = delete;
-    RenderOptionsReader& operator=(const RenderOptionsReader&) = delete;
-
-    /// Declares the options; the reader outlives the parse.
-    void declareOptions(CLI::App& app);
-
-    /// The options of the last parse. Throws Failure (WrongUse) for what cannot be combined or is not understood.
-    RenderOptions read() const;
-
-private:
-    struct Texts;
-    std::unique_ptr<Texts> m_texts; ///< the options as written
 };
 
 } // namespace Tools

@@ -1,13 +1,12 @@
-#include "Clip/DecodingOptions.h"
-
 #include <gtest/gtest.h>
 
 #include <CLI/CLI.hpp>
 
+#include "Options.h"
 #include "Support/FailureText.h"
 
+using Program::DecodingOptionsReader;
 using Tools::DecodingOptions;
-using Tools::DecodingOptionsReader;
 
 namespace {
 

@@ -1,13 +1,12 @@
-#include "Render/RenderOptions.h"
-
 #include <gtest/gtest.h>
 
 #include <CLI/CLI.hpp>
 
+#include "Options.h"
 #include "Support/FailureText.h"
 
+using Program::RenderOptionsReader;
 using Tools::RenderOptions;
-using Tools::RenderOptionsReader;
 
 namespace {
 
