@@ -17,46 +17,9 @@ namespace fs = std::filesystem;
 
 /// `wait` ends at a signal while a program in the foreground would be waited for first; so the program is a child in
 /// the background, and gets the signal handed on.
-constexpr const char* steps = R"SH(
-cores=${SLURM_CPUS_ON_NODE:-${CUE_THREADS:-}}
-if [ -n "$cores" ]; then export POCL_MAX_PTHREAD_COUNT="$cores"; fi
-cd "$work" || exit 4
-
-# keep NAME COMMAND...: its output is the report, its status is kept, SIGTERM reaches it
-keep() {
-    local name=$1 attempt=0 child='' status=0
-    shift
-    rm -f "$folder/report/$name.status"
-    while [ -e "$folder/report/$name.$attempt.jsonl" ]; do attempt=$((attempt + 1)); done
-    trap 'kill -TERM $child' TERM
-    "$@" >"$folder/report/$name.$attempt.jsonl" 2>>"$folder/log/$name.log" &
-    child=$!
-    while :; do
-        wait "$child"
-        status=$?
-        kill -0 "$child" 2>/dev/null || break
-    done
-    echo "$status" >"$folder/report/$name.status"
-    exit "$status"
-}
-
-# frames NAME LIST
-frames() {
-    local options=("--frames=$2" --skip-existing --keep-going --progress json)
-    if [ -n "$cores" ]; then options+=(--threads "$cores"); fi
-    keep "$1" "$lenscorrect" render "${render[@]}" "${options[@]}"
-}
-
-case $1 in
-    warm) keep warm "$lenscorrect" devices --json ;;
-    chunk)
-        chunk=${2:-$SLURM_ARRAY_TASK_ID}
-        frames "$chunk" "$(sed -n "$((chunk + 1))p" "$folder/chunks.txt")"
-        ;;
-    frames) frames "$2" "$2" ;;
-    summary) exec "$lenscorrect" summary "$folder" ;;
-esac
-)SH";
+constexpr const char* steps =
+#include "Farm/steps.sh.inc"
+    ;
 
 } // namespace
 
@@ -84,7 +47,7 @@ void FarmJob::write() const {
     writeTextFile(folder + "/work.txt", workingFolder + "\n");
     writeTextFile(folder + "/chunks.txt", fmt::format("{}\n", fmt::join(chunks(), "\n")));
     writeTextFile(scriptPath(), fmt::format("#!/bin/bash\n# Made by lenscorrect submit.\n"
-                                            "folder={}\nwork={}\nlenscorrect={}\nrender=({})\n{}",
+                                            "folder={}\nwork={}\nlenscorrect={}\nrender=({})\n\n{}",
                                             shellQuoted(folder), shellQuoted(workingFolder), shellQuoted(program),
                                             shellQuoted(renderArguments), steps));
 }

@@ -14,6 +14,15 @@ namespace Tools {
 
 namespace {
 
+constexpr const char* pageText =
+#include "Plot/LensReport.html.inc"
+    ;
+
+/// What the page needs beside the figures' own style.
+constexpr const char* pageStyle =
+#include "Plot/LensReport.css.inc"
+    ;
+
 class ReportText {
 public:
     explicit ReportText(const CorrectionFileData& file)
@@ -24,70 +33,8 @@ public:
         for (const LineChart& chart : m_charts) figures += "<figure>\n" + chart.svg() + "</figure>\n";
         const GridFigure grid = this->grid();
         figures += "<figure>\n" + grid.recorded("") + "</figure>\n<figure>\n" + grid.corrected("") + "</figure>\n";
-        return fmt::format(R"(<!DOCTYPE html>
-<html lang="en">
-<head>
-<meta charset="utf-8">
-<meta name="viewport" content="width=device-width,initial-scale=1">
-<meta name="color-scheme" content="light dark">
-<title>{title}</title>
-<style>
-{style}*{{box-sizing:border-box}}
-body{{margin:0;padding:20px 16px 40px;background:var(--paper);color:var(--ink);font:15px/1.5 system-ui,"DejaVu Sans",sans-serif}}
-main{{max-width:1360px;margin:auto}}
-h1{{font-size:1.5rem;line-height:1.25;margin:0 0 2px;overflow-wrap:anywhere}}
-h2{{font-size:1.1rem;margin:28px 0 8px}}
-p{{margin:0 0 14px;max-width:72ch}}
-.lead{{color:var(--soft);overflow-wrap:anywhere}}
-.facts{{display:grid;grid-template-columns:repeat(auto-fill,minmax(min(100%,max(140px,22%)),1fr));gap:10px 24px;margin:16px 0 22px}}
-.facts div{{border-top:1px solid var(--edge);padding-top:6px}}
-.facts dt{{color:var(--soft);font-size:.8rem}}
-.facts dd{{margin:0;overflow-wrap:anywhere}}
-.figures{{display:grid;grid-template-columns:repeat(auto-fill,minmax(min(100%,340px),1fr));gap:16px}}
-figure{{margin:0;padding:8px;background:var(--card);border:1px solid var(--edge);border-radius:8px;break-inside:avoid}}
-figure svg{{display:block;width:100%;height:auto}}
-.scroll{{overflow-x:auto}}
-table{{border-collapse:collapse;font-variant-numeric:tabular-nums;font-size:.88rem}}
-th,td{{text-align:right;padding:4px 10px;border-bottom:1px solid var(--edge);white-space:nowrap}}
-th:first-child,td:first-child{{text-align:left;padding-left:0}}
-thead th{{color:var(--soft);font-weight:600}}
-summary h2{{display:inline-block}}
-.note{{border-left:3px solid var(--s1);padding-left:10px}}
-</style>
-</head>
-<body>
-<main>
-<h1>{heading}</h1>
-<p class="lead">{lead}</p>
-{notes}<dl class="facts">
-{facts}</dl>
-<section class="figures">
-{figures}</section>
-<h2>Residuals</h2>
-<p>The curves pass through the measured points, up to the rounding of single precision. Distorting is not the exact inverse of
-correcting: each direction has a curve of its own, and between the points they miss each other by the round trip.</p>
-<div class="scroll">
-<table>
-<thead><tr><th>Frame</th><th>Illumination [%]</th><th>To corrected [{unit}]</th><th>To recorded [{unit}]</th><th>Round trip [{unit}]</th></tr></thead>
-<tbody>
-{residuals}</tbody>
-</table>
-</div>
-<details>
-<summary><h2>Measured values</h2></summary>
-<div class="scroll">
-<table>
-<thead><tr><th>Frame</th><th>Height [mm]</th><th>Illumination [%]</th><th>Distortion [‰]</th></tr></thead>
-<tbody>
-{values}</tbody>
-</table>
-</div>
-</details>
-</main>
-</body>
-</html>
-)",
-                           fmt::arg("title", title()), fmt::arg("style", figureStyle), fmt::arg("heading", lens()),
+        return fmt::format(pageText, fmt::arg("title", title()),
+                           fmt::arg("style", std::string(figureStyle) + pageStyle), fmt::arg("heading", lens()),
                            fmt::arg("lead", lead()), fmt::arg("notes", notes()), fmt::arg("facts", facts()),
                            fmt::arg("figures", figures), fmt::arg("unit", m_clip.lengthUnit()),
                            fmt::arg("residuals", residualRows()), fmt::arg("values", valueRows()));
