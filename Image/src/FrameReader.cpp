@@ -3,9 +3,8 @@
 #include <array>
 
 #include "Exr/ExrReader.h"
-#include "FileExtension.h"
+#include "Files.h"
 #include "ImageModule.h"
-#include "InputFile.h"
 
 namespace Image {
 

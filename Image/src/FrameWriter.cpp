@@ -1,10 +1,9 @@
 #include "FrameWriter.h"
 
 #include "Exr/ExrWriter.h"
-#include "FileExtension.h"
+#include "Files.h"
 #include "FrameReader.h"
 #include "ImageModule.h"
-#include "OutputFile.h"
 #include "StillFormat.h"
 
 namespace Image {

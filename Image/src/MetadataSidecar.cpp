@@ -5,9 +5,9 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
+#include "Files.h"
 #include "FrameReader.h"
 #include "ImageError.h"
-#include "InputFile.h"
 
 namespace Image {
 

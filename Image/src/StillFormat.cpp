@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-#include "FileExtension.h"
+#include "Files.h"
 #include "ImageError.h"
 
 namespace Image {

@@ -11,7 +11,7 @@
 
 #include "Commands.h"
 #include "Exception/Exception.h"
-#include "Help/Declarations.h"
+#include "Help.h"
 #include "Report/Failure.h"
 #include "Report/PrintableText.h"
 #include "Suggestion.h"

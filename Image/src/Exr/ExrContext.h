@@ -6,7 +6,7 @@
 #include <mutex>
 #include <string>
 
-#include "InputFile.h"
+#include "Files.h"
 
 namespace Image {
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "Files.h"
 #include "Frame.h"
 #include "FrameReader.h"
-#include "InputFile.h"
 
 namespace Image {
 

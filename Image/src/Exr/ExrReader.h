@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Exr/ExrHeader.h"
+#include "Files.h"
 #include "FrameReader.h"
-#include "InputFile.h"
 
 namespace Image {
 

@@ -17,7 +17,7 @@
 #include "Exr/ImfBlocks.h"
 #include "Exr/SampleRows.h"
 #include "Exr/ZipBlock.h"
-#include "OutputFile.h"
+#include "Files.h"
 #include "ParallelFor.h"
 
 namespace Image {

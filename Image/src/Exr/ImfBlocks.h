@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "Files.h"
 #include "Frame.h"
-#include "InputFile.h"
 
 namespace Image {
 

@@ -15,9 +15,9 @@ extern "C" {
 #include <memory>
 #include <new>
 
+#include "Files.h"
 #include "FrameReader.h"
 #include "ImageModule.h"
-#include "InputFile.h"
 #include "Movie/MovieHeader.h"
 
 namespace Image {

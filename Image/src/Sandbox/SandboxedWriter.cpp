@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "FileExtension.h"
+#include "Files.h"
 #include "ImageError.h"
 #include "MemoryFile.h"
 #include "Sandbox/CodecChild.h"

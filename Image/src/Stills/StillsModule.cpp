@@ -11,11 +11,10 @@
 #include <new>
 
 #include "DroppedPictures.h"
-#include "FileExtension.h"
+#include "Files.h"
 #include "FrameReader.h"
 #include "FrameWriter.h"
 #include "ImageModule.h"
-#include "InputFile.h"
 #include "MemoryFile.h"
 #include "StillFormat.h"
 

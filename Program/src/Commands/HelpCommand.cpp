@@ -5,9 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
-#include "Help/BashCompletion.h"
-#include "Help/Declarations.h"
-#include "Help/ManPage.h"
+#include "Help.h"
 #include "Report/Failure.h"
 
 namespace Program {

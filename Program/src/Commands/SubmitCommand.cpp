@@ -16,7 +16,7 @@
 #include "Farm/FarmJob.h"
 #include "Farm/OpenCueJob.h"
 #include "Farm/SlurmSubmission.h"
-#include "Help/Declarations.h"
+#include "Help.h"
 #include "Options.h"
 #include "Render/FrameJob.h"
 #include "Report/Failure.h"

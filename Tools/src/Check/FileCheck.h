@@ -5,9 +5,20 @@
 #include <functional>
 #include <string>
 
-#include "Check/Finding.h"
-
 namespace Tools {
+
+/// One thing that is wrong, or odd, in a correction file.
+struct Finding {
+    enum class Severity {
+        Defect,  ///< the plug-in refuses the file because of it
+        Warning, ///< the plug-in accepts the file; the result may not be what was meant
+    };
+
+    Severity severity = Severity::Defect;
+    std::size_t lineNumber = 0; ///< counted from 1; 0: the file as a whole
+    std::string kind;           ///< a short fixed word for programs, such as "frame-line"
+    std::string message;        ///< a sentence for people, without the file's name and the line number
+};
 
 /// The result of checking one file.
 struct CheckSummary {
@@ -24,7 +35,7 @@ struct CheckSummary {
 /// Every header and frame line is judged by the parser's own rule, and the header as a whole by the parser itself, so a
 /// file has a defect exactly when the plug-in refuses it. Lines that a defect elsewhere would hide from the parser are
 /// checked too. Warnings that hold for many frames are reported once, with the first line and the count.
-/// Memory: the file's text and 16 bytes per frame.
+/// Memory: the file's text and 12 bytes per frame.
 class FileCheck {
 public:
     using Report = std::function<void(const Finding&)>;

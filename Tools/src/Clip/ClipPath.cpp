@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "FileExtension.h"
+#include "Files.h"
 #include "FrameReader.h"
 
 namespace Tools {

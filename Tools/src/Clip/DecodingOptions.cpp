@@ -1,6 +1,6 @@
 #include "Clip/DecodingOptions.h"
 
-#include "FileExtension.h"
+#include "Files.h"
 #include "Sandbox/SandboxedReader.h"
 #include "Sandbox/SandboxedWriter.h"
 

@@ -10,7 +10,7 @@
 #include <tuple>
 #include <vector>
 
-#include "FileExtension.h"
+#include "Files.h"
 #include "Report/Failure.h"
 
 namespace Tools {

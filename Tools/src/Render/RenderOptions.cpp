@@ -1,6 +1,6 @@
 #include "Render/RenderOptions.h"
 
-#include "FileExtension.h"
+#include "Files.h"
 
 namespace Tools {
 

@@ -11,8 +11,8 @@
 #include <thread>
 #include <vector>
 
+#include "Files.h"
 #include "ImageError.h"
-#include "OutputFile.h"
 #include "Report/Failure.h"
 #include "Support/FailureText.h"
 #include "Support/TemporaryFolder.h"

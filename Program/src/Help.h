@@ -27,4 +27,13 @@ std::vector<std::string> choicesOf(const CLI::Option& option);
 /// `There is no command "NAME"`, with the name that was probably meant.
 std::string noCommandText(const CLI::App& program, const std::string& name);
 
+/// The manual page of a program and all its sub-commands, in the man macros of roff. Hidden options are left out. It is
+/// the same on every machine and day, so that builds are reproducible.
+std::string manPage(const CLI::App& program);
+
+/// A script for bash that completes the program's commands, their options, the words that an option accepts, and file
+/// names wherever a value or a positional is wanted. Hidden options are left out. Loaded by bash-completion, or with
+/// `source`.
+std::string bashCompletion(const CLI::App& program);
+
 } // namespace Program

@@ -6,6 +6,9 @@
 
 namespace Image {
 
+/// "exr" for "a/b.EXR"; "" for a name without one.
+std::string fileExtension(const std::string& path);
+
 /// An open regular file that may be read from several threads at once.
 class InputFile {
 public:
@@ -25,6 +28,27 @@ private:
     std::string m_path;
     int m_descriptor = -1;
     std::uint64_t m_size = 0;
+};
+
+/// A file being written from the start; removed again unless close() has succeeded.
+class OutputFile {
+public:
+    /// Empties the file if there is one; else makes it, unless `makesFile` is false. Throws ImageError if that fails.
+    explicit OutputFile(const std::string& path, bool makesFile = true);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// Throws ImageError, naming the cause (no space left, …).
+    void write(const void* bytes, std::size_t n, std::uint64_t offset);
+    void close();
+
+private:
+    [[noreturn]] void fail();
+
+    std::string m_path;
+    int m_descriptor = -1;
+    bool m_regular = false;
 };
 
 } // namespace Image
