@@ -396,7 +396,10 @@ void orvexEncodeFrame(const std::string& path, const Frame& frame, const WriteOp
         setAttribute(spec, attribute);
     }
     // Bits a sample mean what they did only where the samples are stored as they were.
-    if (options.pixelType || frame.format != output->format_name()) spec.erase_attribute("oiio:BitsPerSample");
+    const std::size_t storedBits = 8 * bytesPerSample(format.stored(type, options));
+    if (options.pixelType || frame.format != output->format_name() ||
+        spec.get_int_attribute("oiio:BitsPerSample") > static_cast<int>(storedBits))
+        spec.erase_attribute("oiio:BitsPerSample");
     spec.attribute("PixelAspectRatio", part.pixelAspectRatio);
     if (options.compression)
         spec.attribute("compression", *options.compression);

@@ -135,6 +135,16 @@ TEST_F(Stills, KeepTenBitsOfADpxAsTenBits) {
     EXPECT_THAT(outputOf("idiff " + path + " " + folder.path("b.dpx")), HasSubstr("PASS"));
 }
 
+TEST_F(Stills, OfADpxOfFloatsAreWrittenAsADpxOfIntegers) {
+    Frame frame = noiseFrame({0, 0, 15, 7}, rgb(PixelType::Float));
+    frame.format = "dpx";
+    const std::int32_t bits = 32;
+    frame.parts[0].attributes.push_back(
+        {"oiio:BitsPerSample", "int", std::string(reinterpret_cast<const char*>(&bits), sizeof bits)});
+    writeFrame(folder.path("a.dpx"), frame);
+    EXPECT_EQ(readFrame(folder.path("a.dpx")).parts[0].channels[0].type, PixelType::UInt16);
+}
+
 TEST_F(Stills, OfADpxWithPixelsAsAbgrOrCbycrAreRefused) {
     const std::string path = folder.path("a.dpx");
     writeFrame(path, noiseFrame({0, 0, 30, 20}, rgb(PixelType::UInt8)));
