@@ -9,7 +9,6 @@
 #include "FrameWriter.h"
 #include "Report/Failure.h"
 #include "Report/MemorySize.h"
-#include "Report/Progress.h"
 
 namespace Program {
 
