@@ -357,9 +357,8 @@ bool LensCorrection::renderFullPlanes() const { return true; }
 
 void LensCorrection::getRequests(const Box& box, const DD::Image::ChannelSet& channels, int count,
                                  DD::Image::RequestOutput& requests) const {
-    // The host's error() is not const.
-    const_cast<LensCorrection*>(this)->guard("Requesting the image",
-                                             [&] { requests.request(imageInput(), box, channels, count); });
+    // Nothing of ours that could throw.
+    requests.request(imageInput(), box, channels, count);
 }
 
 void LensCorrection::renderStripe(DD::Image::ImagePlane& plane) {
