@@ -135,7 +135,7 @@ ExitCode runCommandLine(int argumentCount, const char* const* arguments) {
         }
         return ExitCode::WrongUse; // not reached: one sub-command is required
     } catch (const Failure& failure) {
-        return reportError(failure.exitCode(), failure.what());
+        return reportError(exitCodeOf(failure.kind()), failure.text());
     } catch (const Exception& exception) {
         return reportError(ExitCode::WrongUse, withoutLastLineFeeds(exception.detailedDescription()));
     } catch (const std::bad_alloc&) {

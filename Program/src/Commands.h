@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Report/ExitCode.h"
+#include "ExitCode.h"
 
 namespace CLI {
 class App;
@@ -34,7 +34,7 @@ public:
     virtual void declareOptions(CLI::App& app) = 0;
 
     /// Called once after a successful parse. Throws Failure, or an exception whose text is shown as it is.
-    virtual Tools::ExitCode run() = 0;
+    virtual ExitCode run() = 0;
 };
 
 // One source file each, in Commands/.

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "ExitCode.h"
 #include "Suggestion.h"
 
 namespace Program {
@@ -61,15 +62,6 @@ std::string noCommandText(const CLI::App& program, const std::string& name) {
 }
 
 namespace {
-
-constexpr const char* exitStatus =
-    ".SH EXIT STATUS\n"
-    ".TP\n.B 0\nSuccess: every frame was written or was already finished.\n"
-    ".TP\n.B 1\nSome frames failed and are listed; the others are written.\n"
-    ".TP\n.B 2\nUsage error: unusable options, frame ranges, patterns or input files.\n"
-    ".TP\n.B 3\nNo OpenCL device, or unusable kernel cache.\n"
-    ".TP\n.B 4\nOutput could not be written.\n"
-    ".TP\n.BR 130 \", \" 143\nStopped by SIGINT or SIGTERM; no partial file has a final name.\n";
 
 /// Plain text for roff: no escapes, no requests at the start of a line, and signs that can be copied into a shell.
 std::string escaped(const std::string& text) {
@@ -152,7 +144,10 @@ std::string manPage(const CLI::App& program) {
         escaped(version), escaped(program.get_description()),
         optionText(*program.get_help_ptr()) + optionTexts(program));
     for (const CLI::App* command : visibleCommands(program)) text += commandText(*command);
-    return text + exitStatus;
+    text += ".SH EXIT STATUS\n";
+    for (const ExitStatus& status : exitStatuses)
+        text += fmt::format(".TP\n.B {}\n{}\n", status.numbers, escaped(status.meaning));
+    return text;
 }
 
 namespace {

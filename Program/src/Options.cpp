@@ -270,6 +270,8 @@ void RenderOptionsReader::declareOptions(CLI::App& app) {
         ->check(CLI::IsMember({"auto", "bar", "lines", "json", "none"}));
 }
 
+const std::string& RenderOptionsReader::progress() const { return m_texts->progress; }
+
 RenderOptions RenderOptionsReader::read() const {
     const Texts& t = *m_texts;
     RenderOptions options;
@@ -331,7 +333,6 @@ RenderOptions RenderOptionsReader::read() const {
     if (!t.memory.empty()) options.memory = parseMemorySize(t.memory);
     options.decoding = t.decoding.read();
     options.threads = t.threads;
-    options.progress = t.progress;
     return options;
 }
 

@@ -78,6 +78,9 @@ public:
     /// The options of the last parse. Throws Failure (WrongUse) for what cannot be combined or is not understood.
     Tools::RenderOptions read() const;
 
+    /// How the last parse wants progress to be shown, as written (Progress).
+    const std::string& progress() const;
+
 private:
     struct Texts;
     std::unique_ptr<Texts> m_texts; ///< the options as written

@@ -42,9 +42,9 @@ TEST(DecodingOptions, ReadTheLargestImageAsSideAndPixels) {
 
 TEST(DecodingOptions, RefuseALargestImageThatIsNoSize) {
     for (const char* const text : {"0x5", "5x0", "5", "5x", "x5", "5x5x5", "1e3x5", "16777217x1", "-5x5", "5X5"})
-        EXPECT_EQ(
-            failure(std::string("--max-image=") + text),
-            std::string("2: --max-image ") + text + " is not a size such as 65536x8192, each side 1 to 16777216.");
+        EXPECT_EQ(failure(std::string("--max-image=") + text),
+                  std::string("wrong use: --max-image ") + text +
+                      " is not a size such as 65536x8192, each side 1 to 16777216.");
 }
 
 TEST(DecodingOptions, GiveTheSandboxItsLimits) {
@@ -87,11 +87,11 @@ TEST(DecodingOptions, PutAllButExrFilesIntoTheSandboxByDefault) {
 }
 
 TEST(DecodingOptions, RefuseASandboxInWhichNothingStarts) {
-    EXPECT_EQ(failure("--sandbox --sandbox-memory 255M"), "2: --sandbox-memory 255M is less than 256M.");
+    EXPECT_EQ(failure("--sandbox --sandbox-memory 255M"), "wrong use: --sandbox-memory 255M is less than 256M.");
 }
 
 TEST(DecodingOptions, RefuseTheSandboxesLimitsWithoutIt) {
-    const std::string text = "2: --sandbox-memory and --sandbox-time cannot be combined with --sandbox=off.";
+    const std::string text = "wrong use: --sandbox-memory and --sandbox-time cannot be combined with --sandbox=off.";
     EXPECT_EQ(failure("--sandbox=off --sandbox-memory 512M"), text);
     EXPECT_EQ(failure("--sandbox=off --sandbox-time 5"), text);
 }

@@ -39,7 +39,6 @@ TEST(RenderOptions, HaveTheirDefaults) {
     EXPECT_FALSE(read.skipExisting || read.overwrite || read.stopOnError || read.force);
     EXPECT_EQ(read.memory, 0u);
     EXPECT_EQ(read.threads, 0u);
-    EXPECT_EQ(read.progress, "auto");
 }
 
 TEST(RenderOptions, GiveAllFramesOneSizeWhereTheFormatHasNoDataWindow) {
@@ -72,7 +71,16 @@ TEST(RenderOptions, ReadEveryOption) {
     EXPECT_TRUE(read.overwrite && read.stopOnError && read.force);
     EXPECT_EQ(read.memory, 8589934592u);
     EXPECT_EQ(read.threads, 4u);
-    EXPECT_EQ(read.progress, "json");
+}
+
+TEST(RenderOptions, TellHowProgressIsShown) {
+    CLI::App app;
+    RenderOptionsReader reader;
+    reader.declareOptions(app);
+    app.parse("in.exr -o out.exr");
+    EXPECT_EQ(reader.progress(), "auto");
+    app.parse("in.exr -o out.exr --progress json");
+    EXPECT_EQ(reader.progress(), "json");
 }
 
 TEST(RenderOptions, TakeAMapOfOneCorrection) {
@@ -100,7 +108,7 @@ class RenderOptionsDefect : public testing::TestWithParam<Defect> {};
 } // namespace
 
 TEST_P(RenderOptionsDefect, IsReported) {
-    EXPECT_EQ(failure(GetParam().arguments), std::string("2: ") + GetParam().text);
+    EXPECT_EQ(failure(GetParam().arguments), std::string("wrong use: ") + GetParam().text);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -149,13 +157,13 @@ TEST(RenderOptions, TakeTheLargestRecordingFormatOfTheNodes) {
 
 TEST(RenderOptions, RefuseAnImageAreaBeyondTheNodes) {
     EXPECT_EQ(failure("--shading add --image-area 36.1x20 --clip-resolution 1920x1080"),
-              "2: --image-area 36.1x20 is larger than 36x24 mm, the largest supported sensor.");
+              "wrong use: --image-area 36.1x20 is larger than 36x24 mm, the largest supported sensor.");
     EXPECT_EQ(failure("--shading add --image-area 30x24.5 --clip-resolution 1920x1080"),
-              "2: --image-area 30x24.5 is larger than 36x24 mm, the largest supported sensor.");
+              "wrong use: --image-area 30x24.5 is larger than 36x24 mm, the largest supported sensor.");
 }
 
 TEST(RenderOptions, RefuseAClipResolutionBeyondTheNodes) {
     EXPECT_EQ(failure("--shading add --image-area 36x24 --clip-resolution 8192x4320"),
-              "2: --clip-resolution 8192x4320 is larger than 7680x4320 px, the largest supported clip; give "
+              "wrong use: --clip-resolution 8192x4320 is larger than 7680x4320 px, the largest supported clip; give "
               "a smaller one of the same aspect ratio.");
 }

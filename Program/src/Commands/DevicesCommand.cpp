@@ -151,7 +151,8 @@ ExitCode DevicesCommand::run() {
     }
     std::fflush(stdout);
     if (devices.empty() && !cache.notice().empty()) problem += "\n" + cache.notice();
-    throw Failure(ExitCode::Environment, devices.empty() ? fmt::format("{}\n{}", problem, whatToInstall) : problem);
+    throw Failure(Failure::Kind::Environment,
+                  devices.empty() ? fmt::format("{}\n{}", problem, whatToInstall) : problem);
 }
 
 std::unique_ptr<Command> makeDevicesCommand() { return std::make_unique<DevicesCommand>(); }

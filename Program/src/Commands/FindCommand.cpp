@@ -96,10 +96,10 @@ ExitCode FindCommand::run() {
         for (const PassedOverFile& other : passedOver) text += fmt::format("\n  {}: {}", other.path, other.reason);
         text += "\nA match ends in .olcf, contains the clip's name, and names this clip in its header.";
         text += note;
-        throw Failure(ExitCode::WrongUse, text);
+        throw Failure(Failure::Kind::WrongUse, text);
     } catch (const boost::filesystem::filesystem_error& error) {
         throw Failure(
-            ExitCode::WrongUse,
+            Failure::Kind::WrongUse,
             fmt::format(
                 "No correction file for the clip \"{}\" was found, but folder \"{}\" could not be searched: {}. "
                 "If the file is there, make the folder readable, or place the file next to the clip.{}",

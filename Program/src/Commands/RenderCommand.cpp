@@ -1,6 +1,9 @@
 #include "Commands.h"
 
+#include <fmt/format.h>
+
 #include "Options.h"
+#include "Progress.h"
 #include "Render/RenderJob.h"
 #include "System/RenderingDevice.h"
 
@@ -23,6 +26,14 @@ private:
     RenderOptionsReader m_options;
 };
 
+std::string howToContinue(const JobResult& result, std::size_t frames, const RenderOptions& options) {
+    const char* const how = options.skipExisting ? "again"
+                            : options.overwrite  ? "again with --skip-existing instead of --overwrite"
+                                                 : "again with --skip-existing";
+    return fmt::format("Stopped with {} of {} frames left. Run the same command {} to continue.", result.left.size(),
+                       frames, how);
+}
+
 } // namespace
 
 std::string RenderCommand::example() const {
@@ -38,7 +49,12 @@ ExitCode RenderCommand::run() {
     const RenderingDevice device;
     RenderJob job(options);
     device.check();
-    return job.run();
+    const std::size_t frames = job.frames().size();
+    Progress progress(m_options.progress(), frames);
+    const JobResult result = job.run(progress.listener());
+    progress.end(options.output.string(), result.unshaded);
+    tellEnd(result, frames, howToContinue(result, frames, options));
+    return exitCodeOf(result);
 }
 
 std::unique_ptr<Command> makeRenderCommand() { return std::make_unique<RenderCommand>(); }

@@ -2,14 +2,13 @@
 
 #include <fmt/format.h>
 
-#include <unistd.h>
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <cstdio>
 
 #include "ImageError.h"
+#include "Progress.h"
 #include "Report/Failure.h"
-#include "Report/Progress.h"
 #include "Sample/SampleFiles.h"
 #include "System/Interruption.h"
 
@@ -58,8 +57,7 @@ ExitCode SampleCommand::run() {
     const PixelSize size = parsePixelSize("--size", m_size);
     const SampleClip clip(size, m_frameCount);
     const SampleFiles files(clip, size, m_folder);
-    const Progress::Mode mode = Progress::parseMode(m_progress, isatty(STDERR_FILENO) != 0);
-    Progress progress(mode, static_cast<std::size_t>(clip.frameCount()), Progress::standardOutput(mode));
+    Progress progress(m_progress, static_cast<std::size_t>(clip.frameCount()));
     try {
         files.writeCorrectionFile();
         files.writeReadme();
@@ -69,10 +67,10 @@ ExitCode SampleCommand::run() {
             progress.done(clip.frameNumber(index), files.platePath(index));
         }
     } catch (const Image::ImageError& error) {
-        throw Failure(ExitCode::Output, error.what());
+        throw Failure(Failure::Kind::Output, error.what());
     }
     progress.end();
-    return Interruption::requested() ? Interruption::exitCode() : ExitCode::Done;
+    return Interruption::requested() ? exitCodeOfSignal() : ExitCode::Done;
 }
 
 std::unique_ptr<Command> makeSampleCommand() { return std::make_unique<SampleCommand>(); }

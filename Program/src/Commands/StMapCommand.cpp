@@ -9,6 +9,7 @@
 
 #include "Map/MapJob.h"
 #include "Options.h"
+#include "Progress.h"
 #include "Report/Failure.h"
 #include "System/RenderingDevice.h"
 
@@ -101,7 +102,6 @@ MapOptions StMapCommand::options() const {
         refuse(fmt::format("{}: maps are written as OpenEXR files; the name must end in .exr.", m_output));
     }
     options.overwrite = m_overwrite;
-    options.progress = m_progress;
     return options;
 }
 
@@ -110,7 +110,16 @@ ExitCode StMapCommand::run() {
     const RenderingDevice device;
     MapJob job(mapOptions);
     device.check();
-    return job.run();
+    job.check();
+    if (job.isOneMap()) return exitCodeOf(job.run({}));
+    Progress progress(m_progress, job.frames().size());
+    const JobResult result = job.run(progress.listener());
+    progress.end(mapOptions.output.string());
+    tellEnd(result, job.frames().size(),
+            result.left.empty() ? ""
+                                : fmt::format("Stopped. Run the same command with --frames={} to continue.",
+                                              FrameRange::string(result.left)));
+    return exitCodeOf(result);
 }
 
 std::unique_ptr<Command> makeStMapCommand() { return std::make_unique<StMapCommand>(); }

@@ -8,7 +8,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -95,6 +97,7 @@ public:
 
 private:
     FarmJob makeJob() const;
+    ExitCode submit(const FarmJob& job) const;
     std::string newFolder() const;
 
     RenderOptionsReader m_render;
@@ -163,7 +166,24 @@ ExitCode SubmitCommand::run() {
                    job.framesPerChunk);
     }
     job.write();
-    return SlurmSubmission{m_tasksAtOnce, m_engineOptions}.submit(job, m_wait);
+    return submit(job);
+}
+
+ExitCode SubmitCommand::submit(const FarmJob& job) const {
+    const SlurmSubmission slurm{m_tasksAtOnce, m_engineOptions};
+    const SlurmSubmission::Numbers numbers = slurm.submit(job);
+    fmt::print("Slurm jobs: {} (kernel cache), {} ({} frames in {} chunks), then the summary\n", numbers.warm,
+               numbers.chunks, job.frames.size(), job.chunks().size());
+    const int status = slurm.submitSummary(job, numbers, m_wait);
+    if (m_wait) {
+        std::ostringstream summary;
+        summary << std::ifstream(job.summaryPath()).rdbuf();
+        fmt::print("{}", summary.str());
+    } else {
+        fmt::print("When the job ends, the summary is in {}; until then, run: lenscorrect summary {}\n",
+                   job.summaryPath(), job.folder);
+    }
+    return static_cast<ExitCode>(status);
 }
 
 FarmJob SubmitCommand::makeJob() const {

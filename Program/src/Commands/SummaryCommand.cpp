@@ -44,7 +44,7 @@ void SummaryCommand::declareOptions(CLI::App& app) {
 ExitCode SummaryCommand::run() {
     const FarmSummary summary = FarmSummary::read(m_folder);
     fmt::print("{}", m_asJson ? summary.json() : summary.text());
-    return summary.exitCode();
+    return static_cast<ExitCode>(summary.exitStatus());
 }
 
 std::unique_ptr<Command> makeSummaryCommand() { return std::make_unique<SummaryCommand>(); }

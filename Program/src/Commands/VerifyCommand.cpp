@@ -69,7 +69,7 @@ ExitCode VerifyCommand::run() {
     report.tolerance = m_tolerance;
     std::string advice;
     for (const std::int32_t frame : lens.frames()) {
-        if (Interruption::requested()) return Interruption::exitCode();
+        if (Interruption::requested()) return exitCodeOfSignal();
         try {
             report.frames.push_back(roundTrip(lens, frame, m_isRendered));
         } catch (const std::exception& exception) {

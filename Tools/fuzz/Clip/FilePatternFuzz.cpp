@@ -25,7 +25,7 @@ void use(const std::string& path, Tools::FilePattern::Use use) {
         }
         REQUIRE(Tools::FilePattern::parse(pattern.string(), use).path(7) == pattern.path(7));
     } catch (const Tools::Failure& failure) {
-        REQUIRE(failure.exitCode() == Tools::ExitCode::WrongUse);
+        REQUIRE(failure.kind() == Tools::Failure::Kind::WrongUse);
     }
 }
 

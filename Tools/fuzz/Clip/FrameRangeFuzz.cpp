@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         REQUIRE(std::unordered_set(frames.begin(), frames.end()).size() == frames.size());
         REQUIRE(Tools::FrameRange::parse(range.string(), most).frames() == frames);
     } catch (const Tools::Failure& failure) {
-        REQUIRE(failure.exitCode() == Tools::ExitCode::WrongUse);
+        REQUIRE(failure.kind() == Tools::Failure::Kind::WrongUse);
     }
     return 0;
 }

@@ -10,6 +10,7 @@
 #include "Chain/ShadedChannels.h"
 #include "Exception/Exception.h"
 #include "LensCorrection.h"
+#include "Report/Failure.h"
 #include "System/Interruption.h"
 
 namespace Tools {
@@ -27,25 +28,11 @@ Steps stepsOf(const ChainSettings& settings) {
                                                               : Steps::DistortionThenShading;
 }
 
+Failure failure(const std::string& brief, const std::string& details = {}) {
+    return Failure(Failure::Kind::Correction, brief, details);
+}
+
 } // namespace
-
-CorrectionError::CorrectionError(const std::string& brief, const std::string& details)
-    : std::runtime_error(brief), m_details(details) {}
-
-CorrectionError::~CorrectionError() = default;
-
-std::string CorrectionError::text() const {
-    std::string text = m_details.empty() ? what() : m_details;
-    while (!text.empty() && text.back() == '\n') text.pop_back();
-    return causeFirst(text);
-}
-
-std::string CorrectionError::causeFirst(const std::string& text) {
-    for (const std::string sentence :
-         {"Header of the metadata is not available. ", "Metadata for the frame is not available. "})
-        if (text.starts_with(sentence)) return text.substr(sentence.size());
-    return text;
-}
 
 CorrectionChain::CorrectionChain(const ChainSettings& settings, unsigned int threads, const InputSpace* space)
     : m_settings(settings),
@@ -162,15 +149,19 @@ PictureShape CorrectionChain::shape() const {
             m_settings.overscan};
 }
 
+Core::FramePreparation& CorrectionChain::preparation() {
+    m_format = shape().format;
+    return *m_preparation;
+}
+
 FramePlan CorrectionChain::plan() {
     const PictureShape picture = shape();
-    m_format = picture.format;
     // Frame numbers count from the reader's first frame.
-    if (!m_graph.validate(m_plateRead)) throw CorrectionError(m_graph.errorText(m_plateRead), "");
+    if (!m_graph.validate(m_plateRead)) throw failure(m_graph.errorText(m_plateRead));
     try {
-        return planFrame(picture, stepsOf(m_settings), *m_preparation);
+        return planFrame(picture, stepsOf(m_settings), preparation());
     } catch (const Exception& exception) {
-        throw CorrectionError(exception.what(), exception.detailedDescription());
+        throw failure(exception.what(), exception.detailedDescription());
     }
 }
 
@@ -185,7 +176,7 @@ FramePlan CorrectionChain::validate() {
         // The nodes meet the same, and tell it as they do in a host.
         reason = std::current_exception();
     }
-    if (planned && !planned->isAccepted) throw CorrectionError(shapeRefusal(*planned, shape()), "");
+    if (planned && !planned->isAccepted) throw failure(shapeRefusal(*planned, shape()));
     if (!m_graph.validate(m_end)) fail();
     if (reason) std::rethrow_exception(reason);
     planned->box = m_nodes.back()->info().box();
@@ -224,7 +215,7 @@ void CorrectionChain::fail() const {
         details = node->lastErrorDetails();
         if (node->hasError()) break;
     }
-    throw CorrectionError(brief.empty() ? "The frame could not be corrected." : brief, details);
+    throw failure(brief.empty() ? "The frame could not be corrected." : brief, details);
 }
 
 } // namespace Tools

@@ -4,7 +4,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -21,22 +20,6 @@ namespace Tools {
 
 class InputSpace;
 class ShadedChannels;
-
-/// Why the nodes could not correct a frame: the error that the node shows, and the text that names all values involved.
-class CorrectionError : public std::runtime_error {
-public:
-    CorrectionError(const std::string& brief, const std::string& details);
-    ~CorrectionError() override;
-    const std::string& details() const { return m_details; }
-    /// The whole text for a user, without a line feed at the end: the details, which begin with the brief text, or that
-    /// alone; the cause first.
-    std::string text() const;
-    /// A core's text without the sentence that only says that there are no lens data, where the cause follows it.
-    static std::string causeFirst(const std::string& text);
-
-private:
-    std::string m_details;
-};
 
 /// A frame's header or the whole frame, with what the host's reader would know about it.
 struct ClipFrame {
@@ -64,13 +47,17 @@ public:
     /// The node at the end of the chain.
     LensCorrection& lastNode() const { return *m_nodes.back(); }
 
-    /// How the nodes will frame the picture, from headers alone and without a device. Throws CorrectionError with the
-    /// core's texts, std::runtime_error for windows that are too far away.
+    /// How the nodes will frame the picture, from headers alone and without a device. Throws Failure (Correction) with
+    /// the core's texts, std::runtime_error for windows that are too far away.
     FramePlan plan();
 
     /// Shows the nodes the picture as planned and lets them work out their boxes. Needs headers only. Throws
-    /// CorrectionError with the nodes' texts.
+    /// Failure (Correction) with the nodes' texts.
     FramePlan validate();
+
+    /// What the core knows of the frame before any node is validated: for a frame as large as the part's format, and
+    /// the corrections that the settings want.
+    Core::FramePreparation& preparation();
 
     /// The shape of the part that was chosen. Throws std::runtime_error when its data window is too far away.
     PictureShape shape() const;
@@ -78,7 +65,7 @@ public:
     /// Takes a layer's pixels and the host's channels of the part's channels; for a map, of A, B, G and R. Nothing more
     /// is read then of the image's pixels of that layer.
     using Store = std::function<void(const DD::Image::ImagePlane&, const std::vector<DD::Image::Channel>&)>;
-    /// After validate: renders layer after layer and hands each to `store`. Throws CorrectionError.
+    /// After validate: renders layer after layer and hands each to `store`. Throws Failure (Correction).
     void render(const Store& store);
 
 private:

@@ -42,7 +42,8 @@ void FarmJob::write() const {
     for (const char* part : {"report", "log"}) {
         if (!error) fs::create_directory(folder + "/" + part, error);
     }
-    if (error) throw Failure(ExitCode::Output, fmt::format("{}: could not be created: {}.", folder, error.message()));
+    if (error)
+        throw Failure(Failure::Kind::Output, fmt::format("{}: could not be created: {}.", folder, error.message()));
     writeTextFile(folder + "/frames.txt", FrameRange::string(frames) + "\n");
     writeTextFile(folder + "/work.txt", workingFolder + "\n");
     writeTextFile(folder + "/chunks.txt", fmt::format("{}\n", fmt::join(chunks(), "\n")));

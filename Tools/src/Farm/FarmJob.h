@@ -37,6 +37,7 @@ struct FarmJob {
     void write() const;
 
     std::string scriptPath() const { return folder + "/job.sh"; }
+    std::string summaryPath() const { return folder + "/summary.txt"; }
 
     /// A name for a job from any text.
     static std::string nameFrom(const std::string& text);

@@ -84,13 +84,14 @@ FarmSummary FarmSummary::read(const std::string& folder) {
     return summary;
 }
 
-ExitCode FarmSummary::exitCode() const {
-    if (done == total) return ExitCode::Done;
-    int worst = static_cast<int>(ExitCode::SomeFramesFailed);
-    for (const auto& [step, status] : failedSteps) {
-        if (status <= static_cast<int>(ExitCode::Output)) worst = std::max(worst, status);
-    }
-    return static_cast<ExitCode>(worst);
+int FarmSummary::exitStatus() const {
+    // Beyond these are signals, and what the farm or the shell has to say.
+    constexpr int someFramesFailed = 1, largest = 4;
+    if (done == total) return 0;
+    int worst = someFramesFailed;
+    for (const auto& [step, status] : failedSteps)
+        if (status <= largest) worst = std::max(worst, status);
+    return worst;
 }
 
 std::string FarmSummary::text() const {
@@ -117,7 +118,7 @@ std::string FarmSummary::json() const {
                      {"failed", failures},
                      {"withoutResult", FrameRange::string(withoutResult)},
                      {"failedSteps", steps},
-                     {"exitCode", static_cast<int>(exitCode())}}) +
+                     {"exitCode", exitStatus()}}) +
            "\n";
 }
 

@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "Report/ExitCode.h"
-
 namespace Tools {
 
 /// What became of the frames of a farm job, read from its folder; also while the job still runs.
@@ -20,8 +18,9 @@ struct FarmSummary {
     /// Throws Failure (WrongUse) if the folder is not that of a job.
     static FarmSummary read(const std::string& folder);
 
-    /// Done if every frame is; else the largest status from 1 to 4 with which a step ended, at least SomeFramesFailed.
-    ExitCode exitCode() const;
+    /// That of `lenscorrect summary`: 0 if every frame is done; else the largest from 1 to 4 with which a step ended,
+    /// at least 1, that of a job some of whose frames failed.
+    int exitStatus() const;
 
     /// For a person: the counts, then every failed frame with its reason.
     std::string text() const;

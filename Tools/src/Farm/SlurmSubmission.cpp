@@ -5,8 +5,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 
 #include "Farm/ShellText.h"
 #include "Report/Failure.h"
@@ -39,7 +37,8 @@ Result runProgram(const std::vector<std::string>& words) {
 
 void SlurmSubmission::checkPrograms() {
     if (runProgram({"sh", "-c", "command -v sbatch"}).status != 0) {
-        throw Failure(ExitCode::Environment, "sbatch was not found. Submit from a machine that has Slurm's programs.");
+        throw Failure(Failure::Kind::Environment,
+                      "sbatch was not found. Submit from a machine that has Slurm's programs.");
     }
 }
 
@@ -52,57 +51,51 @@ std::size_t SlurmSubmission::maximumArraySize() {
     return size == 0 ? defaultMaximumArraySize : size;
 }
 
-ExitCode SlurmSubmission::submit(const FarmJob& job, bool wait) const {
-    std::vector<std::string> submitted;
-    int lastStatus = 0;
-    const auto sbatch = [&](const char* step, const std::vector<std::string>& wanted) {
-        std::vector<std::string> words = {"sbatch", "--parsable", "--chdir=" + job.workingFolder,
-                                          fmt::format("--job-name={}-{}", job.name, step)};
-        words.insert(words.end(), options.begin(), options.end());
-        words.insert(words.end(), wanted.begin(), wanted.end());
-        words.insert(words.end(), {job.scriptPath(), step});
-        const Result result = runProgram(words);
-        lastStatus = result.status;
-        if (result.output.empty()) {
-            for (const std::string& id : submitted) runProgram({"scancel", id});
-            throw Failure(ExitCode::Environment,
-                          fmt::format("sbatch refused the job (status {}); its reason is shown above. The job "
-                                      "folder {} can be removed.",
-                                      result.status, job.folder));
-        }
-        submitted.push_back(result.output.substr(0, result.output.find(';'))); // "number" or "number;cluster"
-        return submitted.back();
-    };
+/// Submits a step and answers Slurm's number for it. `submitted`: the numbers of the steps before.
+std::string SlurmSubmission::sbatch(const FarmJob& job, const char* step, const std::vector<std::string>& wanted,
+                                    const std::vector<std::string>& submitted, int* status) const {
+    std::vector<std::string> words = {"sbatch", "--parsable", "--chdir=" + job.workingFolder,
+                                      fmt::format("--job-name={}-{}", job.name, step)};
+    words.insert(words.end(), options.begin(), options.end());
+    words.insert(words.end(), wanted.begin(), wanted.end());
+    words.insert(words.end(), {job.scriptPath(), step});
+    const Result result = runProgram(words);
+    if (status != nullptr) *status = result.status;
+    if (result.output.empty()) {
+        for (const std::string& id : submitted) runProgram({"scancel", id});
+        throw Failure(Failure::Kind::Environment,
+                      fmt::format("sbatch refused the job (status {}); its reason is shown above. The job "
+                                  "folder {} can be removed.",
+                                  result.status, job.folder));
+    }
+    return result.output.substr(0, result.output.find(';')); // "number" or "number;cluster"
+}
+
+SlurmSubmission::Numbers SlurmSubmission::submit(const FarmJob& job) const {
     // What a step writes is in the job's folder already; these files are for the words of Slurm itself.
     const std::string log = "--output=" + job.folder + "/log/slurm-";
     std::vector<std::string> common = {"--requeue", "--open-mode=append"};
     if (job.cores > 0) common.push_back(fmt::format("--cpus-per-task={}", job.cores));
     std::vector<std::string> ofWarm = common;
     ofWarm.push_back(log + "warm.log");
-    const std::string warm = sbatch("warm", ofWarm);
+    Numbers numbers;
+    numbers.warm = sbatch(job, "warm", ofWarm, {});
 
-    const std::size_t chunkCount = job.chunks().size();
     std::vector<std::string> ofChunks = common;
     const std::string limit = tasksAtOnce == 0 ? "" : fmt::format("%{}", tasksAtOnce);
-    ofChunks.insert(ofChunks.end(), {fmt::format("--array=0-{}{}", chunkCount - 1, limit),
-                                     "--dependency=afterok:" + warm, "--kill-on-invalid-dep=yes", log + "%a.log"});
-    const std::string chunks = sbatch("chunk", ofChunks);
-    fmt::print("Slurm jobs: {} (kernel cache), {} ({} frames in {} chunks), then the summary\n", warm, chunks,
-               job.frames.size(), chunkCount);
+    ofChunks.insert(ofChunks.end(),
+                    {fmt::format("--array=0-{}{}", job.chunks().size() - 1, limit),
+                     "--dependency=afterok:" + numbers.warm, "--kill-on-invalid-dep=yes", log + "%a.log"});
+    numbers.chunks = sbatch(job, "chunk", ofChunks, {numbers.warm});
+    return numbers;
+}
 
-    const std::string summaryPath = job.folder + "/summary.txt";
-    std::vector<std::string> ofSummary = {"--dependency=afterany:" + chunks, "--output=" + summaryPath};
+int SlurmSubmission::submitSummary(const FarmJob& job, const Numbers& numbers, bool wait) const {
+    std::vector<std::string> ofSummary = {"--dependency=afterany:" + numbers.chunks, "--output=" + job.summaryPath()};
     if (wait) ofSummary.push_back("--wait");
-    sbatch("summary", ofSummary);
-    if (!wait) {
-        fmt::print("When the job ends, the summary is in {}; until then, run: lenscorrect summary {}\n", summaryPath,
-                   job.folder);
-        return ExitCode::Done;
-    }
-    std::ostringstream summary;
-    summary << std::ifstream(summaryPath).rdbuf();
-    fmt::print("{}", summary.str());
-    return static_cast<ExitCode>(lastStatus);
+    int status = 0;
+    sbatch(job, "summary", ofSummary, {numbers.warm, numbers.chunks}, &status);
+    return wait ? status : 0;
 }
 
 } // namespace Tools

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "Farm/FarmJob.h"
-#include "Report/ExitCode.h"
 
 namespace Tools {
 
@@ -23,10 +22,22 @@ public:
     /// Number of tasks that an array may have, as Slurm is configured; its default if it cannot be asked.
     static std::size_t maximumArraySize();
 
-    /// The job must have been written. Prints the numbers of the three jobs; with `wait` also the summary, once that
-    /// has ended, and answers its status. Throws Failure (Environment) if sbatch refuses, and cancels what was
-    /// submitted before.
-    ExitCode submit(const FarmJob& job, bool wait) const;
+    /// Slurm's numbers of the first two jobs.
+    struct Numbers {
+        std::string warm, chunks;
+    };
+
+    /// Submits the first two jobs of one that has been written. Throws Failure (Environment) if sbatch refuses, and
+    /// cancels what was submitted before.
+    Numbers submit(const FarmJob& job) const;
+
+    /// Submits the summary, which goes to the job's summaryPath, and answers 0; with `wait`, returns once it has ended,
+    /// and answers its exit status. Likewise.
+    int submitSummary(const FarmJob& job, const Numbers& numbers, bool wait) const;
+
+private:
+    std::string sbatch(const FarmJob& job, const char* step, const std::vector<std::string>& wanted,
+                       const std::vector<std::string>& submitted, int* status = nullptr) const;
 };
 
 } // namespace Tools

@@ -6,12 +6,11 @@
 #include <vector>
 
 #include "Chain/CorrectionChain.h"
-#include "Chain/NodeFrameSource.h"
 #include "Chain/SearchPath.h"
 #include "Clip/Clip.h"
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "CorrectionFile/Finder/NotFoundException.h"
-#include "LensCorrection.h"
+#include "Report/Failure.h"
 
 namespace Tools {
 
@@ -54,7 +53,7 @@ std::vector<std::int32_t> framesOf(const InfoOptions& options, const Clip& clip)
 }
 
 FrameInfo infoOf(std::int32_t frame, const InfoOptions& options, const Clip& clip, ClipSurvey& survey,
-                 CorrectionChain& chain, const ChainSettings& both) {
+                 CorrectionChain& chain) {
     FrameInfo info;
     info.frame = frame;
     try {
@@ -65,19 +64,17 @@ FrameInfo infoOf(std::int32_t frame, const InfoOptions& options, const Clip& cli
         const Image::Metadata metadata = clip.metadata(frame, *header);
         const ClipFrame image{header.get(), &metadata, clip.shownPath(frame), clip.range()};
         chain.setFrame(frame, image, 0, image);
-        std::optional<CorrectionError> nodeError;
+        std::optional<Failure> nodeError;
         try {
             chain.validate();
-        } catch (const CorrectionError& error) {
+        } catch (const Failure& error) {
             nodeError = error;
         }
-        const PictureShape shape = chain.shape();
-        Core::FramePreparation preparation(std::make_unique<NodeFrameSource>(&chain.lastNode(), both, shape.format));
-        info = frameInfo(frame, preparation, shape);
+        info = frameInfo(frame, chain.preparation(), chain.shape());
         info.file = path;
         // What the node shows is the truth; without a device, say, the core would still know everything else.
         if (nodeError && info.error.empty()) {
-            info.error = CorrectionError::causeFirst(nodeError->what());
+            info.error = causeFirst(nodeError->what());
             info.details = withoutFirstLine(nodeError->details(), nodeError->what());
         }
     } catch (const std::exception& exception) {
@@ -101,10 +98,8 @@ InfoReport clipInfo(const InfoOptions& options) {
     static_cast<LensDataOptions&>(undistorting) = options;
     undistorting.distortion = ChainSettings::Distortion::Undistort;
     CorrectionChain chain(undistorting, 1);
-    ChainSettings both = undistorting;
-    both.shading = ChainSettings::Shading::Remove;
     for (const std::int32_t frame : frames) {
-        report.frames.push_back(infoOf(frame, options, clip, survey, chain, both));
+        report.frames.push_back(infoOf(frame, options, clip, survey, chain));
         const FrameInfo& info = report.frames.back();
         if (info.prepared && report.recordingFormatOrigin.kind == Core::RecordingFormatOrigin::Kind::None) {
             report.recordingFormat = info.prepared->recordingFormat;

@@ -25,10 +25,7 @@ FileFrameSource::FileFrameSource(std::string correctionFilePath, std::string cli
       m_manualFormat(manualFormat),
       m_frameNumber(frameNumber) {}
 
-bool FileFrameSource::shouldPerformShadingCorrection(Core::ShadingCorrectionParameter& parameter) const {
-    parameter = {};
-    return true;
-}
+bool FileFrameSource::shouldPerformShadingCorrection(Core::ShadingCorrectionParameter&) const { return false; }
 
 bool FileFrameSource::shouldPerformDistortionCorrection(Core::DistortionCorrectionParameter& parameter) const {
     parameter = {};

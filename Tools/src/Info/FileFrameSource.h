@@ -8,7 +8,7 @@
 namespace Tools {
 
 /// Answers the core for frames of a correction file that are looked at without their clip: as for a clip of the file's
-/// own name and size, without overscan, whose shading is to be removed and which is to be undistorted.
+/// own name and size, without overscan, which is to be undistorted.
 class FileFrameSource : public Core::CoreDataSource {
 public:
     using RecordingFormat = RecordingFormatDatabase::RecordingFormat;

@@ -3,10 +3,10 @@
 #include <cmath>
 #include <exception>
 
-#include "Chain/CorrectionChain.h"
 #include "Chain/RadialSampling.h"
 #include "Exception/Exception.h"
 #include "Lens/RecordedFrame.h"
+#include "Report/Failure.h"
 
 namespace Tools {
 
@@ -29,6 +29,12 @@ FrameInfo::Undistortion undistortionOf(const FramePlan& plan, const PictureShape
     return undistortion;
 }
 
+// Those of both corrections: a frame whose shading cannot be corrected is told about too.
+Core::FrameParameters bothParameters(const Core::FramePreparation& preparation, Core::FrameToCorrect frame) {
+    frame.wantedShading = Core::ShadingCorrectionParameter();
+    return preparation.parameters(frame);
+}
+
 // The part of a detailed description behind its first line, which is the brief text.
 std::string detailsOf(const Exception& exception) {
     const std::string description = exception.detailedDescription();
@@ -42,16 +48,16 @@ FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation, con
     info.frame = frame;
     try {
         info.prepared = preparation.retrieveFrameToCorrect();
-        info.parameters = preparation.parameters(*info.prepared);
+        info.parameters = bothParameters(preparation, *info.prepared);
         const FramePlan plan = planFrame(shape, Steps::Distortion, preparation);
         info.prepared = plan.frame;
-        info.parameters = preparation.parameters(plan.frame);
+        info.parameters = bothParameters(preparation, plan.frame);
         info.undistortion = undistortionOf(plan, shape, info.parameters.distortion.value());
     } catch (const Exception& exception) {
-        info.error = CorrectionError::causeFirst(exception.what());
+        info.error = causeFirst(exception.what());
         info.details = detailsOf(exception);
     } catch (const std::exception& exception) {
-        info.error = CorrectionError::causeFirst(exception.what());
+        info.error = causeFirst(exception.what());
     }
     return info;
 }

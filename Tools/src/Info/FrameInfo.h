@@ -31,7 +31,8 @@ struct FrameInfo {
 };
 
 /// Lets the core prepare the frame that the preparation's data source stands for now, with the core's own texts when
-/// that fails, and plans it for the distortion node (planFrame). Both corrections should be wanted, undistorting.
+/// that fails, and plans it for the distortion node (planFrame). Undistorting should be wanted; what
+/// it takes to remove the shading is told too.
 FrameInfo frameInfo(std::int64_t frame, Core::FramePreparation& preparation, const PictureShape& shape);
 
 } // namespace Tools

@@ -12,6 +12,7 @@
 #include "Lens/CorrectionFileData.h"
 #include "Lens/RecordedFrame.h"
 #include "Report/Failure.h"
+#include "Report/JobRecord.h"
 
 namespace Tools {
 
@@ -111,16 +112,13 @@ std::string LensGeometry::file(std::int32_t frame) const {
 }
 
 std::string LensGeometry::message(std::int32_t frame, const std::exception& exception) const {
-    const auto* const error = dynamic_cast<const CorrectionError*>(&exception);
-    const std::string text = error ? error->text() : exception.what();
-    const std::string path = file(frame);
-    return path.empty() || text.find(path) != std::string::npos ? fmt::format("Frame {}: {}", frame, text)
-                                                                : fmt::format("Frame {} ({}): {}", frame, path, text);
+    const auto* const failure = dynamic_cast<const Failure*>(&exception);
+    return frameMessage(frame, file(frame), failure ? failure->text() : exception.what());
 }
 
 std::string LensGeometry::advice(const std::exception& exception) const {
-    const bool areLensData = dynamic_cast<const CorrectionError*>(&exception);
-    if (!areLensData || !m_clip || m_options.correctionFile) return {};
+    const auto* const failure = dynamic_cast<const Failure*>(&exception);
+    if (!failure || failure->kind() != Failure::Kind::Correction || !m_clip || m_options.correctionFile) return {};
     return "\"lenscorrect find\" lists the folders searched for the clip's correction file; --correction-file selects "
            "a file.";
 }

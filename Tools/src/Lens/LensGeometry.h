@@ -31,8 +31,8 @@ public:
     /// The frame's file; empty for a frame of a correction file.
     std::string file(std::int32_t frame) const;
 
-    /// How the node undistorts or distorts the frame. Throws CorrectionError with the node's own texts,
-    /// Image::ImageError.
+    /// How the node undistorts or distorts the frame. Throws Failure (Correction) with the node's own
+    /// texts, Image::ImageError.
     FrameGeometry geometry(std::int32_t frame, Direction direction);
 
     /// How the node distorts what it has undistorted, of that box. Likewise.

@@ -31,7 +31,7 @@ struct RoundTrip {
     double largestError() const;
 };
 
-/// Measures a frame; with `isRendered` through the renderers too. Throws CorrectionError, Image::ImageError.
+/// Measures a frame; with `isRendered` through the renderers too. Throws Failure (Correction), Image::ImageError.
 RoundTrip roundTrip(LensGeometry& lens, std::int32_t frame, bool isRendered);
 
 } // namespace Tools

@@ -1,9 +1,9 @@
 #include "Map/MapJob.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
+#include <exception>
 #include <filesystem>
 #include <thread>
 #include <utility>
@@ -13,7 +13,6 @@
 #include "FrameWriter.h"
 #include "ImageError.h"
 #include "Report/Failure.h"
-#include "Report/Progress.h"
 #include "System/AtomicFile.h"
 #include "System/Interruption.h"
 
@@ -58,7 +57,7 @@ void MapJob::write(std::int32_t frame, const Geometries& geometries) const {
     try {
         m_options.lens.decoding.writeFrame(file.temporaryPath(), picture, writing);
     } catch (const Image::ImageError& error) {
-        throw Failure(ExitCode::Output, error.what());
+        throw Failure(Failure::Kind::Output, error.what());
     }
     file.commit();
 }
@@ -71,9 +70,9 @@ void MapJob::checkLensData() {
         try {
             geometries(frame);
             return;
-        } catch (const Failure&) {
-            throw;
         } catch (const std::exception& exception) {
+            const auto* const failure = dynamic_cast<const Failure*>(&exception);
+            if (failure && failure->kind() != Failure::Kind::Correction) throw;
             if (!firstMessage.empty()) continue;
             firstMessage = m_lens.message(frame, exception);
             const std::string advice = m_lens.advice(exception);
@@ -100,49 +99,38 @@ void MapJob::writeOne() {
     write(frames.front(), first);
 }
 
-ExitCode MapJob::run() {
-    const std::vector<std::int32_t>& frames = m_lens.frames();
+void MapJob::check() {
     checkOutputs();
     checkLensData();
-    if (!m_options.output.hasFrameNumber()) {
-        try {
-            writeOne();
-        } catch (const CorrectionError& error) {
-            refuse(error.text());
-        }
-        return Interruption::requested() ? Interruption::exitCode() : ExitCode::Done;
-    }
-    const Progress::Mode mode = Progress::parseMode(m_options.progress, isatty(STDERR_FILENO) == 1);
-    Progress progress(mode, frames.size(), Progress::standardOutput(mode));
-    std::vector<std::int32_t> failed;
-    std::size_t next = 0;
-    for (; next < frames.size() && !Interruption::requested(); ++next) {
-        const std::int32_t frame = frames[next];
-        const std::string path = m_options.output.path(frame);
-        try {
-            write(frame, geometries(frame));
-            progress.done(frame, path);
-        } catch (const Failure&) {
-            throw; // what keeps one file from being written keeps the others too
-        } catch (const std::exception& exception) {
-            progress.failed(frame, path, m_lens.message(frame, exception));
-            failed.push_back(frame);
+}
+
+JobResult MapJob::run(const JobListener& listener) {
+    JobRecord record(frames(), listener);
+    if (isOneMap()) {
+        writeOne();
+    } else {
+        for (const std::int32_t frame : frames()) {
+            if (Interruption::requested()) break;
+            writeFrame(frame, record);
         }
     }
-    progress.end(m_options.output.string());
-    if (!failed.empty()) {
-        std::sort(failed.begin(), failed.end());
-        fmt::print(stderr, "lenscorrect: {} of {} frames failed: {}\n", failed.size(), frames.size(),
-                   FrameRange::string(failed));
+    JobResult result = record.result();
+    result.isInterrupted = Interruption::requested();
+    return result;
+}
+
+void MapJob::writeFrame(std::int32_t frame, JobRecord& record) {
+    const std::string path = m_options.output.path(frame);
+    try {
+        write(frame, geometries(frame));
+        record.done(frame, path);
+    } catch (const std::exception& exception) {
+        const auto* const failure = dynamic_cast<const Failure*>(&exception);
+        // What keeps one file from being written keeps the others too.
+        if (failure && failure->kind() != Failure::Kind::Correction) throw;
+        record.failed(frame, path, m_lens.message(frame, exception),
+                      failure ? failure->kind() : Failure::Kind::WrongUse);
     }
-    if (Interruption::requested()) {
-        const std::vector<std::int32_t> left(frames.begin() + static_cast<std::ptrdiff_t>(next), frames.end());
-        if (!left.empty())
-            fmt::print(stderr, "lenscorrect: Stopped. Run the same command with --frames={} to continue.\n",
-                       FrameRange::string(left));
-        return Interruption::exitCode();
-    }
-    return failed.empty() ? ExitCode::Done : ExitCode::SomeFramesFailed;
 }
 
 } // namespace Tools

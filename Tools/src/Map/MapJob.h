@@ -2,12 +2,12 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
+#include <vector>
 
 #include "Clip/FilePattern.h"
 #include "Lens/LensGeometry.h"
 #include "Map/MapPicture.h"
-#include "Report/ExitCode.h"
+#include "Report/JobRecord.h"
 
 namespace Tools {
 
@@ -17,7 +17,6 @@ struct MapOptions {
     MapContent content;
     FilePattern output; ///< without a placeholder: one map for all frames
     bool overwrite = false;
-    std::string progress = "auto";
 };
 
 /// Writes the displacement maps of the frames of a clip: one for each, or one that serves all.
@@ -26,10 +25,17 @@ public:
     /// Opens what the maps are made from. Throws Failure, Image::ImageError.
     explicit MapJob(const MapOptions& options);
 
-    /// Writes the maps and returns the program's exit status. A frame that fails is reported on the error stream and
-    /// the others continue. Throws Failure: a file exists already and must not be replaced, or cannot be written; one
-    /// file was asked for and the maps differ; no frame at all can be corrected.
-    ExitCode run();
+    const std::vector<std::int32_t>& frames() const { return m_lens.frames(); }
+    bool isOneMap() const { return !m_options.output.hasFrameNumber(); }
+
+    /// Throws Failure for what concerns every frame: a file exists already and must not be replaced; no frame at all
+    /// can be corrected.
+    void check();
+
+    /// Writes the maps; a signal ends it after the map at hand. The listener hears of every frame, but for one map that
+    /// serves all; when a frame fails, the others continue. Throws Failure: a file cannot be written, or one was asked
+    /// for and the maps differ.
+    JobResult run(const JobListener& listener);
 
 private:
     struct Geometries {
@@ -40,6 +46,7 @@ private:
     Geometries geometries(std::int32_t frame);
     void write(std::int32_t frame, const Geometries& geometries) const;
     void writeOne();
+    void writeFrame(std::int32_t frame, JobRecord& record);
     void checkOutputs() const;
     void checkLensData();
 

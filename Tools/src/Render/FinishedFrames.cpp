@@ -74,9 +74,16 @@ FinishedFrames::FinishedFrames(const FilePattern& output) {
     }
 }
 
-bool FinishedFrames::isFinished(const std::string& path, const std::string& key) const {
+FinishedFrames::State FinishedFrames::stateOf(const std::string& path, const std::string& key) const {
     const std::optional<Version> version = versionOf(path);
-    return version && m_lines.count({version->size, version->time, key, nameOf(path)}) > 0;
+    if (!version) return State::Missing;
+    const std::string name = nameOf(path);
+    if (m_lines.contains({version->size, version->time, key, name})) return State::Finished;
+    for (auto line = m_lines.lower_bound({version->size, version->time, "", ""}); line != m_lines.end(); ++line) {
+        if (std::get<0>(*line) != version->size || std::get<1>(*line) != version->time) break;
+        if (std::get<3>(*line) == name) return State::Outdated;
+    }
+    return State::Unknown;
 }
 
 void FinishedFrames::add(const std::string& path, const std::string& key) {
@@ -99,8 +106,8 @@ void FinishedFrames::add(const std::string& path, const std::string& key) {
     }
     if (descriptor >= 0) close(descriptor);
     if (!isWritten) {
-        throw Failure(ExitCode::Output, fmt::format("List of finished frames \"{}\" could not be written: {}.",
-                                                    m_listPath, std::generic_category().message(error)));
+        throw Failure(Failure::Kind::Output, fmt::format("List of finished frames \"{}\" could not be written: {}.",
+                                                         m_listPath, std::generic_category().message(error)));
     }
 }
 

@@ -30,8 +30,15 @@ public:
     /// Reads the lists of the sequence; unreadable ones and lines that are not understood count as missing.
     explicit FinishedFrames(const FilePattern& output);
 
-    /// Whether the file at `path` is one that was finished under this key, untouched since.
-    bool isFinished(const std::string& path, const std::string& key) const;
+    enum class State {
+        Missing,  ///< there is no such file
+        Finished, ///< under this key, and untouched since
+        Outdated, ///< finished under another key, and untouched since
+        Unknown,  ///< changed since it was finished, or from elsewhere
+    };
+
+    /// What the file at `path` is to a frame with this key.
+    State stateOf(const std::string& path, const std::string& key) const;
 
     /// Notes that the file at `path` was finished under this key. Throws Failure (Output) if the list cannot be
     /// written.

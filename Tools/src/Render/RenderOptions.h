@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -44,10 +45,12 @@ struct RenderOptions : ChainSettings {
 
     std::uint64_t memory = 0; ///< bytes for frames on the way; 0: half of the machine's
     unsigned int threads = 0; ///< 0: one per core
-    std::string progress = "auto";
 
     /// Whether the output's format tells where its pixels lie; others hold the whole picture, always of one size.
     bool isOutputWithDataWindow() const;
+
+    /// Of a frame, how many parts are corrected, from the first on: all, but for a map.
+    std::size_t partCount(const Image::Frame& frame) const;
 };
 
 } // namespace Tools

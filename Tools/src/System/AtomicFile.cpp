@@ -80,7 +80,7 @@ int makeFile(const std::string& path) {
 }
 
 [[noreturn]] void fail(const std::string& what, int error) {
-    throw Failure(ExitCode::Output, fmt::format("{}: {}.", what, std::generic_category().message(error)));
+    throw Failure(Failure::Kind::Output, fmt::format("{}: {}.", what, std::generic_category().message(error)));
 }
 
 std::string hostName() {
@@ -141,7 +141,7 @@ AtomicFile::AtomicFile(const std::string& path) : m_path(path), m_slot(-1) {
     m_folder = madeFolderOf(path);
     std::error_code error;
     if (fs::is_directory(target, error)) {
-        throw Failure(ExitCode::Output, fmt::format("\"{}\" is a folder; name a file to write.", path));
+        throw Failure(Failure::Kind::Output, fmt::format("\"{}\" is a folder; name a file to write.", path));
     }
     m_temporaryPath = (target.parent_path() / temporaryName(target.filename().string())).string();
     m_slot = reserveSlot(m_temporaryPath);

@@ -13,14 +13,14 @@ namespace {
 constinit std::atomic<int> receivedSignal{0};
 constinit std::atomic<bool> isInstalled{false};
 
-ExitCode exitCodeFor(int signal) { return signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated; }
+int exitStatusOf(int signal) { return 128 + signal; }
 
 void onSignal(int signal) {
     int expected = 0;
     if (receivedSignal.compare_exchange_strong(expected, signal)) return;
     if (expected == SIGTERM && signal == SIGTERM) return;
     AtomicFile::removeAllNow();
-    _exit(static_cast<int>(exitCodeFor(signal)));
+    _exit(exitStatusOf(signal));
 }
 
 } // namespace
@@ -47,6 +47,6 @@ void Interruption::takeBack() {
 
 bool Interruption::requested() { return receivedSignal != 0; }
 
-ExitCode Interruption::exitCode() { return exitCodeFor(receivedSignal); }
+int Interruption::exitStatus() { return exitStatusOf(receivedSignal); }
 
 } // namespace Tools

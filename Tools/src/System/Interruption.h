@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Report/ExitCode.h"
-
 namespace Tools {
 
 /// How the program stops on SIGINT (a person) and SIGTERM (a render farm).
@@ -24,8 +22,8 @@ public:
     /// Whether a signal has come; any thread.
     static bool requested();
 
-    /// Exit status for the signal that came first.
-    static ExitCode exitCode();
+    /// The status with which a shell's commands end on the signal that came first: 128 and its number.
+    static int exitStatus();
 };
 
 } // namespace Tools

@@ -15,7 +15,7 @@ PrivateFolder::PrivateFolder(const std::string& name) {
         m_path = std::string(place) + '/' + name + "-XXXXXX";
         if (mkdtemp(m_path.data())) return;
     }
-    throw Failure(ExitCode::Environment, "No folder for temporary files is writable; set TMPDIR to one that is.");
+    throw Failure(Failure::Kind::Environment, "No folder for temporary files is writable; set TMPDIR to one that is.");
 }
 
 PrivateFolder::~PrivateFolder() {

@@ -106,7 +106,8 @@ void RenderProbe::renderHere() {
     const unsigned long bytes = input.size() * sizeof(float);
     const auto check = [&](const char* what) {
         if (output != input) {
-            throw Failure(ExitCode::Environment, fmt::format("The OpenCL device renders wrong pixels ({}).", what));
+            throw Failure(Failure::Kind::Environment,
+                          fmt::format("The OpenCL device renders wrong pixels ({}).", what));
         }
     };
 

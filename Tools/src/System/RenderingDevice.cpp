@@ -16,7 +16,7 @@ void RenderingDevice::check() const {
     try {
         Renderer::OpenCLKernelHelper::idOfMostPowerfulDevice();
     } catch (const Exception& exception) {
-        throw Failure(ExitCode::Environment,
+        throw Failure(Failure::Kind::Environment,
                       fmt::format("There is no OpenCL device to render on: {} Install a driver (without a GPU: apt-get "
                                   "install pocl-opencl-icd); \"lenscorrect devices\" lists what is installed.",
                                   exception.what()));

@@ -15,7 +15,7 @@ void writeTextFile(const std::string& path, const std::string& text) {
     std::ofstream stream(file.temporaryPath(), std::ios::binary | std::ios::in);
     stream << text;
     stream.close();
-    if (!stream) throw Failure(ExitCode::Output, fmt::format("{}: could not be written; is the disk full?", path));
+    if (!stream) throw Failure(Failure::Kind::Output, fmt::format("{}: could not be written; is the disk full?", path));
     file.commit();
 }
 

@@ -123,9 +123,10 @@ TEST(ShadingLayers, LetTheLastPatternThatFitsDecide) {
 TEST(ShadingLayers, RefuseAnEmptyPattern) {
     for (const char* const patterns : {"rgba,", ",rgba", "rgba,,N", "!"}) {
         EXPECT_EQ(failureOf([&] { ShadingLayers::parse(patterns); }),
-                  fmt::format("2: --shading-layers \"{}\" has an empty pattern; write layer names separated by commas, "
-                              "such as \"rgba,light_*\".",
-                              patterns));
+                  fmt::format(
+                      "wrong use: --shading-layers \"{}\" has an empty pattern; write layer names separated by commas, "
+                      "such as \"rgba,light_*\".",
+                      patterns));
     }
 }
 

@@ -43,7 +43,7 @@ TEST(FilePattern, ReadsDollarFForInput) {
 
 TEST(FilePattern, RefusesDollarFForOutput) {
     EXPECT_EQ(failure("a.$F4.exr", FilePattern::Use::Output),
-              "2: File pattern \"a.$F4.exr\" is not usable: \"$F4\" works for input only; write \"%04d\" for "
+              "wrong use: File pattern \"a.$F4.exr\" is not usable: \"$F4\" works for input only; write \"%04d\" for "
               "output.");
 }
 
@@ -88,28 +88,32 @@ TEST(FilePattern, KnowsItsFolder) {
 
 TEST(FilePattern, RefusesAPlaceInAFolder) {
     EXPECT_EQ(failure("/s/%04d/a.exr", FilePattern::Use::Input),
-              "2: File pattern \"/s/%04d/a.exr\" is not usable: the frame number may only appear in the file name, not "
+              "wrong use: File pattern \"/s/%04d/a.exr\" is not usable: the frame number may only appear in the file "
+              "name, not "
               "in a folder name.");
 }
 
 TEST(FilePattern, RefusesTwoPlacesNamingBoth) {
-    EXPECT_EQ(failure("a.##.%04d.exr", FilePattern::Use::Input),
-              "2: File pattern \"a.##.%04d.exr\" is not usable: it has two placeholders for the frame number, \"##\" "
-              "and \"%04d\"; keep only one.");
+    EXPECT_EQ(
+        failure("a.##.%04d.exr", FilePattern::Use::Input),
+        "wrong use: File pattern \"a.##.%04d.exr\" is not usable: it has two placeholders for the frame number, \"##\" "
+        "and \"%04d\"; keep only one.");
 }
 
 TEST(FilePattern, RefusesPaddingWithBlanks) {
     EXPECT_EQ(failure("a.%4d.exr", FilePattern::Use::Output),
-              "2: File pattern \"a.%4d.exr\" is not usable: \"%4d\" pads with spaces; write \"%04d\".");
+              "wrong use: File pattern \"a.%4d.exr\" is not usable: \"%4d\" pads with spaces; write \"%04d\".");
 }
 
 TEST(FilePattern, RefusesAbsurdWidths) {
-    EXPECT_EQ(failure("a.%0999999999999d.exr", FilePattern::Use::Output),
-              "2: File pattern \"a.%0999999999999d.exr\" is not usable: \"%0999999999999d\" has too many digits.");
+    EXPECT_EQ(
+        failure("a.%0999999999999d.exr", FilePattern::Use::Output),
+        "wrong use: File pattern \"a.%0999999999999d.exr\" is not usable: \"%0999999999999d\" has too many digits.");
 }
 
 TEST(FilePattern, RefusesAMissingName) {
     EXPECT_EQ(failure("/s/", FilePattern::Use::Output),
-              "2: File pattern \"/s/\" is not usable: the file name is missing.");
-    EXPECT_EQ(failure("", FilePattern::Use::Output), "2: File pattern \"\" is not usable: the file name is missing.");
+              "wrong use: File pattern \"/s/\" is not usable: the file name is missing.");
+    EXPECT_EQ(failure("", FilePattern::Use::Output),
+              "wrong use: File pattern \"\" is not usable: the file name is missing.");
 }

@@ -38,7 +38,7 @@ TEST(FrameFiles, RefusesAFrameThatExistsTwiceNamingBoth) {
     Support::TemporaryFolder folder;
     folder.write("a.1.exr");
     folder.write("a.0001.exr");
-    const std::string expected = "2: Frame 1 exists twice: \"" + folder.path("a.0001.exr") + "\" and \"" +
+    const std::string expected = "wrong use: Frame 1 exists twice: \"" + folder.path("a.0001.exr") + "\" and \"" +
                                  folder.path("a.1.exr") + "\". Move one of them away.";
     EXPECT_EQ(failure(folder.path("a.%04d.exr")), expected);
     EXPECT_EQ(failure(folder.path()), expected);
@@ -86,22 +86,22 @@ TEST(FrameFiles, RefusesAFolderWithSeveralSequencesNamingThem) {
     Support::TemporaryFolder folder;
     for (const char* name : {"a.0001.exr", "b.0001.exr", "a.0001.dpx"}) folder.write(name);
     EXPECT_EQ(failure(folder.path()),
-              "2: Folder \"" + folder.path() + "\" contains several image sequences; choose one:\n  " +
+              "wrong use: Folder \"" + folder.path() + "\" contains several image sequences; choose one:\n  " +
                   folder.path("a.%04d.dpx") + "\n  " + folder.path("a.%04d.exr") + "\n  " + folder.path("b.%04d.exr"));
 }
 
 TEST(FrameFiles, RefusesAFolderWithoutASequence) {
     Support::TemporaryFolder folder;
     folder.write("a.txt");
-    EXPECT_EQ(failure(folder.path()), "2: Folder \"" + folder.path() + "\" contains no image sequence.");
+    EXPECT_EQ(failure(folder.path()), "wrong use: Folder \"" + folder.path() + "\" contains no image sequence.");
 }
 
 TEST(FrameFiles, SaysWhatDoesNotExist) {
     Support::TemporaryFolder folder;
-    EXPECT_EQ(failure(folder.path("a.exr")), "2: Clip \"" + folder.path("a.exr") + "\" does not exist.");
+    EXPECT_EQ(failure(folder.path("a.exr")), "wrong use: Clip \"" + folder.path("a.exr") + "\" does not exist.");
     EXPECT_EQ(failure(folder.path("a.%04d.exr")),
-              "2: No file matches the pattern \"" + folder.path("a.%04d.exr") + "\".");
-    EXPECT_EQ(failure(folder.path("no/a.%04d.exr")), "2: Folder \"" + folder.path("no") + "\" of the clip \"" +
+              "wrong use: No file matches the pattern \"" + folder.path("a.%04d.exr") + "\".");
+    EXPECT_EQ(failure(folder.path("no/a.%04d.exr")), "wrong use: Folder \"" + folder.path("no") + "\" of the clip \"" +
                                                          folder.path("no/a.%04d.exr") + "\" does not exist.");
 }
 
@@ -109,7 +109,7 @@ TEST(FrameFiles, TellsHowASequenceIsNamedToWhoWritesAStar) {
     Support::TemporaryFolder folder;
     folder.write("a.1.exr");
     EXPECT_EQ(failure(folder.path("a.*.exr")),
-              "2: Clip \"" + folder.path("a.*.exr") +
+              "wrong use: Clip \"" + folder.path("a.*.exr") +
                   "\" does not exist. Write a sequence with %04d or #### in place of the frame number.");
 }
 
@@ -117,9 +117,9 @@ TEST(FrameFiles, RefusesACorrectionFile) {
     Support::TemporaryFolder folder;
     folder.write("a.olcf");
     EXPECT_EQ(failure(folder.path("a.olcf")),
-              "2: \"" + folder.path("a.olcf") + "\" is a correction file; give the clip that it belongs to.");
+              "wrong use: \"" + folder.path("a.olcf") + "\" is a correction file; give the clip that it belongs to.");
 }
 
 TEST(FrameFiles, RefusesADevice) {
-    EXPECT_EQ(failure("/dev/null"), "2: \"/dev/null\" is not a file that can be read as a clip.");
+    EXPECT_EQ(failure("/dev/null"), "wrong use: \"/dev/null\" is not a file that can be read as a clip.");
 }

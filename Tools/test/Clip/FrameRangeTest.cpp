@@ -51,19 +51,21 @@ TEST(FrameRange, ReadsTheLargestAndSmallestNumbers) {
 }
 
 TEST(FrameRange, RefusesTheColonNamingBothReadings) {
-    EXPECT_EQ(
-        failure("1-10:5"),
-        "2: Frame range \"1-10:5\" uses \":\", which some programs read as a step (1-10:2 is 1, 3, 5 …) and others as "
-        "a staggered order (all of 1-10, the coarse ones first). Write a step as 1-10x2.");
+    EXPECT_EQ(failure("1-10:5"),
+              "wrong use: Frame range \"1-10:5\" uses \":\", which some programs read as a step (1-10:2 is 1, 3, 5 …) "
+              "and others as "
+              "a staggered order (all of 1-10, the coarse ones first). Write a step as 1-10x2.");
 }
 
 TEST(FrameRange, RefusesMoreThanAMillionFramesBeforeTheyTakeMemory) {
-    EXPECT_EQ(failure("1-1000001"), "2: Frame range \"1-1000001\" has more than 1000000 frames; split the job.");
-    EXPECT_EQ(failure("1-1000000000"), "2: Frame range \"1-1000000000\" has more than 1000000 frames; split the job.");
+    EXPECT_EQ(failure("1-1000001"),
+              "wrong use: Frame range \"1-1000001\" has more than 1000000 frames; split the job.");
+    EXPECT_EQ(failure("1-1000000000"),
+              "wrong use: Frame range \"1-1000000000\" has more than 1000000 frames; split the job.");
     EXPECT_EQ(failure("2147483647--2147483648"),
-              "2: Frame range \"2147483647--2147483648\" has more than 1000000 frames; split the job.");
+              "wrong use: Frame range \"2147483647--2147483648\" has more than 1000000 frames; split the job.");
     EXPECT_EQ(failureOf([] { FrameRange::fromStartToEnd(-2147483647 - 1, 2147483647); }),
-              "2: Frame range \"-2147483648-2147483647x1\" has more than 1000000 frames; split the job.");
+              "wrong use: Frame range \"-2147483648-2147483647x1\" has more than 1000000 frames; split the job.");
     EXPECT_EQ(parsed("1-1000000").size(), 1000000u);
 }
 
@@ -73,7 +75,7 @@ TEST(FrameRange, TakesAStepThatLeavesFewOfManyFrames) {
 
 TEST(FrameRange, CountsRepeatedFramesTowardsTheLimit) {
     EXPECT_EQ(failure("1-600000,1-600000"),
-              "2: Frame range \"1-600000,1-600000\" has more than 1000000 frames; split the job.");
+              "wrong use: Frame range \"1-600000,1-600000\" has more than 1000000 frames; split the job.");
 }
 
 namespace {
@@ -91,7 +93,7 @@ class FrameRangeDefect : public testing::TestWithParam<Defect> {};
 } // namespace
 
 TEST_P(FrameRangeDefect, IsReportedWithTheOffendingText) {
-    EXPECT_EQ(failure(GetParam().text), "2: Frame range " + GetParam().reason + examples);
+    EXPECT_EQ(failure(GetParam().text), "wrong use: Frame range " + GetParam().reason + examples);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -120,11 +122,12 @@ TEST(FrameRange, IsMadeFromStartEndAndStep) {
 }
 
 TEST(FrameRange, RefusesAStepThatNeverArrives) {
-    EXPECT_EQ(
-        failureOf([] { FrameRange::fromStartToEnd(1, 10, 0); }),
-        std::string("2: Frame range \"1-10x0\" is not understood: a step of 0 never reaches the end.") + examples);
+    EXPECT_EQ(failureOf([] { FrameRange::fromStartToEnd(1, 10, 0); }),
+              std::string("wrong use: Frame range \"1-10x0\" is not understood: a step of 0 never reaches the end.") +
+                  examples);
     EXPECT_EQ(failureOf([] { FrameRange::fromStartToEnd(10, 1, 1); }),
-              std::string("2: Frame range \"10-1x1\" is not understood: the step moves away from the end.") + examples);
+              std::string("wrong use: Frame range \"10-1x1\" is not understood: the step moves away from the end.") +
+                  examples);
 }
 
 TEST(FrameRange, WritesTheShortestText) {

@@ -17,14 +17,15 @@ TEST(CorrectionFileData, carriesTheRecordingFormatOfTheHeader) {
 
 TEST(CorrectionFileData, namesAFileThatCannotBeRead) {
     EXPECT_EQ(
-        "2: /nowhere/a.olcf: the correction file could not be read; it must be a regular file with read permission.",
+        "wrong use: /nowhere/a.olcf: the correction file could not be read; it must be a regular file with read "
+        "permission.",
         failureOf([] { CorrectionFileData::read("/nowhere/a.olcf"); }));
 }
 
 TEST(CorrectionFileData, namesTheBadLineAndTheCommandThatFindsTheOthers) {
     const Support::TemporaryFolder folder;
     const std::string path = folder.write("a.olcf", CorrectionFileText().withFrameLine("1;").string());
-    EXPECT_EQ("2: " + path +
+    EXPECT_EQ("wrong use: " + path +
                   ": Correction file could not be parsed due to an invalid format.\nLine Number: 24\nLine Content: "
                   "\"1;\"\nRun \"lenscorrect check\" on it to list every defect.",
               failureOf([&] { CorrectionFileData::read(path); }));
@@ -34,7 +35,7 @@ TEST(CorrectionFileData, refusesTextInThePlaceOfANumber) {
     const Support::TemporaryFolder folder;
     const std::string path = folder.write("a.olcf", CorrectionFileText().withFrameLine("x;;;;;;;;;").string());
     EXPECT_EQ(
-        "2: " + path +
+        "wrong use: " + path +
             ": a frame line has text where a number belongs. Run \"lenscorrect check\" on it to list every defect.",
         failureOf([&] { CorrectionFileData::read(path); }));
 }

@@ -62,9 +62,9 @@ TEST(MapConvention, WritesItsFormula) {
 
 TEST(MapConvention, RefusesPixelCentresOfAPictureWithOneColumn) {
     const MapConvention corner = convention(MapConvention::Origin::Bottom, MapConvention::Centre::Corner);
-    EXPECT_EQ(
-        failureOf([&] {
-            corner.check({0, 0, 0, 99});
-        }),
-        "2: --centre corner divides by the side less 1 px, which is 0 for a picture of 1 x 100 px; choose another.");
+    EXPECT_EQ(failureOf([&] {
+                  corner.check({0, 0, 0, 99});
+              }),
+              "wrong use: --centre corner divides by the side less 1 px, which is 0 for a picture of 1 x 100 px; "
+              "choose another.");
 }

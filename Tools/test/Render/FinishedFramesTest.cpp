@@ -9,6 +9,7 @@
 
 using Tools::FilePattern;
 using Tools::FinishedFrames;
+using State = Tools::FinishedFrames::State;
 
 namespace {
 
@@ -29,42 +30,42 @@ struct Sequence : Support::TemporaryFolder {
 TEST(FinishedFrames, KnowsAFrameThatAnEarlierRunFinished) {
     Sequence sequence;
     FinishedFrames(sequence.pattern).add(sequence.frame, "key");
-    EXPECT_TRUE(FinishedFrames(sequence.pattern).isFinished(sequence.frame, "key"));
+    EXPECT_EQ(FinishedFrames(sequence.pattern).stateOf(sequence.frame, "key"), State::Finished);
 }
 
 TEST(FinishedFrames, WantsAFrameAgainWhoseKeyChanged) {
     Sequence sequence;
     FinishedFrames(sequence.pattern).add(sequence.frame, "key");
-    EXPECT_FALSE(FinishedFrames(sequence.pattern).isFinished(sequence.frame, "other"));
+    EXPECT_EQ(FinishedFrames(sequence.pattern).stateOf(sequence.frame, "other"), State::Outdated);
 }
 
 TEST(FinishedFrames, WantsAFrameAgainThatWasCutShort) {
     Sequence sequence;
     FinishedFrames(sequence.pattern).add(sequence.frame, "key");
     std::filesystem::resize_file(sequence.frame, 3);
-    EXPECT_FALSE(FinishedFrames(sequence.pattern).isFinished(sequence.frame, "key"));
+    EXPECT_EQ(FinishedFrames(sequence.pattern).stateOf(sequence.frame, "key"), State::Unknown);
 }
 
 TEST(FinishedFrames, WantsAFrameAgainThatIsMissingOrWasNeverFinished) {
     Sequence sequence;
-    EXPECT_FALSE(FinishedFrames(sequence.pattern).isFinished(sequence.frame, "key"));
+    EXPECT_EQ(FinishedFrames(sequence.pattern).stateOf(sequence.frame, "key"), State::Unknown);
     FinishedFrames(sequence.pattern).add(sequence.frame, "key");
     std::filesystem::remove(sequence.frame);
-    EXPECT_FALSE(FinishedFrames(sequence.pattern).isFinished(sequence.frame, "key"));
+    EXPECT_EQ(FinishedFrames(sequence.pattern).stateOf(sequence.frame, "key"), State::Missing);
 }
 
 TEST(FinishedFrames, KeepsAListPerSequence) {
     Sequence sequence;
     FinishedFrames(sequence.pattern).add(sequence.frame, "key");
     const FilePattern other = FilePattern::parse(sequence.path("g.####.exr"), FilePattern::Use::Output);
-    EXPECT_FALSE(FinishedFrames(other).isFinished(sequence.frame, "key"));
+    EXPECT_EQ(FinishedFrames(other).stateOf(sequence.frame, "key"), State::Unknown);
 }
 
 TEST(FinishedFrames, ReadsTheListsOfOtherMachinesToo) {
     Sequence sequence;
     FinishedFrames(sequence.pattern).add(sequence.frame, "key");
     std::filesystem::rename(sequence.list(), sequence.path(".f.%04d.exr.elsewhere.frames"));
-    EXPECT_TRUE(FinishedFrames(sequence.pattern).isFinished(sequence.frame, "key"));
+    EXPECT_EQ(FinishedFrames(sequence.pattern).stateOf(sequence.frame, "key"), State::Finished);
 }
 
 TEST(FinishedFrames, OverlooksLinesThatAreNotUnderstood) {
@@ -72,7 +73,7 @@ TEST(FinishedFrames, OverlooksLinesThatAreNotUnderstood) {
     FinishedFrames(sequence.pattern).add(sequence.frame, "key");
     std::ofstream(sequence.list(), std::ios::app)
         << "\n\n12\nx y z\n 1 2 3 4 5\n99999999999999999999999 1 key f.0001.exr";
-    EXPECT_TRUE(FinishedFrames(sequence.pattern).isFinished(sequence.frame, "key"));
+    EXPECT_EQ(FinishedFrames(sequence.pattern).stateOf(sequence.frame, "key"), State::Finished);
 }
 
 TEST(FinishedFrames, StartsANewLineAfterOneThatWasCutShort) {
@@ -80,7 +81,7 @@ TEST(FinishedFrames, StartsANewLineAfterOneThatWasCutShort) {
     FinishedFrames(sequence.pattern).add(sequence.frame, "key");
     std::ofstream(sequence.list(), std::ios::app) << "123 45";
     FinishedFrames(sequence.pattern).add(sequence.frame, "second");
-    EXPECT_TRUE(FinishedFrames(sequence.pattern).isFinished(sequence.frame, "second"));
+    EXPECT_EQ(FinishedFrames(sequence.pattern).stateOf(sequence.frame, "second"), State::Finished);
 }
 
 TEST(FinishedFrames, SaysThatTheListCannotBeWritten) {
@@ -91,7 +92,7 @@ TEST(FinishedFrames, SaysThatTheListCannotBeWritten) {
     std::filesystem::remove(list);
     std::filesystem::create_directory(list);
     EXPECT_EQ(failureOf([&] { frames.add(sequence.frame, "key"); }),
-              "4: List of finished frames \"" + list + "\" could not be written: Is a directory.");
+              "output: List of finished frames \"" + list + "\" could not be written: Is a directory.");
 }
 
 TEST(FinishedFrames, GivesTextsTheirPublishedFingerprints) {

@@ -53,14 +53,15 @@ TEST(FrameJob, TakesWhatIsAskedForInItsOrderWithGapsMarked) {
 TEST(FrameJob, RefusesARangeWithoutAnyFrame) {
     Job job;
     job.options.frames = FrameRange::parse("10-20");
-    EXPECT_EQ(job.failure(), "2: None of the frames 10-20 exists; the clip \"in.%d.exr\" has the frames 1-2,4.");
+    EXPECT_EQ(job.failure(),
+              "wrong use: None of the frames 10-20 exists; the clip \"in.%d.exr\" has the frames 1-2,4.");
 }
 
 TEST(FrameJob, RefusesSeveralFramesForOneFile) {
     Job job;
     job.options.output = FilePattern::parse(job.path("out.exr"), FilePattern::Use::Output);
-    EXPECT_EQ(job.failure(),
-              "2: 3 frames cannot be written to one file, \"" + job.path("out.exr") + "\"; put %04d in its name.");
+    EXPECT_EQ(job.failure(), "wrong use: 3 frames cannot be written to one file, \"" + job.path("out.exr") +
+                                 "\"; put %04d in its name.");
     job.options.frames = FrameRange::parse("2");
     EXPECT_EQ(job.listed(), "2 in.2.exr");
 }
@@ -69,14 +70,14 @@ TEST(FrameJob, NeverReplacesItsOwnInput) {
     Job job;
     job.options.overwrite = true;
     job.available = {{1, job.write("out.0001.exr")}};
-    EXPECT_EQ(job.failure(),
-              "2: Frame 1 would replace its own input, \"" + job.path("out.0001.exr") + "\"; choose another output.");
+    EXPECT_EQ(job.failure(), "wrong use: Frame 1 would replace its own input, \"" + job.path("out.0001.exr") +
+                                 "\"; choose another output.");
 }
 
 TEST(FrameJob, AsksBeforeItReplacesAFile) {
     Job job;
     job.write("out.0002.exr");
-    EXPECT_EQ(job.failure(), "2: \"" + job.path("out.0002.exr") +
+    EXPECT_EQ(job.failure(), "wrong use: \"" + job.path("out.0002.exr") +
                                  "\" already exists. Give --overwrite to replace existing files, or --skip-existing to "
                                  "keep finished frames.");
     job.options.overwrite = true;

@@ -22,10 +22,11 @@ TEST(Dimensions, RefuseEverythingElseNamingOptionAndText) {
     for (const char* text :
          {"", "1920", "1920x", "x1080", "1920x1080p", "0x5", "-1x5", "65537x5", "1.5x5", "1920 x 1080"}) {
         EXPECT_EQ(failureOf([&] { parsePixelSize("--size", text); }),
-                  std::string("2: --size \"") + text + "\" is not a size in pixels, such as 1920x1080.");
+                  std::string("wrong use: --size \"") + text + "\" is not a size in pixels, such as 1920x1080.");
     }
     for (const char* text : {"", "24", "0x5", "nanx5", "infx5", "24x-1", "24x1001", "24,5x13"}) {
-        EXPECT_EQ(failureOf([&] { parseMillimetreSize("--image-area", text); }),
-                  std::string("2: --image-area \"") + text + "\" is not a size in millimetres, such as 23.76x13.37.");
+        EXPECT_EQ(
+            failureOf([&] { parseMillimetreSize("--image-area", text); }),
+            std::string("wrong use: --image-area \"") + text + "\" is not a size in millimetres, such as 23.76x13.37.");
     }
 }

@@ -23,7 +23,7 @@ TEST(MemorySize, ReadsFractionsBlanksAndLongUnits) {
 
 TEST(MemorySize, RefusesEverythingElseNamingTheText) {
     const auto failure = [](const std::string& text) { return failureOf([&] { parseMemorySize(text); }); };
-    const std::string begin = "2: Memory size \"";
+    const std::string begin = "wrong use: Memory size \"";
     const std::string examples = " Examples: 8G, 512M, 1.5G.";
     EXPECT_EQ(failure(""), begin + "\" is not understood: it does not begin with a number." + examples);
     EXPECT_EQ(failure("G"), begin + "G\" is not understood: it does not begin with a number." + examples);

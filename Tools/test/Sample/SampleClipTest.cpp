@@ -109,9 +109,12 @@ TEST(SampleClip, StaysWithinTheFormatAtEveryAspectRatio) {
 }
 
 TEST(SampleClip, RefusesImpossibleClips) {
-    EXPECT_EQ(failureOf([] { SampleClip({1920, 1080}, 0); }), "2: A sample cannot have 0 frames; give 1 to 100000.");
+    EXPECT_EQ(failureOf([] {
+                  SampleClip({1920, 1080}, 0);
+              }),
+              "wrong use: A sample cannot have 0 frames; give 1 to 100000.");
     EXPECT_EQ(failureOf([] {
                   SampleClip({63, 1080}, 1);
               }),
-              "2: A sample cannot have 63x1080 pixels; each side must have 64 to 16384.");
+              "wrong use: A sample cannot have 63x1080 pixels; each side must have 64 to 16384.");
 }

@@ -4,13 +4,14 @@
 
 #include "Report/Failure.h"
 
-/// Text of the Failure that a call ends with, after its exit status: "2: Frame range …"; "no failure" if there is none.
+/// Kind and text of the Failure that a call ends with: "wrong use: Frame range …"; "no failure" if there is none.
 template <typename Call>
 std::string failureOf(Call call) {
     try {
         call();
     } catch (const Tools::Failure& failure) {
-        return std::to_string(static_cast<int>(failure.exitCode())) + ": " + failure.what();
+        static constexpr const char* kinds[] = {"wrong use", "environment", "output", "correction"};
+        return std::string(kinds[static_cast<int>(failure.kind())]) + ": " + failure.what();
     }
     return "no failure";
 }

@@ -91,21 +91,21 @@ TEST(AtomicFile, RefusesANameThatAFolderHas) {
     Support::TemporaryFolder folder;
     std::filesystem::create_directory(folder.path("f.exr"));
     EXPECT_EQ(failureOf([&] { AtomicFile file(folder.path("f.exr")); }),
-              "4: \"" + folder.path("f.exr") + "\" is a folder; name a file to write.");
+              "output: \"" + folder.path("f.exr") + "\" is a folder; name a file to write.");
 }
 
 TEST(AtomicFile, SaysWhichFolderCouldNotBeMade) {
     Support::TemporaryFolder folder;
     folder.write("a", "a file");
     EXPECT_EQ(failureOf([&] { AtomicFile file(folder.path("a/b/f.exr")); }),
-              "4: Folder \"" + folder.path("a/b") + "\" could not be created: Not a directory.");
+              "output: Folder \"" + folder.path("a/b") + "\" could not be created: Not a directory.");
 }
 
 TEST(AtomicFile, SaysThatNothingWasWritten) {
     Support::TemporaryFolder folder;
     AtomicFile file(folder.path("f.exr"));
     EXPECT_EQ(failureOf([&] { file.commit(); }),
-              "4: \"" + folder.path("f.exr") + "\" could not be written: No data available.");
+              "output: \"" + folder.path("f.exr") + "\" could not be written: No data available.");
 }
 
 TEST(AtomicFile, CutsLongNamesApart) {
@@ -138,7 +138,7 @@ TEST(AtomicFile, SaysThatItWasTakenAway) {
     write(file.temporaryPath(), "whole");
     std::filesystem::remove(file.temporaryPath());
     EXPECT_EQ(failureOf([&] { file.commit(); }),
-              "4: \"" + folder.path("f.exr") + "\" could not be written: No such file or directory.");
+              "output: \"" + folder.path("f.exr") + "\" could not be written: No such file or directory.");
 }
 
 // The removal is for the rest of a process, so each case ends a process of its own.
@@ -167,7 +167,7 @@ TEST_F(AtomicFileDeathTest, RemovesAllOpenOnesWhenTheProcessMustEnd) {
                   write(second.temporaryPath(), "2");
                   AtomicFile::removeAllNow();
                   EXPECT_EQ(failureOf([&] { first.commit(); }),
-                            "4: \"" + first.path() + "\" could not be written: No such file or directory.");
+                            "output: \"" + first.path() + "\" could not be written: No such file or directory.");
               }),
               std::vector<std::string>{});
 }
@@ -176,7 +176,7 @@ TEST_F(AtomicFileDeathTest, MakesNoneOnceTheProcessMustEnd) {
     EXPECT_EQ(namesAfter([&] {
                   AtomicFile::removeAllNow();
                   EXPECT_EQ(failureOf([&] { AtomicFile file(m_folder.path("f.exr")); }),
-                            "4: \"" + m_folder.path("f.exr") + "\" could not be written: Operation canceled.");
+                            "output: \"" + m_folder.path("f.exr") + "\" could not be written: Operation canceled.");
               }),
               std::vector<std::string>{});
 }

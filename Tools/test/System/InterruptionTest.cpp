@@ -19,7 +19,7 @@ TEST(InterruptionDeathTest, OnlyNotesTheFirstSignal) {
             Interruption::install();
             if (Interruption::requested()) std::_Exit(1);
             std::raise(SIGTERM);
-            std::_Exit(Interruption::requested() ? static_cast<int>(Interruption::exitCode()) : 1);
+            std::_Exit(Interruption::requested() ? Interruption::exitStatus() : 1);
         },
         testing::ExitedWithCode(143), "");
 }
@@ -62,7 +62,7 @@ TEST(InterruptionDeathTest, TellsAPersonFromAFarm) {
         {
             Interruption::install();
             std::raise(SIGINT);
-            std::_Exit(static_cast<int>(Interruption::exitCode()));
+            std::_Exit(Interruption::exitStatus());
         },
         testing::ExitedWithCode(130), "");
 }

@@ -17,13 +17,15 @@ TEST(TextFile, isNotToReplaceWhatItIsMadeOf) {
     const Support::TemporaryFolder folder;
     folder.write("a.olcf", "x");
     std::filesystem::create_symlink(folder.path("a.olcf"), folder.path("b.svg"));
-    EXPECT_EQ("2: The output would replace its own input, \"" + folder.path("b.svg") + "\"; choose another output.",
-              failureOf([&] { Tools::refuseToReplace(folder.path("a.olcf"), folder.path("b.svg")); }));
+    EXPECT_EQ(
+        "wrong use: The output would replace its own input, \"" + folder.path("b.svg") + "\"; choose another output.",
+        failureOf([&] { Tools::refuseToReplace(folder.path("a.olcf"), folder.path("b.svg")); }));
     Tools::refuseToReplace(folder.path("a.olcf"), folder.path("c.svg"));
 }
 
 TEST(TextFile, isAFailureOfTheOutputWhereNoneCanBe) {
     const Support::TemporaryFolder folder;
     folder.write("a.txt/b", "x");
-    EXPECT_EQ('4', failureOf([&] { Tools::writeTextFile(folder.path("a.txt"), "line\n"); }).front());
+    const std::string failure = failureOf([&] { Tools::writeTextFile(folder.path("a.txt"), "line\n"); });
+    EXPECT_TRUE(failure.starts_with("output: "));
 }

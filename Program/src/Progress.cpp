@@ -1,4 +1,4 @@
-#include "Report/Progress.h"
+#include "Progress.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -12,11 +12,15 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "Clip/FrameRange.h"
 #include "Report/Failure.h"
 #include "Report/Json.h"
 #include "Report/PrintableText.h"
 
-namespace Tools {
+namespace Program {
+
+using namespace Tools;
+
 namespace {
 
 constexpr double secondsBetweenBars = 0.1;
@@ -68,6 +72,26 @@ Progress::Progress(Mode mode, std::size_t total, Output output)
     }
 }
 
+Progress::Progress(const std::string& mode, std::size_t total)
+    : Progress(parseMode(mode, isatty(STDERR_FILENO) == 1), total) {}
+
+Progress::Progress(Mode mode, std::size_t total) : Progress(mode, total, standardOutput(mode)) {}
+
+JobListener Progress::listener() {
+    return [this](const JobEvent& event) {
+        switch (event.kind) {
+            case JobEvent::Kind::Done:
+                return done(event.frame, event.file);
+            case JobEvent::Kind::Skipped:
+                return skipped(event.frame, event.file);
+            case JobEvent::Kind::Failed:
+                return failed(event.frame, event.file, event.text);
+            case JobEvent::Kind::Note:
+                return note(event.text);
+        }
+    };
+}
+
 void Progress::done(std::int32_t frame, const std::string& file) {
     const std::lock_guard lock(m_mutex);
     ++m_done;
@@ -110,21 +134,6 @@ void Progress::end(const std::string& files, const std::vector<std::string>& uns
         m_output.write(printableText(fmt::format(
             "Not corrected for shading: {} (use --shading-layers to choose layers)\n", fmt::join(unshaded, ", "))));
     }
-}
-
-std::size_t Progress::doneCount() const {
-    const std::lock_guard lock(m_mutex);
-    return m_done;
-}
-
-std::size_t Progress::skippedCount() const {
-    const std::lock_guard lock(m_mutex);
-    return m_skipped;
-}
-
-std::size_t Progress::failedCount() const {
-    const std::lock_guard lock(m_mutex);
-    return m_failed;
 }
 
 void Progress::report(std::int32_t frame, const std::string& file, const char* state, const std::string& message) {
@@ -177,6 +186,16 @@ std::string Progress::line() const {
     return text;
 }
 
+void tellEnd(const JobResult& result, std::size_t frames, const std::string& onInterruption) {
+    if (!result.failed.empty()) {
+        std::vector<std::int32_t> failed;
+        for (const JobResult::FailedFrame& frame : result.failed) failed.push_back(frame.frame);
+        fmt::print(stderr, "lenscorrect: {} of {} frames failed: {}\n", failed.size(), frames,
+                   FrameRange::string(failed));
+    }
+    if (result.isInterrupted && !onInterruption.empty()) fmt::print(stderr, "lenscorrect: {}\n", onInterruption);
+}
+
 std::string durationText(double seconds) {
     const auto whole = static_cast<std::uint64_t>(std::min(std::max(std::ceil(seconds), 0.0), 1e15));
     if (whole < 60) return fmt::format("{} s", whole);
@@ -184,4 +203,4 @@ std::string durationText(double seconds) {
     return fmt::format("{} h {:02} min", whole / 3600, whole % 3600 / 60);
 }
 
-} // namespace Tools
+} // namespace Program

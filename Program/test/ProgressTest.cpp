@@ -1,4 +1,4 @@
-#include "Report/Progress.h"
+#include "Progress.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 
 #include "Support/FailureText.h"
 
-using Tools::Progress;
+using Program::Progress;
 
 namespace {
 
@@ -181,7 +181,7 @@ TEST(Progress, IsQuietOnRequest) {
 }
 
 TEST(Progress, CountsReportsOfSeveralThreads) {
-    Recorder recorder(Progress::Mode::None, 400);
+    Recorder recorder(Progress::Mode::Lines, 400);
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&] {
@@ -189,7 +189,9 @@ TEST(Progress, CountsReportsOfSeveralThreads) {
         });
     }
     for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(recorder.progress.doneCount(), 400u);
+    recorder.takeText();
+    recorder.progress.end();
+    EXPECT_EQ(recorder.takeText(), "400 of 400 frames (100 %), 0 errors\n");
 }
 
 TEST(Progress, ChoosesItsModeByTheTerminal) {
@@ -197,11 +199,11 @@ TEST(Progress, ChoosesItsModeByTheTerminal) {
     EXPECT_EQ(Progress::parseMode("auto", false), Progress::Mode::Lines);
     EXPECT_EQ(Progress::parseMode("json", true), Progress::Mode::Json);
     EXPECT_EQ(failureOf([] { Progress::parseMode("loud", true); }),
-              "2: Progress \"loud\" is not one of auto, bar, lines, json, none.");
+              "wrong use: Progress \"loud\" is not one of auto, bar, lines, json, none.");
 }
 
 TEST(Progress, WritesTimesForPeople) {
-    EXPECT_EQ(Tools::durationText(0.0), "0 s");
-    EXPECT_EQ(Tools::durationText(59.2), "1 min 00 s");
-    EXPECT_EQ(Tools::durationText(7619.0), "2 h 06 min");
+    EXPECT_EQ(Program::durationText(0.0), "0 s");
+    EXPECT_EQ(Program::durationText(59.2), "1 min 00 s");
+    EXPECT_EQ(Program::durationText(7619.0), "2 h 06 min");
 }

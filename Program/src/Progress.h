@@ -7,9 +7,11 @@
 #include <string>
 #include <vector>
 
-namespace Tools {
+#include "Report/JobRecord.h"
 
-/// Reports a job's progress.
+namespace Program {
+
+/// Shows a job's progress on the console.
 ///
 /// - Bar: one line on a terminal, rewritten at most ten times a second: frames done, rate, time left, error count.
 /// - Lines: a line of the same content at the first frame and then at most every ten seconds, for logs.
@@ -39,6 +41,12 @@ public:
 
     Progress(Mode mode, std::size_t total, Output output);
 
+    /// On the console, in a mode as parseMode has it. Throws Failure (WrongUse).
+    Progress(const std::string& mode, std::size_t total);
+
+    /// Shows the events of a job; this object outlives it.
+    Tools::JobListener listener();
+
     void done(std::int32_t frame, const std::string& file);
     void skipped(std::int32_t frame, const std::string& file);
     /// `message` names file, frame and reason.
@@ -49,11 +57,8 @@ public:
     /// are, if there are any. `unshaded`: layers and channels that a shading correction left unchanged.
     void end(const std::string& files = {}, const std::vector<std::string>& unshaded = {});
 
-    std::size_t doneCount() const;
-    std::size_t skippedCount() const;
-    std::size_t failedCount() const;
-
 private:
+    Progress(Mode mode, std::size_t total);
     void report(std::int32_t frame, const std::string& file, const char* state, const std::string& message);
     void show(bool isLast);
     std::string line() const;
@@ -70,7 +75,11 @@ private:
     mutable std::mutex m_mutex; ///< guards everything above
 };
 
+/// Tells on the error stream which of so many frames failed, and what else there is to say once a signal has stopped
+/// the job.
+void tellEnd(const Tools::JobResult& result, std::size_t frames, const std::string& onInterruption);
+
 /// "42 s", "3 min 05 s", "2 h 07 min" for a time in seconds.
 std::string durationText(double seconds);
 
-} // namespace Tools
+} // namespace Program
