@@ -47,6 +47,13 @@ struct Block {
     bool ready = false;
 };
 
+/// Who encodes the blocks of a part.
+enum class Encoder {
+    Lines,      ///< nobody: scan lines without compression
+    CLibrary,   ///< OpenEXR's C library, or ourselves between its steps
+    CppLibrary, ///< DWA is only in the C++ library; the C one makes B44's small blocks larger
+};
+
 /// A part as it is stored.
 struct StoredPart {
     const Part* part = nullptr;
@@ -54,14 +61,11 @@ struct StoredPart {
     std::vector<std::size_t> channelOrder;
     std::string compression;
     std::int32_t linesPerBlock = 1;
-    /// Scan lines without compression.
-    bool plain = false;
-    /// Compressed by the C++ library.
-    bool imf = false;
+    Encoder encoder = Encoder::CLibrary;
     bool multiPart = false;
     float dwaLevel = 0.0f;
     std::size_t chunkCount = 0;
-    std::uint64_t tableOffset = 0;
+    std::size_t tableIndex = 0; ///< of its first chunk in the file's table
 };
 
 /// What the callbacks of one thread's pipeline need to know about the block at hand.
@@ -406,9 +410,9 @@ void declarePart(const ExrContext& context, const std::string& path, const Store
     }
 }
 
-/// DWA is only in the C++ library; the C one makes B44's small blocks larger.
-bool isForImf(const std::string& compression) {
-    return compression.starts_with("dwa") || compression.starts_with("b44");
+Encoder encoderOf(const Part& part) {
+    if (part.compression.starts_with("dwa") || part.compression.starts_with("b44")) return Encoder::CppLibrary;
+    return part.compression == "none" && part.tileWidth == 0 ? Encoder::Lines : Encoder::CLibrary;
 }
 
 /// Lines that are encoded at once.
@@ -422,8 +426,8 @@ std::int64_t linesPerRun(const StoredPart& stored, unsigned threads) {
                          static_cast<std::int32_t>(std::min(whole.minY + unit - 1, std::int64_t{whole.maxY}))};
         return static_cast<std::int64_t>(bytes / std::max<std::size_t>(packedBytes(stored, one), 1)) + 1;
     };
-    if (stored.plain) return runOf(plainRunBytes, 1);
-    if (!stored.imf) return lines;
+    if (stored.encoder == Encoder::Lines) return runOf(plainRunBytes, 1);
+    if (stored.encoder == Encoder::CLibrary) return lines;
     // A picture of its own, as which the library takes a run, begins on a line that every channel has.
     for (const Channel& channel : part.channels)
         if (lines % channel.ySampling != 0) return whole.height();
@@ -507,6 +511,161 @@ std::vector<Part> preparedParts(const std::string& path, const Frame& frame, con
     return parts;
 }
 
+/// The parts as the options want them stored; `parts` outlive what is answered.
+std::vector<StoredPart> storedParts(const ExrContext& context, const std::string& path, const std::vector<Part>& parts,
+                                    const WriteOptions& options) {
+    std::vector<StoredPart> stored(parts.size());
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const Part& part = parts[i];
+        stored[i].part = &part;
+        for (const Channel& channel : part.channels)
+            stored[i].types.push_back(exrStoredType(path, channel.type, options));
+        stored[i].channelOrder = exrChannelOrder(part);
+        stored[i].dwaLevel = dwaLevel(part, options);
+        stored[i].compression = part.compression;
+        stored[i].encoder = encoderOf(part);
+        stored[i].multiPart = parts.size() > 1;
+        declarePart(context, path, stored[i], parts.size());
+    }
+    return stored;
+}
+
+/// The blocks of all parts in the file's order. Sets what the parts know of their blocks.
+std::vector<Block> layOutBlocks(const ExrContext& context, const std::string& path, std::vector<StoredPart>& stored,
+                                unsigned threads) {
+    const auto check = [&](exr_result_t result) {
+        if (result != EXR_ERR_SUCCESS) throw ImageError(path, "cannot be written: " + context.errorText(result));
+    };
+    check(exr_write_header(context.get()));
+    std::vector<Block> blocks;
+    for (std::size_t i = 0; i < stored.size(); ++i) {
+        if (stored[i].part->tileWidth == 0)
+            check(exr_get_scanlines_per_chunk(context.get(), static_cast<int>(i), &stored[i].linesPerBlock));
+        std::vector<Block> own = blocksOf(stored[i], i, threads);
+        for (const Block& block : own) stored[i].chunkCount += block.chunks.size();
+        if (stored[i].part->lineOrder == LineOrder::DecreasingY) std::reverse(own.begin(), own.end());
+        std::move(own.begin(), own.end(), std::back_inserter(blocks));
+    }
+    return blocks;
+}
+
+/// Encodes blocks on one thread.
+class BlockEncoder {
+public:
+    /// `libraryAccess` is shared by all encoders of a context.
+    BlockEncoder(const std::string& path, const ExrContext& context, std::mutex& libraryAccess, int level)
+        : m_path(path),
+          m_context(context),
+          m_libraryAccess(libraryAccess),
+          m_pipeline(context.get()),
+          m_compressor(level) {
+        m_source.compressor = &m_compressor;
+    }
+
+    /// Fills block.encoded, whose memory is reused. Throws ImageError.
+    void encode(const StoredPart& stored, Block& block) {
+        m_source.stored = &stored;
+        m_source.block = &block;
+        switch (stored.encoder) {
+            case Encoder::Lines:
+                return packPlain(m_source);
+            case Encoder::CppLibrary:
+                return encodeWithCppLibrary(block);
+            case Encoder::CLibrary:
+                return encodeWithCLibrary(stored, block);
+        }
+    }
+
+private:
+    void encodeWithCppLibrary(const Block& block) try { packImf(m_source); } catch (const std::exception& error) {
+        throw notCompressed(block, error.what());
+    }
+
+    void encodeWithCLibrary(const StoredPart& stored, const Block& block) {
+        const int part = static_cast<int>(block.part);
+        exr_chunk_info_t info{};
+        exr_result_t status = EXR_ERR_SUCCESS;
+        {
+            const std::lock_guard<std::mutex> lock(m_libraryAccess);
+            status = stored.part->tileWidth != 0
+                         ? exr_write_tile_chunk_info(m_context.get(), part, block.tileX, block.tileY, 0, 0, &info)
+                         : exr_write_scanline_chunk_info(m_context.get(), part, block.window.minY, &info);
+        }
+        if (status == EXR_ERR_SUCCESS) status = m_pipeline.encode(info, part, m_source);
+        if (status != EXR_ERR_SUCCESS) throw notCompressed(block, m_context.errorText(status));
+    }
+
+    ImageError notCompressed(const Block& block, const std::string& cause) const {
+        return ImageError(m_path, "the block at line " + std::to_string(block.window.minY) +
+                                      " could not be compressed (" + cause + ")");
+    }
+
+    const std::string& m_path;
+    const ExrContext& m_context;
+    std::mutex& m_libraryAccess;
+    Pipeline m_pipeline;
+    ZipBlockCompressor m_compressor;
+    Source m_source;
+};
+
+/// The file of encoded blocks, in the order in which they were laid out, whichever thread is first.
+class BlockFile {
+public:
+    /// Writes the header, and leaves room for the table of the blocks' places. Throws ImageError, as the others do.
+    BlockFile(const std::string& path, bool makesFile, const std::string& header, std::vector<StoredPart>& stored,
+              std::vector<Block>& blocks)
+        : m_stored(stored), m_blocks(blocks), m_tableBegin(header.size()), m_file(path, makesFile) {
+        std::size_t chunks = 0;
+        for (StoredPart& part : stored) {
+            part.tableIndex = chunks;
+            chunks += part.chunkCount;
+        }
+        m_table.resize(chunks);
+        m_end = m_tableBegin + chunks * 8;
+        m_file.write(header.data(), header.size(), 0);
+    }
+
+    /// Takes a block that is encoded. Whoever has made the next block writes it and all that wait for it; others
+    /// continue meanwhile. Answers memory that is free again, perhaps none. Any thread.
+    PixelBuffer add(Block& block) {
+        std::vector<std::pair<std::uint64_t, PixelBuffer>> writes;
+        {
+            const std::lock_guard<std::mutex> lock(m_access);
+            block.ready = true;
+            for (; m_next < m_blocks.size() && m_blocks[m_next].ready; ++m_next) {
+                Block& done = m_blocks[m_next];
+                for (const Block::Chunk& chunk : done.chunks)
+                    m_table[m_stored[done.part].tableIndex + chunk.tableIndex] = m_end + chunk.begin;
+                const std::size_t size = done.encoded.size();
+                writes.emplace_back(m_end, std::move(done.encoded));
+                m_end += size;
+            }
+        }
+        PixelBuffer spare;
+        for (auto& [at, bytes] : writes) {
+            m_file.write(bytes.data(), bytes.size(), at);
+            spare = std::move(bytes);
+        }
+        return spare;
+    }
+
+    /// Once all blocks are there.
+    void close() {
+        m_file.write(m_table.data(), m_table.size() * 8, m_tableBegin);
+        m_file.close();
+    }
+
+private:
+    const std::vector<StoredPart>& m_stored;
+    std::vector<Block>& m_blocks;
+    const std::uint64_t m_tableBegin;
+    OutputFile m_file;
+    std::mutex m_access; ///< guards what follows, and whether a block is ready
+    std::vector<std::uint64_t> m_table;
+    std::uint64_t m_end = 0;
+    std::size_t m_next = 0;
+};
+
 } // namespace
 
 PixelType exrStoredType(const std::string& path, PixelType type, const WriteOptions& options) {
@@ -522,113 +681,33 @@ PixelType exrStoredType(const std::string& path, PixelType type, const WriteOpti
 }
 
 void writeExr(const std::string& path, const Frame& frame, const WriteOptions& options) {
-    std::vector<Part> headers = preparedParts(path, frame, options);
-    std::vector<StoredPart> stored(headers.size());
-    std::vector<std::vector<PixelType>> types(headers.size());
+    const std::vector<Part> headers = preparedParts(path, frame, options);
     const ExrContext context(path);
-    for (std::size_t i = 0; i < headers.size(); ++i) {
-        for (const Channel& channel : headers[i].channels)
-            types[i].push_back(exrStoredType(path, channel.type, options));
-        stored[i].part = &headers[i];
-        stored[i].types = types[i];
-        stored[i].channelOrder = exrChannelOrder(headers[i]);
-        stored[i].dwaLevel = dwaLevel(headers[i], options);
-        stored[i].plain = headers[i].compression == "none" && headers[i].tileWidth == 0;
-        stored[i].compression = headers[i].compression;
-        stored[i].imf = isForImf(headers[i].compression);
-        stored[i].multiPart = headers.size() > 1;
-        declarePart(context, path, stored[i], headers.size());
-    }
-    exr_result_t result = exr_write_header(context.get());
-    if (result != EXR_ERR_SUCCESS) throw ImageError(path, "cannot be written: " + context.errorText(result));
-
-    std::vector<Block> blocks;
+    std::vector<StoredPart> stored = storedParts(context, path, headers, options);
+    std::vector<Block> blocks = layOutBlocks(context, path, stored, options.threads);
+    std::vector<std::vector<PixelType>> types;
     std::vector<std::int32_t> chunkCounts;
-    for (std::size_t i = 0; i < headers.size(); ++i) {
-        if (headers[i].tileWidth == 0) {
-            result = exr_get_scanlines_per_chunk(context.get(), static_cast<int>(i), &stored[i].linesPerBlock);
-            if (result != EXR_ERR_SUCCESS) throw ImageError(path, "cannot be written: " + context.errorText(result));
-        }
-        std::vector<Block> own = blocksOf(stored[i], i, options.threads);
-        for (const Block& block : own) stored[i].chunkCount += block.chunks.size();
-        chunkCounts.push_back(static_cast<std::int32_t>(stored[i].chunkCount));
-        if (headers[i].lineOrder == LineOrder::DecreasingY) std::reverse(own.begin(), own.end());
-        std::move(own.begin(), own.end(), std::back_inserter(blocks));
+    for (const StoredPart& part : stored) {
+        types.push_back(part.types);
+        chunkCounts.push_back(static_cast<std::int32_t>(part.chunkCount));
     }
     const std::string header = composeExrHeader(path, headers, types, chunkCounts);
-    std::uint64_t offset = header.size();
-    for (StoredPart& part : stored) {
-        part.tableOffset = offset;
-        offset += part.chunkCount * 8;
-    }
 
     // From here on the parts with the pixels count; their compression and types are settled above.
-    for (std::size_t i = 0; i < headers.size(); ++i) stored[i].part = &frame.parts[i];
-    OutputFile file(path, options.makesFile);
-    file.write(header.data(), header.size(), 0);
-    std::vector<std::uint64_t> table((offset - header.size()) / 8);
-    std::mutex libraryMutex;
-    std::mutex fileMutex;
-    std::size_t nextBlock = 0;
+    for (std::size_t i = 0; i < stored.size(); ++i) stored[i].part = &frame.parts[i];
+    BlockFile file(path, options.makesFile, header, stored, blocks);
+    std::mutex libraryAccess;
     const int level =
         options.level && (*options.level >= 1.0f && *options.level <= 12.0f) ? static_cast<int>(*options.level) : 1;
-    const auto notCompressed = [&path](const Block& block, const std::string& cause) {
-        return ImageError(path, "the block at line " + std::to_string(block.window.minY) +
-                                    " could not be compressed (" + cause + ")");
-    };
     parallelFor(options.threads, blocks.size(), [&](WorkQueue& queue) {
-        Pipeline pipeline(context.get());
-        ZipBlockCompressor compressor(level);
-        Source source;
-        source.compressor = &compressor;
+        BlockEncoder encoder(path, context, libraryAccess, level);
         PixelBuffer spare; // memory of a block that is written already
         for (std::size_t i = 0; queue.next(i);) {
-            Block& block = blocks[i];
-            source.stored = &stored[block.part];
-            source.block = &block;
-            block.encoded = std::move(spare);
-            const int part = static_cast<int>(block.part);
-            exr_chunk_info_t info{};
-            exr_result_t status = EXR_ERR_SUCCESS;
-            const bool isOwn = source.stored->plain || source.stored->imf;
-            if (source.stored->plain) {
-                packPlain(source);
-            } else if (source.stored->imf) {
-                try {
-                    packImf(source);
-                } catch (const std::exception& error) {
-                    throw notCompressed(block, error.what());
-                }
-            } else {
-                const std::lock_guard<std::mutex> lock(libraryMutex);
-                status = source.stored->part->tileWidth != 0
-                             ? exr_write_tile_chunk_info(context.get(), part, block.tileX, block.tileY, 0, 0, &info)
-                             : exr_write_scanline_chunk_info(context.get(), part, block.window.minY, &info);
-            }
-            if (status == EXR_ERR_SUCCESS && !isOwn) status = pipeline.encode(info, part, source);
-            if (status != EXR_ERR_SUCCESS) throw notCompressed(block, context.errorText(status));
-            // Whoever has made the next block writes it and all that wait for it; others continue meanwhile.
-            std::vector<std::pair<std::uint64_t, PixelBuffer>> writes;
-            {
-                const std::lock_guard<std::mutex> lock(fileMutex);
-                block.ready = true;
-                for (; nextBlock < blocks.size() && blocks[nextBlock].ready; ++nextBlock) {
-                    Block& done = blocks[nextBlock];
-                    const StoredPart& owner = stored[done.part];
-                    for (const Block::Chunk& chunk : done.chunks)
-                        table[(owner.tableOffset - header.size()) / 8 + chunk.tableIndex] = offset + chunk.begin;
-                    const std::size_t size = done.encoded.size();
-                    writes.emplace_back(offset, std::move(done.encoded));
-                    offset += size;
-                }
-            }
-            for (auto& [at, bytes] : writes) {
-                file.write(bytes.data(), bytes.size(), at);
-                spare = std::move(bytes);
-            }
+            blocks[i].encoded = std::move(spare);
+            encoder.encode(stored[blocks[i].part], blocks[i]);
+            spare = file.add(blocks[i]);
         }
     });
-    file.write(table.data(), table.size() * 8, header.size());
     file.close();
 }
 
