@@ -13,8 +13,7 @@
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "CorrectionFile/Finder/NotFoundException.h"
 #include "ImageError.h"
-#include "Info/PassedOverFiles.h"
-#include "Info/SearchedFolders.h"
+#include "Info/SearchFindings.h"
 #include "Report/Failure.h"
 #include "Report/Json.h"
 

@@ -11,7 +11,6 @@
 #include <string>
 
 #include "Info/ClipInfo.h"
-#include "Info/FileInfo.h"
 #include "Options.h"
 #include "Report/Dimensions.h"
 #include "Report/Failure.h"

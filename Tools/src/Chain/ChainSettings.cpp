@@ -1,4 +1,4 @@
-#include "Chain/LensDataOptions.h"
+#include "Chain/ChainSettings.h"
 
 #include <fmt/format.h>
 

@@ -1,13 +1,15 @@
 #include "Chain/CorrectionChain.h"
 
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <string_view>
 
 #include "Chain/InputSpace.h"
-#include "Chain/NodeFrameSource.h"
 #include "Chain/PlaneTransfer.h"
 #include "Chain/ShadedChannels.h"
+#include "DataSource.h"
+#include "DataSourceHelper.h"
 #include "Exception/Exception.h"
 #include "LensCorrection.h"
 #include "Report/Failure.h"
@@ -27,6 +29,44 @@ Steps stepsOf(const ChainSettings& settings) {
     return settings.shading == ChainSettings::Shading::Remove ? Steps::ShadingThenDistortion
                                                               : Steps::DistortionThenShading;
 }
+
+/// A node's own answers before the node is validated: for a frame as large as the format, without overscan, and the
+/// corrections that the settings want. The node's reader must be valid.
+class NodeFrameSource : public DataSource {
+public:
+    /// `format` is read whenever the core asks; it and the settings outlive this object.
+    NodeFrameSource(LensCorrection* node, const ChainSettings& settings, const PixelSize& format)
+        : DataSource(node), m_settings(settings), m_format(format) {}
+
+    bool shouldPerformShadingCorrection(Core::ShadingCorrectionParameter& parameter) const override {
+        parameter.addShading = m_settings.shading == ChainSettings::Shading::Add;
+        parameter.renderMap = m_settings.renderMap;
+        return m_settings.shading != ChainSettings::Shading::None;
+    }
+
+    bool shouldPerformDistortionCorrection(Core::DistortionCorrectionParameter& parameter) const override {
+        parameter.distort = m_settings.distortion == ChainSettings::Distortion::Distort;
+        parameter.renderMap = m_settings.renderMap;
+        return m_settings.distortion != ChainSettings::Distortion::None;
+    }
+
+    bool frameData(Core::FrameData& frameData) const override {
+        unsigned int frameNumber = 0;
+        std::string timecode;
+        if (!DataSourceHelper::frameNumberAndTimecode(m_op, frameNumber, timecode)) return false;
+        frameData = {};
+        if (timecode.length() >= sizeof frameData.timecode) return false;
+        frameData.frameNumber = frameNumber;
+        std::memcpy(frameData.timecode, timecode.c_str(), timecode.length() + 1);
+        frameData.width = m_format.width;
+        frameData.height = m_format.height;
+        return true;
+    }
+
+private:
+    const ChainSettings& m_settings;
+    const PixelSize& m_format;
+};
 
 Failure failure(const std::string& brief, const std::string& details = {}) {
     return Failure(Failure::Kind::Correction, brief, details);

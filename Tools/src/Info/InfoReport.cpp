@@ -8,7 +8,6 @@
 #include <nlohmann/json.hpp>
 
 #include "Info/HeaderText.h"
-#include "Info/SearchedFolders.h"
 
 namespace Tools {
 

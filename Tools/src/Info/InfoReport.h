@@ -1,15 +1,37 @@
 #pragma once
 
+#include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "Info/FrameInfo.h"
-#include "Info/PassedOverFiles.h"
+#include "Core/FramePreparation.h"
+#include "Info/SearchFindings.h"
 #include "Lens/CorrectionFileData.h"
+#include "Report/Dimensions.h"
 
 namespace Tools {
+
+/// How the plug-in corrects one frame, or why it cannot.
+struct FrameInfo {
+    /// The result of undistorting the frame.
+    struct Undistortion {
+        PixelSize size;               ///< of the data window that the corrected picture gets
+        float overscan = 0.0f;        ///< %, by which the half-diagonal grows of a picture that fills the format
+        double deviation = 0.0;       ///< px; as FrameGeometry::deviation
+        float imageRadius = 0.0f;     ///< mm, of the recorded frame's corner
+        float correctedRadius = 0.0f; ///< mm, where that corner ends up
+    };
+
+    std::int64_t frame = 0;
+    std::string file; ///< the picture; empty: a frame of a correction file
+    std::optional<Core::FrameToCorrect> prepared;
+    Core::FrameParameters parameters;
+    std::optional<Undistortion> undistortion;
+    std::string error;   ///< brief text; empty: the frame can be corrected
+    std::string details; ///< lines that name the values involved, each ending in a line feed; may be empty
+};
 
 /// What is known about a correction file or a clip, for people and for programs.
 struct InfoReport {

@@ -1,4 +1,4 @@
-#include "Info/PassedOverFiles.h"
+#include "Info/SearchFindings.h"
 
 #include <fmt/format.h>
 
@@ -76,6 +76,15 @@ nlohmann::ordered_json json(const std::vector<PassedOverFile>& files) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const PassedOverFile& file : files) list.push_back({{"path", file.path}, {"reason", file.reason}});
     return list;
+}
+
+std::vector<std::string> shortListOf(const std::vector<std::string>& searchedFolders) {
+    constexpr std::size_t mostFolders = 10;
+    if (searchedFolders.size() <= mostFolders) return searchedFolders;
+    std::vector<std::string> lines(searchedFolders.begin(), searchedFolders.begin() + mostFolders);
+    lines.push_back(
+        fmt::format("and {} more; \"lenscorrect find --all\" lists them", searchedFolders.size() - mostFolders));
+    return lines;
 }
 
 } // namespace Tools

@@ -22,4 +22,8 @@ std::vector<PassedOverFile> passedOverFiles(const std::string& clipFilePath,
 /// An array, as Docs/schemas/find.json and info.json have it.
 nlohmann::ordered_json json(const std::vector<PassedOverFile>& files);
 
+/// The folders that were searched for a correction file, as a person reads them: ten, and a last line that counts the
+/// others. Any thread.
+std::vector<std::string> shortListOf(const std::vector<std::string>& searchedFolders);
+
 } // namespace Tools

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "Chain/LensDataOptions.h"
+#include "Chain/ChainSettings.h"
 #include "Clip/DecodingOptions.h"
 #include "Clip/FrameRange.h"
 
