@@ -3,6 +3,8 @@
 namespace Renderer {
 
 const char* const distortionKernelSource =
+#include "Renderer/OpenCL/FrameKernel.cl.inc"
+
 #include "Renderer/OpenCL/DistortionKernel.cl.inc"
     ;
 

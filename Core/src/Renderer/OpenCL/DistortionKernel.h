@@ -2,7 +2,7 @@
 
 namespace Renderer {
 
-/// The OpenCL C program of DistortionKernel.cl, which documents its two kernels.
+/// The OpenCL C program of FrameKernel.cl and DistortionKernel.cl, which document its two kernels.
 extern const char* const distortionKernelSource;
 
 constexpr const char* distortionImageKernelName = "distortion";

@@ -3,6 +3,8 @@
 namespace Renderer {
 
 const char* const shadingKernelSource =
+#include "Renderer/OpenCL/FrameKernel.cl.inc"
+
 #include "Renderer/OpenCL/ShadingKernel.cl.inc"
     ;
 

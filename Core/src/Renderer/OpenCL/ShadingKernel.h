@@ -2,7 +2,7 @@
 
 namespace Renderer {
 
-/// The OpenCL C program of ShadingKernel.cl, which documents its two kernels.
+/// The OpenCL C program of FrameKernel.cl and ShadingKernel.cl, which document its two kernels.
 extern const char* const shadingKernelSource;
 
 constexpr const char* shadingImageKernelName = "shading";

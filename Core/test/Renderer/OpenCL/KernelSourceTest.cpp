@@ -16,10 +16,10 @@ std::string contents(const std::string& file) {
 
 } // namespace
 
-TEST(DistortionKernelSource, IsItsFileByteForByte) {
-    EXPECT_EQ(Renderer::distortionKernelSource, contents("DistortionKernel.cl"));
+TEST(DistortionKernelSource, IsTheCommonFileAndItsOwnByteForByte) {
+    EXPECT_EQ(Renderer::distortionKernelSource, contents("FrameKernel.cl") + contents("DistortionKernel.cl"));
 }
 
-TEST(ShadingKernelSource, IsItsFileByteForByte) {
-    EXPECT_EQ(Renderer::shadingKernelSource, contents("ShadingKernel.cl"));
+TEST(ShadingKernelSource, IsTheCommonFileAndItsOwnByteForByte) {
+    EXPECT_EQ(Renderer::shadingKernelSource, contents("FrameKernel.cl") + contents("ShadingKernel.cl"));
 }

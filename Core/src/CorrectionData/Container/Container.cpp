@@ -1,7 +1,0 @@
-#include "CorrectionData/Container/Container.h"
-
-namespace CorrectionData {
-
-Container::~Container() = default;
-
-} // namespace CorrectionData

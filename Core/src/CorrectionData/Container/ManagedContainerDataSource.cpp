@@ -1,7 +1,0 @@
-#include "CorrectionData/Container/ManagedContainerDataSource.h"
-
-namespace CorrectionData {
-
-ManagedContainerDataSource::~ManagedContainerDataSource() = default;
-
-} // namespace CorrectionData

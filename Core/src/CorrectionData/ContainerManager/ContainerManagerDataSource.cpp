@@ -1,7 +1,0 @@
-#include "CorrectionData/ContainerManager/ContainerManagerDataSource.h"
-
-namespace CorrectionData {
-
-ContainerManagerDataSource::~ContainerManagerDataSource() = default;
-
-} // namespace CorrectionData

@@ -1,7 +1,0 @@
-#include "CorrectionFile/Finder/Finder.h"
-
-namespace CorrectionFile {
-
-Finder::~Finder() = default;
-
-} // namespace CorrectionFile
