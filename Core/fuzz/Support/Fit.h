@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "Core/CorrectionPolynomials.h"
-#include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
+#include "CorrectionData/Calculations/Calculations.h"
 #include "Support/Require.h"
 
 namespace Support {

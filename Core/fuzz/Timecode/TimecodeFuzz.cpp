@@ -6,7 +6,6 @@
 
 #include "Support/Require.h"
 #include "Text/StrictConversion.h"
-#include "Timecode/InvalidTimecodeException.h"
 #include "Timecode/Timecode.h"
 
 namespace {

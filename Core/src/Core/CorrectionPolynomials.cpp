@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "CorrectionData/Calculations/Calculations.h"
-#include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
 
 namespace Core {
 

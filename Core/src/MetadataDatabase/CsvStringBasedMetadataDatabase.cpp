@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "Exception/Assert.h"
-#include "MetadataDatabase/CameraManufacturerContainerFormatMismatchException.h"
 
 namespace MetadataDatabase {
 

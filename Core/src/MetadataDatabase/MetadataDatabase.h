@@ -2,7 +2,16 @@
 
 #include <string>
 
+#include "Exception/Exception.h"
+
 namespace MetadataDatabase {
+
+/// No host metadata key is known for the kind, camera maker and container format.
+class CameraManufacturerContainerFormatMismatchException : public Exception {
+public:
+    CameraManufacturerContainerFormatMismatchException(std::string kind, std::string cameraManufacturer,
+                                                       std::string containerFormat);
+};
 
 /// What a host metadata key carries. The enumerators' names are the first column of the table.
 enum class MetadataKind { ClipFileName = 0, Timecode = 1 };
@@ -10,7 +19,7 @@ enum class MetadataKind { ClipFileName = 0, Timecode = 1 };
 /// Answers under which host metadata key clips of a camera maker and container format carry a kind of information.
 class MetadataDatabase {
 public:
-    virtual ~MetadataDatabase();
+    virtual ~MetadataDatabase() = default;
 
     /// Assigns the key; maker and container format are matched without regard to letter case. Any thread.
     /// Example: Timecode, "red", "r3d" gives "r3d/start_absolute_timecode".

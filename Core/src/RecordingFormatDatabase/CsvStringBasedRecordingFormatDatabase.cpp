@@ -8,8 +8,6 @@
 #include <typeinfo>
 
 #include "Exception/Assert.h"
-#include "RecordingFormatDatabase/CameraManufacturerModelMismatchException.h"
-#include "RecordingFormatDatabase/CameraManufacturerNotFoundException.h"
 #include "Text/StrictConversion.h"
 
 namespace RecordingFormatDatabase {

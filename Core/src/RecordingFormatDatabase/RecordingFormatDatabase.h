@@ -4,9 +4,22 @@
 #include <string>
 #include <vector>
 
+#include "Exception/Exception.h"
 #include "RecordingFormatDatabase/RecordingFormat.h"
 
 namespace RecordingFormatDatabase {
+
+/// The recording format table does not know the camera maker.
+class CameraManufacturerNotFoundException : public Exception {
+public:
+    explicit CameraManufacturerNotFoundException(std::string cameraManufacturer);
+};
+
+/// The recording format table knows the camera maker but no such model of it.
+class CameraManufacturerModelMismatchException : public Exception {
+public:
+    CameraManufacturerModelMismatchException(std::string cameraManufacturer, std::string cameraModel);
+};
 
 /// Answers which camera makers are known, which models a maker has, and which recording formats a model offers.
 ///
@@ -14,7 +27,7 @@ namespace RecordingFormatDatabase {
 /// leaves it untouched when it throws. Any thread, any number at once.
 class RecordingFormatDatabase {
 public:
-    virtual ~RecordingFormatDatabase();
+    virtual ~RecordingFormatDatabase() = default;
 
     /// All makers in case-insensitive alphabetical order.
     virtual void cameraManufacturers(std::vector<std::string>& cameraManufacturers) const = 0;

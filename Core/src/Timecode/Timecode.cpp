@@ -8,8 +8,9 @@
 #include <string_view>
 
 #include "Exception/Assert.h"
+#include "Exception/DetailLines.h"
 #include "Text/StrictConversion.h"
-#include "Timecode/InvalidTimecodeException.h"
+#include "Text/ToString.h"
 
 namespace Timecode {
 
@@ -136,5 +137,17 @@ bool operator<(const Timecode& lhs, const Timecode& rhs) {
     const std::uint32_t rhsSeconds = wholeSeconds(rhs);
     return lhsSeconds != rhsSeconds ? lhsSeconds < rhsSeconds : lhs.frames < rhs.frames;
 }
+
+InvalidTimecodeException::InvalidTimecodeException(const std::string& briefDescription, const std::string& timecode,
+                                                   float framesPerSecond)
+    : Exception(briefDescription, DetailLines()
+                                      .text("Timecode String", timecode)
+                                      .text("Frames per Second", Text::toString(framesPerSecond))
+                                      .string()) {}
+
+InvalidTimecodeException::InvalidTimecodeException(const std::string& briefDescription, const std::string& lhsTimecode,
+                                                   const std::string& rhsTimecode)
+    : Exception(briefDescription,
+                DetailLines().text("Lhs Timecode", lhsTimecode).text("Rhs Timecode", rhsTimecode).string()) {}
 
 } // namespace Timecode

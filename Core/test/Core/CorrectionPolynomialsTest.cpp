@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
+#include "CorrectionData/Calculations/Calculations.h"
 
 using CorrectionData::CoefficentCalculationFailedException;
 using CorrectionData::Frame;

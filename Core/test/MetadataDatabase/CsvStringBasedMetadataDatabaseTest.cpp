@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "MetadataDatabase/CameraManufacturerContainerFormatMismatchException.h"
+#include "MetadataDatabase/MetadataDatabase.h"
 
 using MetadataDatabase::CameraManufacturerContainerFormatMismatchException;
 using MetadataDatabase::CsvStringBasedMetadataDatabase;

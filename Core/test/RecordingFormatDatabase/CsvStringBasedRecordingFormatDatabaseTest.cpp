@@ -11,8 +11,7 @@
 #include <sstream>
 #include <thread>
 
-#include "RecordingFormatDatabase/CameraManufacturerModelMismatchException.h"
-#include "RecordingFormatDatabase/CameraManufacturerNotFoundException.h"
+#include "RecordingFormatDatabase/RecordingFormatDatabase.h"
 #include "Support/CommaLocale.h"
 
 using RecordingFormatDatabase::CameraManufacturerModelMismatchException;

@@ -1,8 +1,8 @@
-#include "Timecode/InvalidTimecodeException.h"
 
 #include <gtest/gtest.h>
 
 #include "Support/CommaLocale.h"
+#include "Timecode/Timecode.h"
 
 using Timecode::InvalidTimecodeException;
 

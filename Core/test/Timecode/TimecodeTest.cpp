@@ -6,7 +6,6 @@
 #include <limits>
 
 #include "Support/CommaLocale.h"
-#include "Timecode/InvalidTimecodeException.h"
 
 using Timecode::InvalidTimecodeException;
 using Value = Timecode::Timecode;

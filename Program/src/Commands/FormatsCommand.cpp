@@ -8,9 +8,8 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
-#include "RecordingFormatDatabase/CameraManufacturerModelMismatchException.h"
-#include "RecordingFormatDatabase/CameraManufacturerNotFoundException.h"
 #include "RecordingFormatDatabase/CsvStringBasedRecordingFormatDatabase.h"
+#include "RecordingFormatDatabase/RecordingFormatDatabase.h"
 #include "Report/Failure.h"
 #include "Report/Json.h"
 #include "Report/PrintableText.h"

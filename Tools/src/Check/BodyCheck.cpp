@@ -10,7 +10,6 @@
 #include "CorrectionFile/Parser/InvalidFormatException.h"
 #include "Lens/LensCurves.h"
 #include "Text/StrictConversion.h"
-#include "Timecode/InvalidTimecodeException.h"
 #include "Timecode/Timecode.h"
 
 namespace Tools {

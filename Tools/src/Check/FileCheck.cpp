@@ -13,7 +13,6 @@
 #include "Check/CheckedText.h"
 #include "Check/Findings.h"
 #include "Check/HeaderCheck.h"
-#include "CorrectionFile/Reader/NotReadableException.h"
 #include "CorrectionFile/Reader/Reader.h"
 
 namespace Tools {

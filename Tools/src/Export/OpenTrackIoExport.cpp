@@ -7,9 +7,8 @@
 #include <optional>
 #include <utility>
 
-#include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
+#include "CorrectionData/Calculations/Calculations.h"
 #include "Lens/LensCurves.h"
-#include "Timecode/InvalidTimecodeException.h"
 #include "Timecode/Timecode.h"
 
 namespace Tools {

@@ -8,7 +8,6 @@
 #include "CorrectionData/Container/ManagedContainerDataSource.h"
 #include "CorrectionFile/Parser/InvalidFormatException.h"
 #include "CorrectionFile/Parser/Parser.h"
-#include "CorrectionFile/Reader/NotReadableException.h"
 #include "CorrectionFile/Reader/Reader.h"
 #include "Report/Failure.h"
 

@@ -6,7 +6,7 @@
 #include <cmath>
 
 #include "Core/CorrectionPolynomials.h"
-#include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
+#include "CorrectionData/Calculations/Calculations.h"
 
 namespace Tools {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
+#include "CorrectionData/Calculations/Calculations.h"
 #include "Report/Failure.h"
 
 namespace Tools {

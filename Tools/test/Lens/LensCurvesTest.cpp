@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
+#include "CorrectionData/Calculations/Calculations.h"
 
 namespace {
 

@@ -10,9 +10,10 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <string>
 
-#include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
 #include "Exception/Assert.h"
+#include "Text/ToString.h"
 
 extern "C" {
 void dgetrf_(const int* m, const int* n, double* a, const int* lda, int* ipiv, int* info);
@@ -81,5 +82,21 @@ void Calculations::calculateCoefficients(const std::vector<float>& xVector, cons
     std::transform(solution.begin(), solution.end(), std::back_inserter(coefficients),
                    [](double coefficient) { return static_cast<float>(coefficient); });
 }
+
+namespace {
+
+std::string details(const std::vector<float>& xVector, const std::vector<float>& yVector) {
+    std::string text = "X Vector:";
+    for (const float x : xVector) text += ' ' + Text::toString(x);
+    text += "\nY Vector:";
+    for (const float y : yVector) text += ' ' + Text::toString(y);
+    return text;
+}
+
+} // namespace
+
+CoefficentCalculationFailedException::CoefficentCalculationFailedException(const std::vector<float>& xVector,
+                                                                           const std::vector<float>& yVector)
+    : Exception("Calculation of the polynomial coefficients did fail.", details(xVector, yVector)) {}
 
 } // namespace CorrectionData

@@ -8,7 +8,7 @@ namespace CorrectionData {
 /// Gives the correction data of one clip: its header, and the record of a frame by number or by timecode.
 class Container {
 public:
-    virtual ~Container();
+    virtual ~Container() = default;
 
     /// Replaces `header`; on failure it is untouched.
     virtual void headerData(Header& header) = 0;

@@ -11,7 +11,7 @@ namespace CorrectionData {
 /// containers, so it must not be changed.
 class ManagedContainerDataSource {
 public:
-    virtual ~ManagedContainerDataSource();
+    virtual ~ManagedContainerDataSource() = default;
 
     /// The content of the correction file that belongs to the clip of this path. `content` is set on success only.
     virtual void shareContent(const std::string& clipFilePath, std::shared_ptr<Content>& content) = 0;

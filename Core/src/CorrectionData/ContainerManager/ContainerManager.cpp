@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "CorrectionData/ContainerManager/FileMismatchException.h"
 #include "Exception/Assert.h"
+#include "Exception/DetailLines.h"
 
 namespace CorrectionData {
 
@@ -45,5 +45,14 @@ void ContainerManager::shareContent(const std::string& clipFileName, const std::
     m_cache.cacheContent(correctionFilePath, loaded);
     content = std::move(loaded);
 }
+
+FileMismatchException::FileMismatchException(const std::string& clipFileName, const std::string& correctionFilePath,
+                                             const std::string& clipFileNameInCorrectionFile)
+    : Exception("Correction file does not belong to the clip.",
+                DetailLines()
+                    .text("Clip File Name", clipFileName)
+                    .text("Correction File Path", correctionFilePath)
+                    .text("Clip File Name in Correction File", clipFileNameInCorrectionFile)
+                    .string()) {}
 
 } // namespace CorrectionData

@@ -7,8 +7,16 @@
 #include "CorrectionData/Container/ManagedContainerDataSource.h"
 #include "CorrectionData/ContainerManager/ContainerManagerContentCache.h"
 #include "CorrectionData/ContainerManager/ContainerManagerDataSource.h"
+#include "Exception/Exception.h"
 
 namespace CorrectionData {
+
+/// The correction file that was named for a clip was made for another one.
+class FileMismatchException : public Exception {
+public:
+    FileMismatchException(const std::string& clipFileName, const std::string& correctionFilePath,
+                          const std::string& clipFileNameInCorrectionFile);
+};
 
 /// The shared owner of parsed correction files: each is read once and then shared by all containers of its clip.
 ///

@@ -9,7 +9,7 @@ namespace CorrectionData {
 /// Where the container manager loads content from when it has none cached. Outputs are set on success only.
 class ContainerManagerDataSource {
 public:
-    virtual ~ContainerManagerDataSource();
+    virtual ~ContainerManagerDataSource() = default;
 
     /// Finds the correction file of a clip; gives its path and its parsed content.
     virtual void content(const std::string& clipFilePath, std::string& correctionFilePath, Content& content) = 0;

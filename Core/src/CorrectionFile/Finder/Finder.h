@@ -7,7 +7,7 @@ namespace CorrectionFile {
 /// Finds a clip's correction file.
 class Finder {
 public:
-    virtual ~Finder();
+    virtual ~Finder() = default;
 
     /// Stores the path of the correction file. Throws NotFoundException if there is none; the text is untouched then.
     virtual void find(std::string& correctionFilePath) const = 0;

@@ -6,7 +6,7 @@
 
 #include <cerrno>
 
-#include "CorrectionFile/Reader/NotReadableException.h"
+#include "Exception/DetailLines.h"
 
 namespace CorrectionFile {
 
@@ -63,5 +63,8 @@ void Reader::readFile(const std::string& path, std::string& text) const {
     if (!fill(content, file.get())) throw NotReadableException(path);
     text = std::move(content);
 }
+
+NotReadableException::NotReadableException(const std::string& filePath)
+    : Exception("Correction file could not be read.", DetailLines().text("File Path", filePath).string()) {}
 
 } // namespace CorrectionFile

@@ -2,7 +2,16 @@
 
 #include <string>
 
+#include "Exception/Exception.h"
+
 namespace CorrectionFile {
+
+/// A correction file could not be opened or read as a whole.
+class NotReadableException : public Exception {
+public:
+    /// Details: `File Path: "/clips/A001.olcf"`.
+    explicit NotReadableException(const std::string& filePath);
+};
 
 /// Reads a correction file's bytes as they are, without decoding. Stateless; any thread may use it.
 class Reader {

@@ -7,7 +7,6 @@
 #include <limits>
 #include <random>
 
-#include "CorrectionData/Calculations/CoefficentCalculationFailedException.h"
 #include "Support/CommaLocale.h"
 
 using CorrectionData::Calculations;

@@ -11,7 +11,7 @@
 #include "CorrectionData/Container/DataNotAvailableException.h"
 #include "Exception/Exception.h"
 #include "Support/JsonRecord.h"
-#include "Timecode/InvalidTimecodeException.h"
+#include "Timecode/Timecode.h"
 
 using CorrectionData::Content;
 using CorrectionData::DataNotAvailableException;

@@ -6,7 +6,6 @@
 #include <functional>
 #include <vector>
 
-#include "CorrectionData/ContainerManager/FileMismatchException.h"
 #include "Exception/Exception.h"
 
 using CorrectionData::ContainerManager;

@@ -4,7 +4,7 @@
 
 #include "CorrectionFile/Finder/NotFoundException.h"
 #include "CorrectionFile/Parser/InvalidFormatException.h"
-#include "CorrectionFile/Reader/NotReadableException.h"
+#include "CorrectionFile/Reader/Reader.h"
 #include "Support/CorrectionFileText.h"
 #include "Support/TemporaryFolder.h"
 

@@ -9,7 +9,6 @@
 #include <cstring>
 #include <filesystem>
 
-#include "CorrectionFile/Reader/NotReadableException.h"
 #include "Support/OrdinaryUser.h"
 #include "Support/TemporaryFolder.h"
 
