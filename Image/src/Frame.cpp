@@ -127,6 +127,16 @@ void Plane::rowFromFloat(std::size_t y, const float* samples) {
     samplesFromFloat(type, samples, row(y), width * components);
 }
 
+std::vector<Channel> floatRgbaChannels() {
+    std::vector<Channel> channels;
+    for (const char* const name : {"A", "B", "G", "R"}) {
+        Channel& channel = channels.emplace_back();
+        channel.name = name;
+        channel.type = PixelType::Float;
+    }
+    return channels;
+}
+
 void Plane::allocatePixels() { pixels.resize(rowBytes() * height); }
 
 std::size_t Part::firstChannelOf(std::size_t plane) const {

@@ -78,6 +78,9 @@ struct Plane {
     void rowFromFloat(std::size_t y, const float* samples);
 };
 
+/// A, B, G and R of 32-bit floats, in the order in which OpenEXR keeps them.
+std::vector<Channel> floatRgbaChannels();
+
 /// One metadata entry, kept as bytes so that nothing is lost on the way through. Types are named as in OpenEXR
 /// ("string", "int", "timecode", "box2i", …) and values laid out as there: little-endian, text without its length or a
 /// terminator. Entries of other formats that have no such type are "oiio/<type>".

@@ -186,14 +186,17 @@ std::string Progress::line() const {
     return text;
 }
 
+void tell(const std::string& text) {
+    if (!text.empty()) fmt::print(stderr, "lenscorrect: {}\n", printableText(text));
+}
+
 void tellEnd(const JobResult& result, std::size_t frames, const std::string& onInterruption) {
     if (!result.failed.empty()) {
         std::vector<std::int32_t> failed;
         for (const JobResult::FailedFrame& frame : result.failed) failed.push_back(frame.frame);
-        fmt::print(stderr, "lenscorrect: {} of {} frames failed: {}\n", failed.size(), frames,
-                   FrameRange::string(failed));
+        tell(fmt::format("{} of {} frames failed: {}", failed.size(), frames, FrameRange::string(failed)));
     }
-    if (result.isInterrupted && !onInterruption.empty()) fmt::print(stderr, "lenscorrect: {}\n", onInterruption);
+    if (result.isInterrupted) tell(onInterruption);
 }
 
 std::string durationText(double seconds) {

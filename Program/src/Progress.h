@@ -75,6 +75,9 @@ private:
     mutable std::mutex m_mutex; ///< guards everything above
 };
 
+/// A line on the error stream, after the program's name; nothing for an empty text.
+void tell(const std::string& text);
+
 /// Tells on the error stream which of so many frames failed, and what else there is to say once a signal has stopped
 /// the job.
 void tellEnd(const Tools::JobResult& result, std::size_t frames, const std::string& onInterruption);

@@ -70,6 +70,7 @@ ExitCode RenderCommand::run() {
         return showPlan(job);
     }
     const RenderingDevice device;
+    tell(device.notice());
     RenderJob job(options);
     device.check();
     const std::size_t frames = job.frames().size();
@@ -81,8 +82,7 @@ ExitCode RenderCommand::run() {
 }
 
 ExitCode RenderCommand::showPlan(RenderJob& job) const {
-    const RenderPlan plan =
-        job.plan([](const JobEvent& event) { fmt::print(stderr, "lenscorrect: {}\n", printableText(event.text)); });
+    const RenderPlan plan = job.plan([](const JobEvent& event) { tell(event.text); });
     if (m_asJson) {
         fmt::print("{}\n", jsonText(plan.json()));
     } else {

@@ -108,6 +108,7 @@ MapOptions StMapCommand::options() const {
 ExitCode StMapCommand::run() {
     const MapOptions mapOptions = options();
     const RenderingDevice device;
+    tell(device.notice());
     MapJob job(mapOptions);
     device.check();
     job.check();

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "Options.h"
+#include "Progress.h"
 #include "Report/Failure.h"
 #include "Report/Json.h"
 #include "Report/PrintableText.h"
@@ -61,6 +62,7 @@ ExitCode VerifyCommand::run() {
     if (m_tolerance && !(*m_tolerance >= 0.0))
         refuse(fmt::format("--tolerance {}: give a length in px, 0 or more.", *m_tolerance));
     const RenderingDevice device;
+    tell(device.notice());
     LensGeometry lens(options);
     device.check();
 
@@ -77,9 +79,7 @@ ExitCode VerifyCommand::run() {
             if (advice.empty()) advice = lens.advice(exception);
         }
     }
-    for (const auto& [frame, message] : report.failures) {
-        fmt::print(stderr, "lenscorrect: {}\n", printableText(message));
-    }
+    for (const auto& [frame, message] : report.failures) tell(message);
     if (report.frames.empty() && !advice.empty()) fmt::print(stderr, "{}\n", advice);
     if (m_asJson) {
         fmt::print("{}\n", jsonText(report.json()));

@@ -151,7 +151,7 @@ Box filledBy(const Box& window, const Box& box, PixelSize format, const RadialSa
     MovedSide sides[] = {{left, bottom, top}, {right, bottom, top}, {bottom, left, right}, {top, left, right}};
 
     constexpr double step = 0.5; // px; over one, the curve is a straight line
-    const double end = std::hypot(box.w(), box.h()) / 2.0;
+    const double end = halfDiagonal(box.w(), box.h());
     double lastSource = 0.0, lastFactor = 1.0 / sampling.factor(step);
     for (double distance = step; distance < end + step; distance += step) {
         const double source = sampling.sourceDistance(distance);

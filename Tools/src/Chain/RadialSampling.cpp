@@ -3,21 +3,15 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Report/Dimensions.h"
+
 namespace Tools {
-
-namespace {
-
-double halfDiagonal(const Renderer::DistortionParameter& p) {
-    return std::hypot(p.currentWidth, p.currentHeight) / 2.0;
-}
-
-} // namespace
 
 RadialSampling RadialSampling::rendered(const Renderer::DistortionParameter& p) {
     RadialSampling sampling;
     sampling.m_coefficients = {double{p.a0}, double{p.a1}, double{p.a2}, double{p.a3},
                                double{p.a4}, double{p.a5}, double{p.a6}};
-    sampling.m_scale = static_cast<double>(p.imageRadius) / halfDiagonal(p);
+    sampling.m_scale = static_cast<double>(p.imageRadius) / halfDiagonal(p.currentWidth, p.currentHeight);
     return sampling;
 }
 
@@ -40,7 +34,7 @@ double nodeDeviation(const Renderer::DistortionParameter& node, double idealMill
     constexpr int stepCount = 512; // the curves are smooth, and mostly the largest deviation is at the corner
     const RadialSampling rendered = RadialSampling::rendered(node);
     const RadialSampling ideal = rendered.at(idealMillimetresPerPixel);
-    const double end = halfDiagonal(node);
+    const double end = halfDiagonal(node.currentWidth, node.currentHeight);
     double largest = 0.0;
     for (int step = 0; step <= stepCount; ++step) {
         const double distance = end * step / stepCount;

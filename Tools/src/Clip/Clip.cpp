@@ -33,6 +33,12 @@ Clip::Clip(const std::string& path, DecodingOptions decoding)
     if (std::filesystem::exists(sidecar)) m_sidecar.emplace(sidecar);
 }
 
+std::vector<std::int32_t> Clip::frameNumbers() const {
+    std::vector<std::int32_t> numbers;
+    for (const auto& [number, file] : m_frames) numbers.push_back(number);
+    return numbers;
+}
+
 ClipRange Clip::range() const {
     const std::int64_t last = std::min<std::int64_t>(shownNumber(m_frames.rbegin()->first), INT32_MAX);
     return {static_cast<std::int32_t>(shownNumber(m_frames.begin()->first)), static_cast<std::int32_t>(last)};

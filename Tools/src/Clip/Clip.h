@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Clip/DecodingOptions.h"
 #include "Clip/FrameFiles.h"
@@ -32,6 +33,8 @@ public:
     const FrameFiles& files() const { return m_files; }
     /// Every frame and its file.
     const std::map<std::int32_t, std::string>& frames() const { return m_frames; }
+    /// The frames' numbers, ascending.
+    std::vector<std::int32_t> frameNumbers() const;
     /// First and last frame as the nodes see them. They accept no negative frame number, and only a frame's position in
     /// the clip counts: a clip that begins below 0 is shown as one that begins at 0.
     ClipRange range() const;

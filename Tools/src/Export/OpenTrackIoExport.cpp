@@ -9,6 +9,7 @@
 
 #include "CorrectionData/Calculations/Calculations.h"
 #include "Lens/LensCurves.h"
+#include "Report/Dimensions.h"
 #include "Timecode/Timecode.h"
 
 namespace Tools {
@@ -133,7 +134,7 @@ OpenTrackIoExport::OpenTrackIoExport(const CorrectionFileData& file) {
     const RecordingFormatDatabase::RecordingFormat& format = file.recordingFormat;
     const bool isFormatKnown = format.imageRadius > 0.0f;
     const double pixelsPerMillimetre = isFormatKnown
-                                           ? std::hypot(format.clipResolutionWidth, format.clipResolutionHeight) / 2.0 /
+                                           ? halfDiagonal(format.clipResolutionWidth, format.clipResolutionHeight) /
                                                  static_cast<double>(format.imageRadius)
                                            : 0.0;
 

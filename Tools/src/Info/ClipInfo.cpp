@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <boost/filesystem.hpp>
-#include <cmath>
 #include <cstring>
 #include <exception>
 #include <memory>
@@ -25,14 +24,15 @@ namespace Tools {
 
 namespace {
 
-// Half the distance between opposite corner pixels' centres, as the overscan is defined.
-double halfDiagonal(const DD::Image::Box& box) { return std::hypot(box.w() - 1.0, box.h() - 1.0) / 2.0; }
+// Between the centres of the corner pixels, as the overscan is defined.
+double halfDiagonalOfCentres(const DD::Image::Box& box) { return halfDiagonal(box.w() - 1.0, box.h() - 1.0); }
 
 FrameInfo::Undistortion undistortionOf(const FramePlan& plan, const PictureShape& shape,
                                        const Renderer::DistortionParameter& parameter) {
     FrameInfo::Undistortion undistortion;
     undistortion.size = {static_cast<std::uint32_t>(plan.kept.w()), static_cast<std::uint32_t>(plan.kept.h())};
-    const double before = halfDiagonal(shape.whole()), after = halfDiagonal(plan.keptOf(shape.whole(), shape));
+    const double before = halfDiagonalOfCentres(shape.whole());
+    const double after = halfDiagonalOfCentres(plan.keptOf(shape.whole(), shape));
     undistortion.overscan = static_cast<float>(100.0 * (after / before - 1.0));
     undistortion.deviation =
         nodeDeviation(plan.distortion.value(),
@@ -103,13 +103,6 @@ void findCorrectionFile(const InfoOptions& options, const Clip& clip, const std:
 // A node's detailed text begins with its brief one.
 std::string withoutFirstLine(const std::string& text, const std::string& line) {
     return text.starts_with(line + "\n") ? text.substr(line.size() + 1) : text;
-}
-
-std::vector<std::int32_t> framesOf(const InfoOptions& options, const Clip& clip) {
-    if (options.frames) return options.frames->frames();
-    std::vector<std::int32_t> frames;
-    for (const auto& [frame, path] : clip.frames()) frames.push_back(frame);
-    return frames;
 }
 
 FrameInfo infoOf(std::int32_t frame, const InfoOptions& options, const Clip& clip, ClipSurvey& survey,
@@ -218,7 +211,7 @@ InfoReport clipInfo(const InfoOptions& options) {
     const Clip clip(options.path, options.decoding);
     InfoReport report;
     report.clip = clip.files().pattern.string();
-    const std::vector<std::int32_t> frames = framesOf(options, clip);
+    const std::vector<std::int32_t> frames = options.frames ? options.frames->frames() : clip.frameNumbers();
     ClipSurvey survey(clip, {});
     if (!frames.empty()) survey.keep({frames.front()});
     findCorrectionFile(options, clip, searchPath(clip, survey, frames), report);

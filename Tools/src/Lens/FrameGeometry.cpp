@@ -2,15 +2,9 @@
 
 #include <cmath>
 
+#include "Report/Dimensions.h"
+
 namespace Tools {
-
-namespace {
-
-double halfDiagonal(const Image::Window& window) {
-    return std::hypot(static_cast<double>(window.width()), static_cast<double>(window.height())) / 2.0;
-}
-
-} // namespace
 
 RadialSampling FrameGeometry::sampling(Geometry geometry) const {
     const RadialSampling rendered = RadialSampling::rendered(node);
@@ -28,7 +22,9 @@ Place FrameGeometry::centre() const {
             (static_cast<double>(format.minY) + format.maxY) / 2.0};
 }
 
-double FrameGeometry::formatHalfDiagonal() const { return halfDiagonal(format); }
+double FrameGeometry::formatHalfDiagonal() const {
+    return halfDiagonal(static_cast<double>(format.width()), static_cast<double>(format.height()));
+}
 
 double FrameGeometry::deviation() const { return nodeDeviation(node, idealMillimetresPerPixel); }
 

@@ -46,12 +46,7 @@ Image::Part pictureOf(const Image::Window& window, const Image::Window& format) 
     Image::Part part;
     part.dataWindow = window;
     part.displayWindow = format;
-    for (const char* const channelName : {"A", "B", "G", "R"}) {
-        Image::Channel channel;
-        channel.name = channelName;
-        channel.type = Image::PixelType::Float;
-        part.channels.push_back(channel);
-    }
+    part.channels = Image::floatRgbaChannels();
     part.layOutPlanes();
     return part;
 }
@@ -98,7 +93,7 @@ LensGeometry::LensGeometry(LensOptions options) : m_options(std::move(options)) 
     } else {
         m_clip.emplace(m_options.input, m_options.decoding);
         if (m_options.plate) m_plate.emplace(*m_options.plate, m_options.decoding);
-        for (const auto& [number, file] : m_clip->frames()) m_frames.push_back(number);
+        m_frames = m_clip->frameNumbers();
     }
     if (m_options.frames) m_frames = m_options.frames->frames();
 }

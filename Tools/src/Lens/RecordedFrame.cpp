@@ -1,7 +1,5 @@
 #include "Lens/RecordedFrame.h"
 
-#include <cmath>
-
 #include "FrameSizing.h"
 
 namespace Tools {
@@ -9,7 +7,7 @@ namespace Tools {
 RecordedFrame::RecordedFrame(PixelSize format, std::optional<float> overscan) {
     FrameSizing::Size recorded{format.width, format.height};
     if (overscan) recorded = FrameSizing::withoutOverscan(recorded, *overscan);
-    halfDiagonal = std::hypot(static_cast<double>(recorded.width), static_cast<double>(recorded.height)) / 2.0;
+    halfDiagonal = Tools::halfDiagonal(static_cast<double>(recorded.width), static_cast<double>(recorded.height));
 }
 
 double RecordedFrame::millimetresPerPixel(const RecordingFormatDatabase::RecordingFormat& recordingFormat) const {

@@ -47,12 +47,7 @@ Image::Frame placesPicture(const Image::Window& window, const FrameGeometry& geo
     part.dataWindow = window;
     part.displayWindow = geometry.format;
     part.pixelAspectRatio = geometry.pixelAspectRatio;
-    for (const char* const channelName : {"A", "B", "G", "R"}) {
-        Image::Channel channel;
-        channel.name = channelName;
-        channel.type = Image::PixelType::Float;
-        part.channels.push_back(channel);
-    }
+    part.channels = Image::floatRgbaChannels();
     part.layOutPlanes();
     part.allocatePixels();
     Image::Plane& plane = part.planes.front();

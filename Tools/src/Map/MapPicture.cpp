@@ -47,12 +47,7 @@ Image::Frame mapPicture(const MapContent& content, const FrameGeometry& frame,
     part.displayWindow = frame.format;
     part.pixelAspectRatio = frame.pixelAspectRatio;
     part.compression = "zip";
-    for (const char* const channelName : {"A", "B", "G", "R"}) {
-        Image::Channel channel;
-        channel.name = channelName;
-        channel.type = Image::PixelType::Float;
-        part.channels.push_back(channel);
-    }
+    part.channels = Image::floatRgbaChannels();
     part.layOutPlanes();
     part.allocatePixels();
     for (const Image::Attribute& attribute : frame.identity) part.setAttribute(attribute);

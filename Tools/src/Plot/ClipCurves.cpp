@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "CorrectionData/Calculations/Calculations.h"
+#include "Report/Dimensions.h"
 #include "Report/Failure.h"
 
 namespace Tools {
@@ -20,7 +21,7 @@ ClipCurves::ClipCurves(const CorrectionFileData& file) : m_file(file) {
     m_radius = m_isFormatKnown ? format().imageRadius : lastHeight;
     m_end = std::max(m_radius, lastHeight);
     if (m_isFormatKnown) {
-        m_lengthFactor = std::hypot(format().clipResolutionWidth, format().clipResolutionHeight) / 2 /
+        m_lengthFactor = halfDiagonal(format().clipResolutionWidth, format().clipResolutionHeight) /
                          static_cast<double>(format().imageRadius);
         m_lengthUnit = "px";
     }

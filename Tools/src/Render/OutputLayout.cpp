@@ -54,15 +54,7 @@ Image::Window OutputLayout::dataWindow(const DD::Image::Box& box, const Image::W
 void OutputLayout::layOut(const Image::Part& input, const DD::Image::Box& box, Image::Part& output) const {
     copyHeader(input, output);
     output.dataWindow = dataWindow(box, input.displayWindow);
-    if (m_options.renderMap) {
-        output.channels.clear();
-        for (const char* const name : {"A", "B", "G", "R"}) {
-            Image::Channel channel;
-            channel.name = name;
-            channel.type = Image::PixelType::Float;
-            output.channels.push_back(channel);
-        }
-    }
+    if (m_options.renderMap) output.channels = Image::floatRgbaChannels();
     // What the nodes give is rounded and clipped once, to what the file holds.
     const Image::WriteOptions writing = writeOptions();
     for (Image::Channel& channel : output.channels)

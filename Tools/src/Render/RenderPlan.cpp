@@ -76,8 +76,6 @@ private:
     /// renders some of them, and when a few are rendered again.
     void findConstantBoxes() {
         CorrectionChain chain(m_options, 1);
-        std::vector<std::int32_t> frames;
-        for (const auto& entry : m_source.clip().frames()) frames.push_back(entry.first);
         const auto add = [&](std::int32_t frame, const Image::Frame& header) {
             try {
                 m_source.forEachPart(chain, frame, header, [&](std::size_t part) {
@@ -88,7 +86,7 @@ private:
                 // Such a frame is told about when its turn comes; it has no say in the box.
             }
         };
-        m_source.survey().read(frames, m_plan.threads, Interruption::requested, add);
+        m_source.survey().read(m_source.clip().frameNumbers(), m_plan.threads, Interruption::requested, add);
     }
 
     void addFrame(const FrameJob& job) {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <charconv>
+#include <cmath>
 
 #include "Report/Failure.h"
 
@@ -27,6 +28,8 @@ bool takePair(const std::string& text, Number& first, Number& second) {
 }
 
 } // namespace
+
+double halfDiagonal(double width, double height) { return std::hypot(width, height) / 2.0; }
 
 PixelSize parsePixelSize(const std::string& option, const std::string& text) {
     PixelSize size;

@@ -19,6 +19,9 @@ struct MillimetreSize {
     bool operator==(const MillimetreSize&) const = default;
 };
 
+/// Half a frame's diagonal, from corner to corner, in the unit of its sides: what a lens's image radius stands for.
+double halfDiagonal(double width, double height);
+
 /// Reads "1920x1080", each side 1 to 65536. Throws Failure (WrongUse) naming option and text.
 PixelSize parsePixelSize(const std::string& option, const std::string& text);
 

@@ -62,7 +62,7 @@ SampleClip::SampleClip(PixelSize size, std::int32_t frameCount)
     }
 }
 
-double SampleClip::halfDiagonal() const { return std::hypot(m_size.width, m_size.height) / 2.0; }
+double SampleClip::halfDiagonal() const { return Tools::halfDiagonal(m_size.width, m_size.height); }
 
 double SampleClip::sensorWidth() const { return imageRadius * m_size.width / halfDiagonal(); }
 
@@ -210,7 +210,7 @@ SampleErrorBound SampleClip::errorBound(std::int32_t index) const {
     const double grownHeight = std::max(height, std::ceil(width / aspect));
     width = m_size.width + 2 * std::round((grownWidth - m_size.width) / 2);
     height = m_size.height + 2 * std::round((grownHeight - m_size.height) / 2);
-    const double correctedHalfDiagonal = std::hypot(width, height) / 2.0;
+    const double correctedHalfDiagonal = Tools::halfDiagonal(width, height);
 
     SampleErrorBound bound;
     double stretch = 1.0; // largest change of place in the ideal picture per px of the plate

@@ -8,10 +8,6 @@
 
 namespace Tools {
 
-RenderingDevice::RenderingDevice() {
-    if (!m_cache.notice().empty()) fmt::print(stderr, "lenscorrect: {}\n", m_cache.notice());
-}
-
 void RenderingDevice::check() const {
     try {
         Renderer::OpenCLKernelHelper::idOfMostPowerfulDevice();

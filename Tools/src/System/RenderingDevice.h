@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "System/KernelCache.h"
 
 namespace Tools {
@@ -9,9 +11,11 @@ namespace Tools {
 /// One object per process, made before the first thread and the first OpenCL call.
 class RenderingDevice {
 public:
-    /// Prepares memory, drivers and kernel cache; a notice about the cache goes to the error stream. Throws Failure
-    /// (Environment).
-    RenderingDevice();
+    /// Prepares memory, drivers and kernel cache. Throws Failure (Environment).
+    RenderingDevice() = default;
+
+    /// What the user should know of the kernel cache (KernelCache::notice); mostly empty.
+    std::string notice() const { return m_cache.notice(); }
 
     /// Throws Failure (Environment) when there is no OpenCL device. Separate, so that a command can report errors in
     /// its input first.

@@ -30,3 +30,5 @@ TEST(Dimensions, RefuseEverythingElseNamingOptionAndText) {
             std::string("wrong use: --image-area \"") + text + "\" is not a size in millimetres, such as 23.76x13.37.");
     }
 }
+
+TEST(Dimensions, HalveTheDiagonalFromCornerToCorner) { EXPECT_EQ(Tools::halfDiagonal(600, 800), 500.0); }
