@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 
@@ -16,5 +17,12 @@ class UnsupportedImage : public ImageError {
 public:
     using ImageError::ImageError;
 };
+
+/// A library's own text in one line and without its full stop, to stand within a message.
+inline std::string oneLine(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    while (!text.empty() && (text.back() == ' ' || text.back() == '.')) text.pop_back();
+    return text.empty() ? "unknown cause" : text;
+}
 
 } // namespace Image

@@ -42,13 +42,6 @@ private:
     int m_descriptor;
 };
 
-/// The library's own text in one line.
-std::string oneLine(std::string text) {
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    while (!text.empty() && (text.back() == ' ' || text.back() == '.')) text.pop_back();
-    return text.empty() ? "unknown cause" : text;
-}
-
 /// "a, b, c", so many at most, and how many more there are.
 std::string listOf(const std::vector<std::string>& names) {
     constexpr std::size_t most = 40;

@@ -84,13 +84,6 @@ void setUpLibrary() {
     static_cast<void>(once);
 }
 
-/// The library's own text without line ends, to fit into one line.
-std::string oneLine(std::string text) {
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    while (!text.empty() && (text.back() == ' ' || text.back() == '.')) text.pop_back();
-    return text.empty() ? "unknown cause" : text;
-}
-
 /// Layouts whose reading overruns memory in OpenImageIO 2.4 are refused before it sees the file.
 void checkDpx(const InputFile& file) {
     constexpr std::uint64_t descriptorOffset = 800;

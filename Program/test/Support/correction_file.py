@@ -26,3 +26,15 @@ def text(frames, **header):
     lines = ["# OLCF Version 3", "HEADER_START", *(f"{key}:={value}" for key, value in values.items()), "HEADER_END",
              TITLE, *(frame_line(number) for number in frames)]
     return "\n".join(lines) + "\n"
+
+
+LINE = frame_line(0, "0,3,6,9,11,13,15", "100,99,96,92,88,84,80", "0,1,4,9,13,18,24")
+
+
+def one_frame(**header):
+    """Of the clip "plate" with one frame, LINE; `header`: values that differ."""
+    values = {"videoFileName": "plate", "clipName": "", "lensManufacturer": "Maker", "lensTypeName": "Lens 32",
+              "lensSerialNumber": "1", "lensMinFocalLength": "32", "lensMaxFocalLength": "32", "cameraManufacturer": "",
+              "cameraModel": "", "sensorWidth": "24", "clipWidth": "1920", "clipHeight": "1080", "tcFps": "24",
+              "shadingGamma": "1", **header}
+    return text([0], **values).replace(frame_line(0), LINE)

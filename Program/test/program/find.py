@@ -7,8 +7,8 @@ import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import correction_file
 import exr
-import olcf
 import program
 
 
@@ -30,20 +30,20 @@ class Find(program.ProgramTest):
             self.give("deep", "shot", f"plate.{frame:04}.exr")
 
     def test_prints_the_file_beside_a_sequence(self):
-        file = self.give("deep", "shot", "plate.olcf", content=olcf.text())
+        file = self.give("deep", "shot", "plate.olcf", content=correction_file.one_frame())
         self.expect(self.run_program("find", self.path("deep", "shot", "plate.%04d.exr")), 0, file + "\n", "")
 
     def test_finds_from_a_relative_folder_too(self):
-        file = self.give("lens", "my plate.olcf", content=olcf.text())
+        file = self.give("lens", "my plate.olcf", content=correction_file.one_frame())
         self.expect(self.run_program("find", "deep/shot"), 0, file + "\n", "")
 
     def test_finds_the_file_of_a_movie(self):
         self.give("A001.mov")
-        file = self.give("A001.olcf", content=olcf.text(videoFileName="A001.mov"))
+        file = self.give("A001.olcf", content=correction_file.one_frame(videoFileName="A001.mov"))
         self.expect(self.run_program("find", "A001.mov"), 0, file + "\n", "")
 
     def test_lists_the_searched_folders_in_order_when_there_is_none(self):
-        self.give("deep", "shot", "other plate.olcf", content=olcf.text(videoFileName="other"))
+        self.give("deep", "shot", "other plate.olcf", content=correction_file.one_frame(videoFileName="other"))
         result = self.run_program("find", "deep/shot/plate.####.exr")
         self.expect(result, 2, "")
         lines = result.stderr.splitlines()
@@ -90,7 +90,7 @@ class Find(program.ProgramTest):
     def test_finds_a_file_beyond_a_folder_that_is_locked(self):
         self.lock(self.path("deep", "shot", "locked"))
         self.lock(self.path("locked"))
-        file = self.give("lens", "plate.olcf", content=olcf.text())
+        file = self.give("lens", "plate.olcf", content=correction_file.one_frame())
         self.expect(self.find_as_ordinary_user("find", "deep/shot"), 0, file + "\n", "")
 
     @unittest.skipIf(os.geteuid() == 0 and not shutil.which("setpriv"), "needs an ordinary user")
@@ -111,11 +111,11 @@ class Find(program.ProgramTest):
 
     def test_tells_why_files_were_passed_over(self):
         near = [self.give("deep", "shot", name, content=content) for name, content in (
-            ("lens.olcf", olcf.text()), ("plate.OLCF", olcf.text()), ("plate_bad.olcf", "no correction file"),
-            ("plate_other.olcf", olcf.text(videoFileName="other.mov", clipName="other")))]
+            ("lens.olcf", correction_file.one_frame()), ("plate.OLCF", correction_file.one_frame()), ("plate_bad.olcf", "no correction file"),
+            ("plate_other.olcf", correction_file.one_frame(videoFileName="other.mov", clipName="other")))]
         os.mkdir(self.path("deep", "shot", "plate_folder.olcf"))
-        far = self.give("lens", "plate.olcf", content=olcf.text(videoFileName="other", clipName=""))
-        self.give("lens", "lens of another.olcf", content=olcf.text(videoFileName="another"))
+        far = self.give("lens", "plate.olcf", content=correction_file.one_frame(videoFileName="other", clipName=""))
+        self.give("lens", "lens of another.olcf", content=correction_file.one_frame(videoFileName="another"))
         result = self.run_program("find", "deep/shot")
         self.expect(result, 2, "")
         lines = result.stderr.splitlines()
@@ -135,7 +135,7 @@ class Find(program.ProgramTest):
         self.assertEqual((answer["clip"], answer["correctionFile"]), (clip, None))
         self.assertEqual(answer["searchedFolders"][0], self.path("deep", "shot"))
         self.assertEqual(answer["passedOverFiles"], [])
-        file = self.give("deep", "shot", "plate.olcf", content=olcf.text())
+        file = self.give("deep", "shot", "plate.olcf", content=correction_file.one_frame())
         found = self.run_program("find", "deep/shot", "--json")
         self.expect(found, 0, errors="")
         self.assertEqual(program.validated(json.loads(found.stdout), "find"), {"version": 1, "clip": clip, "correctionFile": file})
@@ -145,11 +145,11 @@ class Find(program.ProgramTest):
         exr.write(self.give("deep", "shot", "plate.0001.exr"), exr.Part((0, 0, 3, 3)).fill("R", exr.HALF, lambda x, y: 0.5))
         self.give("deep", "shot", "plate.metadata.json",
                   content='{"input/filename": "A001_C002.R3D", "r3d/reel_id_full": "A001_C002"}')
-        self.give("deep", "shot", "plate.olcf", content=olcf.text())
+        self.give("deep", "shot", "plate.olcf", content=correction_file.one_frame())
 
     def test_searches_under_the_name_in_the_metadata_as_render_does(self):
         self.give_named_clip()
-        file = self.give("lens", "A001_C002.olcf", content=olcf.text(videoFileName="A001_C002"))
+        file = self.give("lens", "A001_C002.olcf", content=correction_file.one_frame(videoFileName="A001_C002"))
         self.expect(self.run_program("find", "deep/shot/plate.%04d.exr"), 0, file + "\n", "")
 
     def test_tells_that_a_clip_has_its_name_from_the_metadata(self):

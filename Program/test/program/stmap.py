@@ -6,8 +6,8 @@ import subprocess
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
+import correction_file
 import exr
-import olcf
 import program
 
 
@@ -110,7 +110,7 @@ class StMap(program.ProgramTest):
         self.assertEqual(self.identity("map.exr"), [None] * 3)
 
     def test_writes_one_map_for_a_range_that_shares_it(self):
-        self.write("a.olcf", olcf.text() + olcf.LINE.replace("0;", "1;", 1) + "\n")
+        self.write("a.olcf", correction_file.one_frame() + correction_file.LINE.replace("0;", "1;", 1) + "\n")
         self.stmap("--size", "1920x1080", "--direction", "redistort", "-o", "map.exr", clip="a.olcf")
         self.stmap("--size", "1920x1080", "--direction", "redistort", "-o", "m.%d.exr", clip="a.olcf")
         self.oiiotool("--diff", "map.exr", "m.1.exr")
@@ -130,7 +130,7 @@ class StMap(program.ProgramTest):
 
     def test_is_ideal_on_request(self):
         # A pincushion lens: the node keeps the frame but not the scale.
-        self.write("a.olcf", olcf.text())
+        self.write("a.olcf", correction_file.one_frame())
         for geometry in ("node", "ideal"):
             self.stmap("--size", "1920x1080", "--direction", "undistort", "--geometry", geometry, "-o", geometry + ".exr",
                        clip="a.olcf")
@@ -154,7 +154,7 @@ class StMap(program.ProgramTest):
                    errors="lenscorrect: map.tif: maps are written as OpenEXR files; the name must end in .exr.\n")
 
     def test_tells_the_size_that_the_lens_data_are_for(self):
-        self.write("a.olcf", olcf.text())
+        self.write("a.olcf", correction_file.one_frame())
         self.stmap("--size", "1920x800", "--direction", "undistort", "-o", "map.exr", clip="a.olcf", status=2, output="",
                    errors="lenscorrect: Frame 0: Aspect ratio of the current frame is not as expected. Recommended "
                           "resolution is 1920x1080 px.\nCurrent Frame Resolution: 1920x800 px\n"
@@ -170,7 +170,7 @@ class StMap(program.ProgramTest):
                           "selects a file.\n".format(os.path.realpath(self.folder)))
 
     def test_writes_the_others_when_a_frame_has_no_record(self):
-        self.write("a.olcf", olcf.text() + olcf.LINE.replace("0;0,3,6", "1;0,6,6", 1) + "\n")
+        self.write("a.olcf", correction_file.one_frame() + correction_file.LINE.replace("0;0,3,6", "1;0,6,6", 1) + "\n")
         self.stmap("--size", "1920x1080", "--direction", "undistort", "-o", "m.%d.exr", clip="a.olcf", status=1, output="",
                    errors="Frame 1: Calculation of the polynomial coefficients did fail.\n"
                           "X Vector: 0 6 6 9 11 13 15\nY Vector: 0 5.994 5.976 8.919 10.857 12.766 14.64\n"

@@ -5,7 +5,7 @@ import subprocess
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Support"))
-import olcf
+import correction_file
 import program
 
 POINTS = "0,3,6,9,11,13,15"
@@ -32,13 +32,13 @@ class Verify(program.ProgramTest):
         return self.verify(*arguments)["frames"][0]["errors"]
 
     def test_finds_nothing_wrong_with_a_lens_that_distorts_nothing(self):
-        self.write("a.olcf", olcf.text().replace(olcf.LINE + "\n", IDENTITY))
+        self.write("a.olcf", correction_file.one_frame().replace(correction_file.LINE + "\n", IDENTITY))
         for name, error in self.errors("a.olcf", "--size", "1920x1080", "--render").items():
             # Single precision of places up to 1920 px.
             self.assertLess(error, 2e-3, name)
 
     def test_measures_the_deviation_of_a_pincushion_lens(self):
-        self.write("a.olcf", olcf.text())
+        self.write("a.olcf", correction_file.one_frame())
         self.assertGreater(self.errors("a.olcf", "--size", "1920x1080")["deviation"], 0.5)
 
     def test_measures_the_same_by_maps_and_by_pixels(self):
@@ -56,7 +56,7 @@ class Verify(program.ProgramTest):
         return [frame["errors"]["deviation"] for frame in self.verify(*arguments)["frames"]]
 
     def test_agrees_with_info_about_the_deviation_for_a_correction_file(self):
-        self.write("a.olcf", olcf.text())
+        self.write("a.olcf", correction_file.one_frame())
         self.assertEqual(self.info_deviations("a.olcf"), self.deviations("a.olcf", "--size", "1920x1080"))
 
     def test_agrees_with_info_about_the_deviation_of_a_clip(self):
@@ -75,23 +75,23 @@ class Verify(program.ProgramTest):
                          self.deviations("clip/plate.%04d.exr", "--overscan", "10"))
 
     def test_refuses_a_recording_format_beyond_the_nodes_controls(self):
-        self.write("a.olcf", olcf.text())
+        self.write("a.olcf", correction_file.one_frame())
         self.expect(self.run_program("verify", "a.olcf", "--size", "1920x1080", "--image-area", "40x22.5",
                                      "--clip-resolution", "1920x1080"), 2, "",
                     "lenscorrect: --image-area 40x22.5 is larger than 36x24 mm, the largest supported sensor.\n")
 
     def test_knows_the_sizes_of_both_steps(self):
-        self.write("a.olcf", olcf.text())
+        self.write("a.olcf", correction_file.one_frame())
         frame = self.verify("a.olcf", "--size", "1920x1080")["frames"][0]
         self.assertEqual(frame["undistorted"], {"width": 1920, "height": 1080})
 
     def test_answers_1_beyond_the_tolerance(self):
-        self.write("a.olcf", olcf.text())
+        self.write("a.olcf", correction_file.one_frame())
         report = self.verify("a.olcf", "--size", "1920x1080", "--tolerance", "0.0000001", status=1)
         self.assertEqual(report["exceededCount"], 1)
 
     def test_answers_0_within_the_tolerance(self):
-        self.write("a.olcf", olcf.text())
+        self.write("a.olcf", correction_file.one_frame())
         result = self.run_program("verify", "a.olcf", "--size", "1920x1080", "--tolerance", "1")
         self.expect(result, 0, errors="")
         self.assertTrue(result.stdout.endswith("1 of 1 frames are within 1 px.\n"), result.stdout)
@@ -107,12 +107,12 @@ class Verify(program.ProgramTest):
                     errors="lenscorrect: Frame 2000: clip/plate.%04d.exr: The clip has no frame 2000.\n")
 
     def test_lists_the_frames_on_request(self):
-        self.write("a.olcf", olcf.text().replace(olcf.LINE + "\n", IDENTITY))
+        self.write("a.olcf", correction_file.one_frame().replace(correction_file.LINE + "\n", IDENTITY))
         result = self.run_program("verify", "a.olcf", "--size", "1920x1080", "--list")
         self.assertRegex(result.stdout, r"\n +Frame +Curves +Maps +Rendered +Deviation\n +0 +0\.0000 +0\.000. +- +0\.000.\n$")
 
     def test_answers_in_json_what_keeps_a_frame_from_being_corrected(self):
-        self.write("a.olcf", olcf.text().replace(f"0;{POINTS}", "0;0,6,6,9,11,13,15"))
+        self.write("a.olcf", correction_file.one_frame().replace(f"0;{POINTS}", "0;0,6,6,9,11,13,15"))
         result = self.run_program("verify", "a.olcf", "--size", "1920x1080", "--json")
         self.expect(result, 1)
         report = program.validated(json.loads(result.stdout), "verify")
@@ -120,7 +120,7 @@ class Verify(program.ProgramTest):
         self.assertEqual("lenscorrect: " + report["frames"][0]["error"] + "\n", result.stderr)
 
     def test_names_the_frame_that_cannot_be_corrected(self):
-        self.write("a.olcf", olcf.text().replace(f"0;{POINTS}", "0;0,6,6,9,11,13,15"))
+        self.write("a.olcf", correction_file.one_frame().replace(f"0;{POINTS}", "0;0,6,6,9,11,13,15"))
         self.expect(self.run_program("verify", "a.olcf", "--size", "1920x1080"), 1, "",
                     "lenscorrect: Frame 0: Calculation of the polynomial coefficients did fail.\n"
                     "X Vector: 0 6 6 9 11 13 15\nY Vector: 0 5.994 5.976 8.919 10.857 12.766 14.64\n")
