@@ -54,7 +54,7 @@ class BareSystem(packaging.PackagingTest):
         packaging.shutil.copy(package, os.path.join(self.root, "package.deb"))
         self.run_inside("apt-get", "install", "-y", "-qq", "--no-install-recommends", "-o", "Acquire::Retries=5",
                         "/package.deb")
-        self.assertRegex(self.run_inside("lenscorrect", "--version"), r"^lenscorrect \d+\.\d+\.\d+\n$")
+        self.assertEqual(self.run_inside("lenscorrect", "--version"), "lenscorrect " + packaging.version() + "\n")
         self.assertIn("A test picture was rendered.\n", self.run_inside("lenscorrect", "devices"))
         self.run_inside("lenscorrect", "sample", "/clip", "--frames", "2", "--size", "640x360", "--progress", "none")
         for extension in ("exr", "tif"):

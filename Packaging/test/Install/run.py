@@ -71,7 +71,7 @@ class Install(packaging.PackagingTest):
         consumer = os.path.join(packaging.SOURCE, "Packaging", "test", "Consumer")
         with open(os.path.join(consumer, "CMakeLists.txt"), encoding="utf-8") as file:
             lines = file.read().splitlines()
-        for command in ("find_package(OrvexLensCorrection 0.18 REQUIRED)",
+        for command in ("find_package(OrvexLensCorrection REQUIRED)",
                         "target_link_libraries(consumer PRIVATE Orvex::Core)"):
             self.assertIn(" ".join(packaging.documented(command)), lines)
         self.run_command("cmake", "-S", consumer, "-B", self.path("consumer"), "-G", "Ninja",
@@ -80,15 +80,22 @@ class Install(packaging.PackagingTest):
         self.assertEqual(self.run_command(self.path("consumer", "consumer")),
                          "A corner of the white frame is 2.00.\n")
 
-    def test_a_project_that_needs_another_version_is_refused(self):
-        self.install(self.path("tree"), "development")
-        os.mkdir(self.path("other"))
-        with open(self.path("other", "CMakeLists.txt"), "w", encoding="utf-8") as file:
+    def configure_consumer_of(self, version, status):
+        """What CMake prints for a project that needs this version of the installed core."""
+        folder = self.path("consumer-of-" + version)
+        os.mkdir(folder)
+        with open(os.path.join(folder, "CMakeLists.txt"), "w", encoding="utf-8") as file:
             file.write("cmake_minimum_required(VERSION 3.25)\nproject(Other LANGUAGES CXX)\n"
-                       "find_package(OrvexLensCorrection 0.17 REQUIRED)\n")
-        output = self.run_command("cmake", "-S", self.path("other"), "-B", self.path("b"), "-G", "Ninja",
-                                  "-DCMAKE_PREFIX_PATH=" + self.path("tree"), status=1)
-        self.assertIn("compatible with", output)
+                       "find_package(OrvexLensCorrection %s REQUIRED)\n" % version)
+        return self.run_command("cmake", "-S", folder, "-B", os.path.join(folder, "build"), "-G", "Ninja",
+                                "-DCMAKE_PREFIX_PATH=" + self.path("tree"), status=status)
+
+    def test_a_project_gets_the_minor_version_that_it_needs_and_no_other(self):
+        self.install(self.path("tree"), "development")
+        major, minor, _ = map(int, packaging.version().split("."))
+        self.configure_consumer_of("%d.%d" % (major, minor), status=0)
+        for other in {max(minor - 1, 0), minor + 1} - {minor}:
+            self.assertIn("compatible with", self.configure_consumer_of("%d.%d" % (major, other), status=1))
 
 
 packaging.main()

@@ -35,7 +35,7 @@ class PackagingTest(unittest.TestCase):
     def expect_working_program(self, root):
         """`root`/bin/lenscorrect starts, and corrects a clip to EXR and, by a module that it loads, to TIFF."""
         program = os.path.join(root, "bin", "lenscorrect")
-        self.assertRegex(self.run_command(program, "--version"), r"^lenscorrect \d+\.\d+\.\d+\n$")
+        self.assertEqual(self.run_command(program, "--version"), "lenscorrect " + version() + "\n")
         clip = self.path("clip")
         self.run_command(program, "sample", clip, "--frames", "2", "--size", "64x64")
         for extension in ("exr", "tif"):
@@ -65,6 +65,12 @@ def documented(command):
         if command not in file.read().splitlines():
             raise AssertionError("Docs/Packages.md does not tell: " + command)
     return command.split()
+
+
+def version():
+    """The version of the build under test."""
+    with open(os.path.join(BUILD, "CMakeCache.txt"), encoding="utf-8") as file:
+        return re.search(r"^CMAKE_PROJECT_VERSION:STATIC=(.*)$", file.read(), re.M).group(1)
 
 
 def make_debian_packages(folder):
