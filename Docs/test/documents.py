@@ -2,8 +2,8 @@
 """Holds README.md and Docs/*.md to the truth: documents.py commands PROGRAM DOCUMENT | links [FOLDER] | messages | figures
 
 commands: runs the document's blocks in their order, in a folder of its own that holds the sample clip `clip` (three small
-          frames), with PROGRAM's folder on the path; of Commands.md, also looks for a heading for every command. What a
-          block is, its first line says:
+          frames), with PROGRAM's folder on the path; of Commands.md, also looks for a heading for every command, and
+          of README.md, compares the exit statuses with those of the manual page. What a block is, its first line says:
               ```sh             commands for bash; each must succeed
               ```sh exit=N      the same, but the block must end with status N
               ```text file=NAME is written into the folder as NAME (any language instead of text)
@@ -83,6 +83,13 @@ def check_commands(program, document):
             breaches.extend(f"{document.name}: has no heading for {c}" for c in commands if c not in headings)
             if len(commands) < 5:
                 breaches.append(f"the help names only these commands: {commands}")
+        if document.name == "README.md":
+            page = subprocess.run([program, "help", "--man"], env=environment, text=True, capture_output=True).stdout
+            told = [(", ".join(re.findall(r"\d+", status)), meaning) for status, meaning
+                    in re.findall(r"^\.TP\n\.BR? (.*)\n(.*)\.$", page.split(".SH EXIT STATUS")[-1], re.M)]
+            listed = re.findall(r"^\| (\d[\d, ]*) \| (.*?) \|", document.read_text(), re.M)
+            if told != listed:
+                breaches.append(f"{document.name}: lists the exit statuses {listed}, the manual page {told}")
 
 
 def anchors(path):
