@@ -7,7 +7,7 @@
 
 namespace CorrectionData {
 
-/// What a correction file says once about lens, camera, clip and the user's settings. Field names are the file's keys.
+/// A correction file's header: lens, camera, clip and the user's settings. Field names are the file's keys.
 struct Header {
     std::string lensManufacturer;
     std::string lensTypeName;

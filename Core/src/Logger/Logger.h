@@ -16,7 +16,8 @@ public:
     /// its own is therefore followed by an empty line. If the file cannot be written, the entry is silently lost.
     void log(const std::string& message) const;
 
-    /// The entry's text for a time, without the line feed: local time with microseconds, ": " and the message.
+    /// The text of an entry logged at `time`, without the line feed: local time with microseconds, ": " and the
+    /// message.
     static std::string entryText(std::chrono::system_clock::time_point time, const std::string& message);
 
 private:

@@ -9,10 +9,10 @@
 
 namespace MetadataDatabase {
 
-/// The built-in table, MetadataKeys.csv: rows of kind, camera maker, container format and host metadata key.
+/// The built-in table, MetadataKeys.csv: rows of kind, camera manufacturer, container format and host metadata key.
 extern const char* const metadataKeysCsvStringArray[15];
 
-/// Metadata keys that are parsed from text rows of four fields separated by semicolons.
+/// Metadata keys parsed from text rows of four fields separated by semicolons.
 ///
 /// The built-in table is not symmetric: RED has a timecode key for EXR but no clip name key, Sony is listed for MOV
 /// only.
@@ -20,10 +20,11 @@ class CsvStringBasedMetadataDatabase : public MetadataDatabase {
 public:
     using iless = Text::iless;
 
-    /// The one database over the built-in table; parsed on the first call, then kept until the process ends.
+    /// The database of the built-in table; parsed on the first call, then kept until the process ends.
     static const MetadataDatabase& sharedInstance();
 
-    /// Parses `count` rows; a row without exactly four fields is a programming error. A repeated row overwrites.
+    /// Parses `count` rows; a row without exactly four fields is a programming error. A later row overwrites one of the
+    /// same first three fields.
     CsvStringBasedMetadataDatabase(const char* const* rows, std::size_t count);
     ~CsvStringBasedMetadataDatabase() override;
 
@@ -34,7 +35,7 @@ private:
     using KeyByContainerFormat = std::map<std::string, std::string, iless>;
     using KeysByCameraManufacturer = std::map<std::string, KeyByContainerFormat, iless>;
 
-    std::map<std::string, KeysByCameraManufacturer> m_keys; ///< by kind name, maker, container format
+    std::map<std::string, KeysByCameraManufacturer> m_keys; ///< by kind name, manufacturer, container format
 };
 
 } // namespace MetadataDatabase

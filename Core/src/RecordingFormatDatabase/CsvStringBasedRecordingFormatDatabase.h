@@ -10,14 +10,14 @@ namespace RecordingFormatDatabase {
 /// The built-in table, one text row per recording format; RecordingFormats.csv, whose fields README.md explains.
 extern const char* const recordingFormatsCsvStringArray[2804];
 
-/// Recording formats that are parsed from text rows of eight fields separated by semicolons.
+/// Recording formats parsed from text rows of eight fields separated by semicolons.
 class CsvStringBasedRecordingFormatDatabase : public RecordingFormatDatabase {
 public:
-    /// The one database over the built-in table; parsed on the first call, then kept until the process ends.
+    /// The database of the built-in table; parsed on the first call, then kept until the process ends.
     static const RecordingFormatDatabase& sharedInstance();
 
-    /// Parses `count` rows. A row without exactly eight fields is a programming error; one whose numbers do not convert
-    /// as a whole raises boost::bad_lexical_cast. A repeated key keeps the later row.
+    /// Parses `count` rows. A row without exactly eight fields is a programming error; one with a number that does not
+    /// convert as a whole throws boost::bad_lexical_cast. Of rows with the same key the last one counts.
     CsvStringBasedRecordingFormatDatabase(const char* const* rows, std::size_t count);
     ~CsvStringBasedRecordingFormatDatabase() override;
 
@@ -33,7 +33,7 @@ private:
 
     const Models& models(const std::string& cameraManufacturer) const;
 
-    std::map<std::string, Models, iless> m_formats; ///< by maker, model and format name
+    std::map<std::string, Models, iless> m_formats; ///< by manufacturer, model and format name
 };
 
 } // namespace RecordingFormatDatabase

@@ -4,7 +4,7 @@
 
 namespace Renderer {
 
-/// What the distortion renderer needs to know about one frame.
+/// The distortion renderer's parameters for one frame.
 ///
 /// "Destination" is the rendered frame, "source" the frame it is rendered from; distances are measured from the centre
 /// of the sensor's image area, in mm. To remove distortion the destination is the corrected picture and the source the

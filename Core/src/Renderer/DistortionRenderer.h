@@ -21,16 +21,16 @@ public:
     DistortionRenderer(const DistortionRenderer&) = delete;
     DistortionRenderer& operator=(const DistortionRenderer&) = delete;
 
-    /// Throws Exception "Image radii of A mm and B mm are invalid and need to be greater than zero." unless they are.
+    /// Throws Exception "Image radii of A mm and B mm are invalid and need to be greater than zero." unless both are.
     void checkParameterAndThrowExceptionIfNeeded() const;
 
-    /// Writes the size in px of the frame that holds corners and edge middles of the corrected picture and has at
-    /// least the original's aspect ratio. Example: 100 × 100 px of a 200 × 100 original, identity coefficients: 200 ×
-    /// 100. Throws Exception when a radius is not greater than 0, and when the polynomial b gives no usable size (a
-    /// negative factor, or a size that is not finite or above 2³¹ px); then both values are untouched.
+    /// Sets the size in px of the frame that holds the corrected picture's corners and edge midpoints, extended to the
+    /// original's aspect ratio. Example: 100 × 100 px of a 200 × 100 original, identity coefficients: 200 × 100. Throws
+    /// Exception when a radius is not greater than 0, and when the polynomial b gives no usable size (a negative
+    /// factor, or a size that is not finite or above 2³¹ px); then both values are untouched.
     void frameSize(unsigned int& width, unsigned int& height);
 
-    /// The same for parameters that are no renderer's; needs no OpenCL device. Any thread.
+    /// The same for the given parameters; needs no OpenCL device. Any thread.
     static void frameSize(const DistortionParameter& parameter, unsigned int& width, unsigned int& height);
 
     /// Renders one frame; `inputBuffer` is null exactly when parameter.renderMap is set. Areas that the source does not
@@ -46,8 +46,8 @@ private:
     OpenCLKernel<float> m_mapKernel;
 };
 
-/// How much further from the centre the destination shows what the source shows at `distance` mm, by the coefficients
-/// b: (b0 + b1·d + … + b6·d⁶) ÷ d; 1 unless the distance is greater than 0.
+/// Factor from a distance in the source, in mm, to that of the same point in the destination, by the coefficients b:
+/// (b0 + b1·d + … + b6·d⁶) ÷ d; 1 unless the distance is greater than 0.
 float distortionFactorForDistance(float distance, const DistortionParameter& parameter);
 
 } // namespace Renderer

@@ -4,7 +4,7 @@
 
 namespace Renderer {
 
-/// What the shading renderer needs to know about one frame.
+/// The shading renderer's parameters for one frame.
 struct ShadingParameter {
     std::uint32_t currentWidth = 0;   ///< px, of the input and the output
     std::uint32_t currentHeight = 0;  ///< px

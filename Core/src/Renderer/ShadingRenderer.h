@@ -22,7 +22,7 @@ public:
     ShadingRenderer(const ShadingRenderer&) = delete;
     ShadingRenderer& operator=(const ShadingRenderer&) = delete;
 
-    /// Writes the current size: shading never changes the size of a frame.
+    /// Sets the current size: shading never changes the size of a frame.
     void frameSize(unsigned int& width, unsigned int& height);
 
     /// Renders one frame; `inputBuffer` is null exactly when parameter.renderMap is set. Alpha keeps its value.

@@ -6,8 +6,8 @@
 namespace Text {
 
 /// Converts a whole text to a number with the rules of a strict lexical cast in the classic locale, whatever the
-/// process's locale is: no blanks, no rest, no overflow, not empty. Answers whether the text converted; on false the
-/// number is untouched. Thread-safe.
+/// process's locale is: no blanks, no trailing characters, no overflow, not empty. Returns whether the text converted;
+/// if not, the number is untouched. Thread-safe.
 ///
 /// Integers are decimal digits after at most one sign. A "-" negates an unsigned number modulo its range:
 /// "-1" gives 65535 for 16 bits. Leading zeros are allowed.
@@ -15,8 +15,8 @@ bool convertStrictly(std::string_view text, std::uint16_t& number);
 bool convertStrictly(std::string_view text, std::uint32_t& number);
 bool convertStrictly(std::string_view text, std::int32_t& number);
 
-/// A decimal point is ".": "0.5", ".5", "1.", "+1", "1e-3"; also "nan", "nan(…)", "inf" and "infinity" in any case and
-/// with a sign. A value beyond the largest float does not convert, one below the smallest gives zero.
+/// The decimal point is ".": "0.5", ".5", "1.", "+1", "1e-3"; also "nan", "nan(…)", "inf" and "infinity" in any case
+/// and with a sign. A value beyond the largest float does not convert, one below the smallest gives zero.
 bool convertStrictly(std::string_view text, float& number);
 
 /// 0 or 1, possibly with a sign or leading zeros ("01", "+1", "-0", but not "-1").

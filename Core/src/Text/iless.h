@@ -7,9 +7,9 @@
 
 namespace Text {
 
-/// Orders texts without regard to the case of their letters, then bytewise; a proper prefix comes first.
+/// Orders texts bytewise and case-insensitively; a proper prefix comes first.
 ///
-/// Only A to Z are mapped, as lowerCase does.
+/// Only A to Z are mapped to lower case, as by lowerCase.
 struct iless {
     bool operator()(const std::string& lhs, const std::string& rhs) const {
         return std::lexicographical_compare(lhs.begin(), lhs.end(), rhs.begin(), rhs.end(), [](char left, char right) {

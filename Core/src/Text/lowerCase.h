@@ -5,11 +5,11 @@
 
 namespace Text {
 
-/// The small letter of A to Z, any other character as it is, whatever the process's locale: what is compared with it
+/// The lower-case letter for A to Z, any other character unchanged. Independent of the process's locale: comparisons
 /// must not change when a host calls setlocale.
 constexpr char lowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-/// The text in small letters, as above.
+/// The text in lower case, likewise.
 inline std::string lowerCase(std::string_view text) {
     std::string lower(text);
     for (char& c : lower) c = lowerCase(c);

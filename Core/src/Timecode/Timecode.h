@@ -18,7 +18,7 @@ public:
                              const std::string& rhsTimecode);
 };
 
-/// Names a frame of a clip by hours, minutes, seconds and frames together with the clip's frame rate.
+/// Identifies a frame of a clip by hours, minutes, seconds and frames together with the clip's frame rate.
 ///
 /// A plain value: copied member by member, no heap storage. There is no drop-frame notation or arithmetic: every rate
 /// counts a whole number of frames per second, the rate rounded up (23.976 counts 24). All arithmetic is unsigned
@@ -32,9 +32,10 @@ public:
     std::uint32_t frames = 0;
     float framesPerSecond = 0.0f; ///< 0: unknown
 
-    /// Parses HH:MM:SS:FF: exactly four pieces between ":", each a strict unsigned decimal number; minutes and seconds
-    /// below 60, and frames below the rate unless the rate is 0. Example: "00:00:00:24" at 25 is valid, "00:00:00:25"
-    /// at 25 is not. Throws InvalidTimecodeException with the text and the rate. The text must not be null.
+    /// Parses HH:MM:SS:FF: exactly four fields separated by ":", each a strict unsigned decimal number; minutes and
+    /// seconds below 60, and frames below the rate unless the rate is 0. Example: "00:00:00:24" at 25 is valid,
+    /// "00:00:00:25" at 25 is not. Throws InvalidTimecodeException with the text and the rate. The text must not be
+    /// null.
     Timecode(const char* _timecode, float _framesPerSecond);
 
     /// HH:MM:SS:FF, at least two digits each; with the rate as in "01:00:00:00@25". A fractional rate is written with
@@ -53,16 +54,16 @@ public:
 /// A copy advanced by a number of frames, at the same rate; throws as operator+= does.
 Timecode operator+(const Timecode& timecode, const unsigned int& frameCount);
 
-/// Number of frames from rhs to lhs. rhs is the reference and must know its rate; lhs has the same rate or none.
-/// Example: 01:00:00:10 at 25 minus 01:00:00:00 at 25 is 10. Throws InvalidTimecodeException if the rates do not match,
-/// the rate does not fit 32 bits, or lhs is earlier than rhs.
+/// Number of frames from rhs to lhs. rhs is the reference and must have a rate; lhs has the same rate or none. Example:
+/// 01:00:00:10 at 25 minus 01:00:00:00 at 25 is 10. Throws InvalidTimecodeException if the rates do not match, the rate
+/// does not fit 32 bits, or lhs is earlier than rhs.
 unsigned int operator-(const Timecode& lhs, const Timecode& rhs);
 
 /// Whether all four counters are equal. Throws InvalidTimecodeException if the rates are not comparable.
 bool operator==(const Timecode& lhs, const Timecode& rhs);
 
-/// Whether lhs is earlier: by whole seconds, then by frames; the rate does not scale them.
-/// Throws InvalidTimecodeException if the rates are not comparable.
+/// Whether lhs is earlier: by whole seconds, then by frames, without regard to the rate. Throws
+/// InvalidTimecodeException if the rates are not comparable.
 bool operator<(const Timecode& lhs, const Timecode& rhs);
 
 } // namespace Timecode

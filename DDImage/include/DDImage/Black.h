@@ -5,7 +5,7 @@
 namespace DD {
 namespace Image {
 
-/// The image of one black pixel that stands in where nothing is wired. No inputs, no metadata.
+/// The image of one black pixel that stands in for an unconnected input. No inputs, no metadata.
 class Black : public Iop {
 public:
     explicit Black(Node*);

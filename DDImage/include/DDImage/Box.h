@@ -5,8 +5,8 @@ namespace Image {
 
 /// A rectangle of pixels: left x, bottom y, and exclusive right r and top t; y grows upward.
 ///
-/// Never smaller than 1 × 1: an operation that would empty it keeps x and y and moves r or t. So ask `intersects`
-/// before `intersect` where "nothing in common" matters.
+/// Never smaller than 1 × 1: an operation that would empty it keeps x and y and moves r or t. So call `intersects`
+/// before `intersect` where an empty intersection matters.
 class Box {
 public:
     Box() = default;
@@ -37,11 +37,11 @@ public:
     void pad(int n) { pad(n, n); }
     void pad(int dx, int dy) { set(m_x - dx, m_y - dy, m_r + dx, m_t + dy); }
     void expand(int n) { pad(n); }
-    /// Grows to hold the other box too.
+    /// Grows to contain the other box.
     void merge(const Box& other);
-    /// Shrinks to the part in common with the other box.
+    /// Shrinks to the intersection with the other box.
     void intersect(const Box& other);
-    /// Substitute only: true if there is a pixel in common.
+    /// Substitute only: whether the boxes have a pixel in common.
     bool intersects(const Box& other) const;
 
     bool contains(int px, int py) const { return px >= m_x && px < m_r && py >= m_y && py < m_t; }

@@ -3,8 +3,8 @@
 namespace DD {
 namespace Image {
 
-/// One channel of an image, named "layer.channel". The fixed ones come first; every other name is given the next number
-/// when `channel` first sees it and keeps it until the process ends. Numbers are ascending in order of first use.
+/// One channel of an image, named "layer.channel". The fixed ones come first; every other name gets the next number
+/// when `channel` first sees it, and keeps it until the process ends.
 enum Channel : unsigned {
     Chan_Black = 0, ///< no channel: always zero
     Chan_Red = 1,   ///< "rgba.red"
@@ -14,13 +14,13 @@ enum Channel : unsigned {
     Chan_Z = 5,     ///< "depth.Z"
 };
 
-/// The channel called "layer.channel"; the layer is what stands before the last dot. Safe from any thread.
+/// The channel called "layer.channel"; the layer is the part before the last dot. Any thread.
 Channel channel(const char* name);
 
-/// The whole name of a channel, "layer.channel"; "black" for Chan_Black. Alive until the process ends. Any thread.
+/// The full name of a channel, "layer.channel"; "black" for Chan_Black. Valid until the process ends. Any thread.
 const char* getName(Channel);
 
-/// The layer of a channel, "rgba" for Chan_Red; "" where the name has no dot. Alive until the process ends. Any thread.
+/// The layer of a channel, "rgba" for Chan_Red; "" if the name has no dot. Valid until the process ends. Any thread.
 const char* getLayerName(Channel);
 
 } // namespace Image

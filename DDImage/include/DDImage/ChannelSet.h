@@ -18,13 +18,13 @@ enum ChannelSetInit : std::uint32_t {
     Mask_Z = 1u << 4,
     Mask_RGB = Mask_Red | Mask_Green | Mask_Blue,
     Mask_RGBA = Mask_RGB | Mask_Alpha,
-    Mask_All = 0xffffffffu, ///< every channel there is or will be
+    Mask_All = 0xffffffffu, ///< every channel, including those not named yet
 };
 
 class ChannelSet;
 typedef const ChannelSet& ChannelMask;
 
-/// A set of channels, without a bound on how many. Chan_Black is never a member.
+/// A set of any number of channels. Chan_Black is never a member.
 class ChannelSet {
 public:
     ChannelSet() = default;
@@ -38,13 +38,14 @@ public:
     ChannelSet& operator&=(ChannelMask);
 
     bool contains(Channel) const;
-    /// True if every channel of the other set is in this one.
+    /// Whether every channel of the other set is in this one.
     bool contains(ChannelMask) const;
     bool empty() const { return m_words.empty() && !m_rest; }
     explicit operator bool() const { return !empty(); }
-    /// How many channels `first` and `next` go through.
+    /// The number of channels that `first` and `next` visit.
     std::size_t size() const;
-    /// The members in ascending order, Chan_Black at the end. In a set with every channel, those named so far.
+    /// Visit the members in ascending order; Chan_Black ends the sequence. Of a set of all channels, those named so
+    /// far.
     Channel first() const { return next(Chan_Black); }
     Channel next(Channel) const;
 
@@ -57,8 +58,8 @@ private:
     template <class Combine>
     void combine(ChannelMask other, Combine);
 
-    // Bit n of the words is channel n + 1; m_rest tells whether all channels after the last word are members.
-    // No trailing word repeats m_rest, so equal sets have equal words.
+    // Bit n of the words is channel n + 1; m_rest is true if all channels after the last word are members. No trailing
+    // word repeats m_rest, so equal sets have equal words.
     std::vector<std::uint64_t> m_words;
     bool m_rest = false;
 };

@@ -2,8 +2,8 @@
 
 #include "DDImage/ddImageVersionNumbers.h"
 
-/// What a plug-in is stamped with: the day it was built and the host version it was built for. Fixed, so that builds
-/// are reproducible; define either to stamp differently.
+/// The stamp of a plug-in: its build date and the host version it was built for. Fixed, so that builds are
+/// reproducible; define either to override it.
 #ifndef DDIMAGE_COMPILED_DATE
 #define DDIMAGE_COMPILED_DATE "Jul 31 2020"
 #endif
@@ -16,7 +16,7 @@ namespace Image {
 
 class License;
 
-/// What the host knows of a class that a plug-in offers. Lives as long as the process.
+/// The host's record of a class that a plug-in provides. Lives as long as the process.
 class Description {
 public:
     const char* compiled = nullptr;

@@ -5,7 +5,7 @@
 namespace DD {
 namespace Image {
 
-/// The display window of an image. width() × height() is the whole file; the box, w() × h(), is the area that counts.
+/// The display window of an image. width() × height() is the whole file; the box, w() × h(), is the area in use.
 class Format : public Box {
 public:
     Format() : Format(1, 1) {}

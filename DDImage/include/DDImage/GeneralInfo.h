@@ -3,7 +3,7 @@
 namespace DD {
 namespace Image {
 
-/// First and last frame of the clip that an op produces; a reader fills them while validating.
+/// First and last frame of the clip that an op produces; a reader sets them during validation.
 class GeneralInfo {
 public:
     int first_frame() const { return m_firstFrame; }

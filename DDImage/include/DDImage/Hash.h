@@ -11,8 +11,9 @@ typedef std::uint64_t U64;
 
 /// A running 64-bit checksum (CRC-64 of ECMA-182: polynomial 0x42F0E1EBA9EA3693, start 0, nothing reflected).
 ///
-/// Appending is byte-exact: the same bytes in the same order give the same value, however they are cut into calls.
-/// Numbers are appended as their bytes in memory; so hashes are comparable on one kind of machine only.
+/// Appending is byte-exact: the same bytes in the same order give the same value, however they are split into calls.
+/// Numbers are appended as their bytes in memory, so hashes are comparable only between machines of the same
+/// architecture.
 class Hash {
 public:
     void append(const void* data, std::size_t length);

@@ -8,10 +8,10 @@ namespace Image {
 
 /// Pixels of a box for up to four channels of one layer, as floats, starting at the bottom left pixel, rows upward.
 ///
-/// Packed: the components of a pixel stand together, in ascending order of channels. Unpacked: one channel's whole
-/// image after the other. Strides are in floats. A copy of a plane shares its floats; who wants to write calls
-/// `makeUnique` (own copy if shared) and `makeWritable` (floats if there are none) first. `writable` without them
-/// prints what is wrong and aborts: it is a programming error that would corrupt somebody else's image.
+/// Packed: the components of a pixel are adjacent, in ascending order of channels. Unpacked: one channel's whole image
+/// after the other. Strides are in floats. A copy of a plane shares its floats; before writing, call `makeUnique`
+/// (copies shared floats) and `makeWritable` (allocates missing ones). `writable` without them is a programming error
+/// that would corrupt another plane: it prints what is wrong and aborts.
 class ImagePlane : public ImagePlaneDescriptor {
 public:
     ImagePlane() = default;
@@ -23,12 +23,12 @@ public:
     float* writable();
     void makeWritable();
     void makeUnique();
-    /// width × height × nComps × 4 bytes; 0 if nothing was filled.
+    /// width × height × nComps × 4 bytes; 0 if no floats are allocated.
     std::size_t usage() const { return m_memory.usage(); }
     /// Sets every float to zero; the plane must be writable.
     void clear();
 
-    /// The component in which a channel stands; -1 if the plane does not hold it.
+    /// The component that holds a channel; -1 if the plane does not have it.
     int chanNo(Channel) const;
     int colStride() const { return packed() ? nComps() : 1; }
     int rowStride() const { return packed() ? bounds().w() * nComps() : bounds().w(); }
@@ -38,11 +38,11 @@ public:
     /// Shares the given floats; their layout must be this plane's.
     void setMemory(RefCountedFloatBuffer& memory) { m_memory = memory; }
 
-    /// One float; z is the component. The place must lie in the plane, which must hold floats.
+    /// One float; z is the component. The position must be inside the plane, which must have floats.
     float at(int x, int y, int z) const { return readable()[offset(x, y, z)]; }
     float& writableAt(int x, int y, int z) { return writable()[offset(x, y, z)]; }
 
-    /// Copies the channels that both planes hold, where their boxes overlap. This plane must be writable.
+    /// Copies the channels that both planes have, where their boxes overlap. This plane must be writable.
     void copyIntersectionFrom(const ImagePlane& source);
 
 private:

@@ -7,7 +7,7 @@
 namespace DD {
 namespace Image {
 
-/// Where an image has pixels (it is itself that box) and in which display window they stand. Formats are kept by value.
+/// An image's data window, which is this box, and its display window, the format. Formats are stored by value.
 class Info2D : public GeneralInfo, public Box {
 public:
     const Box& box() const { return *this; }

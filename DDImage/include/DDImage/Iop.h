@@ -9,7 +9,7 @@ namespace Image {
 
 class PlanarI;
 
-/// Holds an image's info. To be trusted after validation only.
+/// Holds an image's info. Valid only after validation.
 class IopInfoOwner {
 public:
     typedef IopInfo Info;
@@ -35,19 +35,19 @@ protected:
     Info info_;
 };
 
-/// An op that makes an image. By itself it passes its input 0 on unchanged.
+/// An op that produces an image. By default it passes input 0 through unchanged.
 class Iop : public Op, public IopInfoOwner {
 public:
     /// One input.
     explicit Iop(Node*);
 
-    /// Images only.
+    /// Accepts images only.
     bool test_input(int input, Op*) const override;
     Op* default_input(int input) const override;
-    /// The black image that stands in for every image input where nothing is wired: one object, the same for all.
+    /// The black image that stands in for every unconnected image input: one object for all.
     static Iop* default_input(const OutputContext&);
 
-    /// Never null for an input that there is.
+    /// Never null for an existing input.
     Iop* input(int n) const;
     Iop& input0() const { return *input(0); }
     Iop& input1() const { return *input(1); }
@@ -57,8 +57,8 @@ public:
     void request(const Box&, ChannelMask, int count);
     void request(ChannelMask, int count);
 
-    /// Fills the plane for its own box, channels and packing, black where there are no pixels or no such channel. Its
-    /// floats may afterwards be shared with others. Aborted or in error: the plane is left as it is, or half done.
+    /// Fills the plane's box and channels in its packing, black where the image has no pixels or no such channel. Other
+    /// planes may share its floats afterwards. If aborted or in error, the plane is unchanged or partly filled.
     void fetchPlane(ImagePlane&);
 
     ChannelMask out_channels() const { return m_outChannels; }
@@ -67,12 +67,12 @@ public:
     virtual PlanarI* getPlanarI() { return nullptr; }
 
 protected:
-    /// Validates the wired inputs, takes over the info of input 0, and puts out all channels.
+    /// Validates the connected inputs, copies the info of input 0, and outputs all channels.
     void _validate(bool for_real) override;
     virtual void _request(int x, int y, int r, int t, ChannelMask, int count);
     virtual void doFetchPlane(ImagePlane&);
 
-    /// Takes over the info of an input, which is validated.
+    /// Validates an input and copies its info.
     void copy_info(int n = 0);
     void set_out_channels(ChannelMask channels) { m_outChannels = channels; }
     /// Substitute only: makes the plane black and writable, with floats of its own.

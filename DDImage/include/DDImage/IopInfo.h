@@ -6,7 +6,7 @@
 namespace DD {
 namespace Image {
 
-/// What is known of an op's image once the op is validated.
+/// The properties of an op's image. Valid once the op is validated.
 class IopInfo : public Info2D {
 public:
     ChannelMask channels() const { return m_channels; }

@@ -7,10 +7,10 @@
 namespace DD {
 namespace Image {
 
-/// One control of a node. It holds its value itself; the op's member gave the default and receives the value at the
-/// next store pass, so set_value and set_text change nothing in the op at once: read back with get_value and get_text.
+/// One control of a node. It owns its value; the op's member supplies the default and receives the value at the next
+/// store pass. So set_value and set_text do not change the op at once: read back with get_value and get_text.
 ///
-/// Main thread only. Flags bits and their numbers are the host's; those without a remark are only kept.
+/// Main thread only. Flags and their values are the host's; those without a remark are stored but have no effect.
 class Knob {
 public:
     typedef std::uint64_t FlagMask;
@@ -19,7 +19,7 @@ public:
     static const FlagMask SLIDER = 0x2;
     static const FlagMask LOG_SLIDER = 0x4;
     static const FlagMask STORE_INTEGER = 0x8; ///< set_value rounds to a whole number, halves away from zero
-    static const FlagMask FORCE_RANGE = 0x10;  ///< the stored value is clamped to the range; the knob's own is not
+    static const FlagMask FORCE_RANGE = 0x10;  ///< the stored value is clamped to the range; the knob's is not
     static const FlagMask DISABLED = 0x80;     ///< greyed out; disable() and enable()
     static const FlagMask NO_ANIMATION = 0x100;
     static const FlagMask DO_NOT_WRITE = 0x200;
@@ -27,18 +27,18 @@ public:
     static const FlagMask STARTLINE = 0x1000;
     static const FlagMask ENDLINE = 0x2000;
     static const FlagMask NO_RERENDER = 0x4000;      ///< not part of the op's hash
-    static const FlagMask NO_KNOB_CHANGED = 0x20000; ///< set when knob_changed answered 0
+    static const FlagMask NO_KNOB_CHANGED = 0x20000; ///< set when knob_changed returned 0
     static const FlagMask HIDDEN = 0x40000;          ///< hide() and show()
     static const FlagMask READ_ONLY = 0x10000000;
 
     /// What the control is; the host has a class for each.
     enum Type { Special, Enumeration, Float, Int, Bool, File, Group, EndOfGroup };
 
-    /// Passed to knob_changed when the panel opens and when an input changes; equal to no knob of an op.
+    /// Passed to knob_changed when the panel opens and when an input changes; never a knob of an op.
     static Knob showPanel;
     static Knob inputChange;
 
-    /// A null label is the name. STARTLINE is set unless the label is a text of no length or the knob a check box.
+    /// A null label defaults to the name. STARTLINE is set unless the label is empty or the knob is a check box.
     Knob(Type, const char* name, const char* label);
 
     Type type() const { return m_type; }
@@ -48,21 +48,21 @@ public:
     void label(const char* label) { m_label = label; }
     const std::string& tooltip() const { return m_tooltip; }
     void tooltip(const char* tooltip) { m_tooltip = tooltip; }
-    /// The group that the knob stands in, or null.
+    /// The group that contains the knob, or null.
     const Knob* group() const { return m_group; }
     /// The entries of a menu; empty for any other knob.
     const std::vector<std::string>& entries() const { return m_entries; }
 
     double get_value(int index = 0) const;
-    /// The index is 0: no knob here has more than one value.
+    /// The index must be 0: no knob here has more than one value.
     void set_value(double value, int index = 0);
-    /// The value as a store pass hands it to the op: clamped under FORCE_RANGE.
+    /// The value that a store pass writes to the op: clamped under FORCE_RANGE.
     double storedValue() const;
-    /// Null for a knob that holds no text, and for an empty one.
+    /// Null if the knob has no text or an empty one.
     const char* get_text() const { return m_text.empty() ? nullptr : m_text.c_str(); }
     void set_text(const char* text) { m_text = text ? text : ""; }
-    /// Takes the value from its written form: a text, a menu entry, "true"/"false", or a number with a decimal point.
-    /// False, with the value untouched, if the knob cannot take that.
+    /// Sets the value from its written form: a text, a menu entry, "true"/"false", or a number with a decimal point.
+    /// Returns false, leaving the value untouched, if the knob cannot take that.
     bool from_script(const char* script);
     void reset_to_default();
 
@@ -79,7 +79,7 @@ public:
     void hide() { visible(false); }
     bool isVisible() const { return !flag(HIDDEN | INVISIBLE); }
 
-    /// Equal ends mean that there is no range.
+    /// Equal limits mean that there is no range.
     double minimum() const { return m_minimum; }
     double maximum() const { return m_maximum; }
     void set_range(double minimum, double maximum);

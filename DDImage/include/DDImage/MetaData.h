@@ -26,17 +26,17 @@ public:
     iterator end() { return m_values.end(); }
     const_iterator begin() const { return m_values.begin(); }
     const_iterator end() const { return m_values.end(); }
-    /// end() where the key is absent.
+    /// end() if the key is absent.
     iterator find(const char* key) { return m_values.find(key); }
     iterator find(const std::string& key) { return m_values.find(key); }
     const_iterator find(const char* key) const { return m_values.find(key); }
     const_iterator find(const std::string& key) const { return m_values.find(key); }
 
-    /// Null where the key is absent.
+    /// Null if the key is absent.
     const Property* getData(const char* key) const;
-    /// The text; empty where the key is absent or holds no text. Nothing is converted.
+    /// The text; empty if the key is absent or holds no text. Nothing is converted.
     std::string getString(const char* key) const;
-    /// The number, an integer as well; 0 where the key is absent or holds a text or a list.
+    /// The number, also of an integer; 0 if the key is absent or holds a text or a list.
     double getDouble(const char* key) const;
 
     void setData(const std::string& key, Property value) { m_values[key] = std::move(value); }

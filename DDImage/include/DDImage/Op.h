@@ -21,8 +21,8 @@ class Node;
 
 /// One operation of a node, for one output context. Several ops of one node share its knobs.
 ///
-/// Threads: after validation, pixels and metadata may be asked for by several threads at once; abort and error states
-/// may be set and read at any time. Everything else, knobs above all, belongs to one thread.
+/// Threads: after validation, several threads may request pixels and metadata at once; abort and error states may be
+/// set and read at any time. Everything else, knobs above all, belongs to one thread.
 class Op {
 public:
     class Description;
@@ -35,40 +35,40 @@ public:
     virtual const char* Class() const = 0;
     virtual const char* node_help() const = 0;
 
-    /// How many inputs there are: set once, in the constructor, unless minimum and maximum differ.
+    /// The number of inputs: set once, in the constructor, unless minimum and maximum differ.
     void inputs(int count);
     int inputs() const { return static_cast<int>(m_inputs.size()); }
     virtual int minimum_inputs() const { return inputs(); }
     virtual int maximum_inputs() const { return inputs(); }
     virtual const char* input_label(int input, char* buffer) const;
     virtual bool test_input(int input, Op*) const;
-    /// The op that stands in where nothing is wired; may be null.
+    /// The op that stands in for an unconnected input; may be null.
     virtual Op* default_input(int input) const;
-    /// The op wired at an input, or its default input; null outside 0 .. inputs() - 1.
+    /// The op connected to an input, or the default input; null outside 0 .. inputs() - 1.
     Op* input(int input) const;
-    /// The op really wired there, or null.
+    /// The op actually connected, or null.
     Op* node_input(int input) const;
     void set_input(int input, Op*);
 
-    /// Runs _validate unless that was done since the last change; `for_real` false may do less and is done again later.
+    /// Runs _validate unless it ran since the last change; with `for_real` false it may do less and runs again later.
     void validate(bool for_real = true);
     virtual void force_validate(bool for_real = true);
-    /// Forgets that validation was done.
+    /// Makes the next validate run again.
     void invalidate() { m_valid = false; }
 
-    /// Adds what the knobs do not tell to the op's hash.
+    /// Adds state that is not in the knobs to the op's hash.
     virtual void append(Hash&) {}
     /// The hash of the last evaluation: class, context, inputs, knobs, then append.
     const Hash& hash() const { return m_hash; }
 
-    /// Metadata of the op's frame: that key or more; a null key is everything. The reference lives until the op is
+    /// Metadata of the op's frame: at least that key; with a null key, all. The reference is valid until the op is
     /// evaluated for another frame or other values.
     const MetaData::Bundle& fetchMetaData(const char* key) { return _fetchMetaData(key); }
-    /// Passes on what input 0 answers.
+    /// By default, the metadata of input 0.
     virtual const MetaData::Bundle& _fetchMetaData(const char* key);
 
-    /// True after abort of this op or of one upstream, and when one upstream is in error: there is nothing to work on.
-    /// Stays so until the next evaluation from the top (Graph::validate, Graph::render).
+    /// Whether this op or one upstream was aborted, or one upstream is in error, so that there is no input to work on.
+    /// Remains set until the next evaluation from the top (Graph::validate, Graph::render).
     bool aborted() const;
     bool cancelled() const { return aborted(); }
     void abort() const { m_aborted = true; }
@@ -76,15 +76,15 @@ public:
     /// Puts the op into error, with a printf-style text that replaces an earlier one, until the next evaluation from
     /// the top.
     void error(const char* format, ...) __attribute__((format(printf, 2, 3)));
-    /// Substitute only: true if this op or one upstream is in error.
+    /// Substitute only: whether this op or one upstream is in error.
     bool hasError() const;
 
     /// The node's knob of that name, or null.
     Knob* knob(const char* name) const;
     virtual void knobs(Knob_Callback) {}
-    /// Called after a user's change of a knob. 0: no further calls for that knob.
+    /// Called after a user changes a knob. Returning 0 ends the calls for that knob.
     virtual int knob_changed(Knob*) { return 0; }
-    /// Called while the panel is open. False: no further calls.
+    /// Called while the panel is open. Returning false ends the calls.
     virtual bool updateUI(const OutputContext&) { return false; }
 
     const OutputContext& outputContext() const { return m_context; }
@@ -92,13 +92,13 @@ public:
     Op* firstOp();
 
 protected:
-    /// Validates the wired inputs.
+    /// Validates the connected inputs.
     virtual void _validate(bool for_real);
 
 private:
     friend class Graph;
 
-    // Of a node's own for an op that is made without one.
+    // The node of an op that was created without one.
     std::unique_ptr<Node> m_ownNode;
     Node* m_node;
     std::vector<Op*> m_inputs;
@@ -133,7 +133,7 @@ public:
     Description(const char* className, const char*, OpConstructor c) : name(className), m_op(c) { ctor(add); }
     Description(const char* className, const char*, IopConstructor c) : name(className), m_iop(c) { ctor(add); }
 
-    /// Makes an op of the class.
+    /// Creates an op of the class.
     Op* constructor(Node*) const;
 
     /// The i-th class registered, from 0; null past the last.

@@ -5,7 +5,7 @@
 namespace DD {
 namespace Image {
 
-/// For which frame and view an op works.
+/// The frame and view that an op works for.
 class OutputContext {
 public:
     double frame() const { return m_frame; }

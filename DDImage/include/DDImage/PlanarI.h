@@ -8,7 +8,7 @@
 namespace DD {
 namespace Image {
 
-/// What an op that works on whole planes tells about them.
+/// How an op that works on whole planes packs and divides them.
 class PlanarI {
 public:
     typedef ChannelSet PlaneID;
@@ -22,7 +22,7 @@ public:
     virtual Box getStripeBox(int stripe) const = 0;
     virtual std::size_t rowToStripeIndex(int y) const = 0;
 
-    /// The box of all stripes, as things stand at the moment of the call.
+    /// The box of all stripes at the time of the call.
     Box getOutputBox() const;
 };
 

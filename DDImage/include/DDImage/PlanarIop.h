@@ -10,18 +10,18 @@ namespace Image {
 
 /// An image op that renders planes. There is one stripe, the whole box of info().
 ///
-/// renderStripe is called once per layer (see Substitute/Layers.h), with at most four channels, for the whole box. The
-/// caller's own plane is handed over when it has that box, those channels and the packing asked for; otherwise a plane
-/// of that shape, whose pixels are copied over after. renderStripe may run on several threads at once.
+/// renderStripe is called once per layer (see Substitute/Layers.h), with at most four channels, for the whole box. It
+/// gets the caller's own plane if that has this box, these channels and the preferred packing; otherwise a temporary
+/// plane, whose pixels are copied to the caller's. renderStripe may run on several threads at once.
 class PlanarIop : public Iop, public PlanarI {
 public:
     explicit PlanarIop(Node*);
 
     virtual void renderStripe(ImagePlane& plane) = 0;
-    /// What is needed from the inputs for that box: by itself the same from input 0.
+    /// What the op needs from its inputs for a box: by default the same from input 0.
     virtual void getRequests(const Box& box, const ChannelSet& channels, int count, RequestOutput& reqData) const;
     PackedPreference packedPreference() const override;
-    /// True: never handed a part of a layer's channels.
+    /// True: every plane has all channels of its layer.
     virtual bool renderFullPlanes() const;
 
     std::size_t getStripeCount() const override;
@@ -30,7 +30,7 @@ public:
     PlanarI* getPlanarI() override;
 
     Box expandToFullTiles(const Box&) const;
-    /// The same channels and all others of their layers that this op has.
+    /// These channels and all others of their layers that the op has.
     ChannelSet expandChannelsToFullPlanes(const ChannelSet&);
 
 protected:

@@ -24,13 +24,13 @@ public:
     int frame_for_reader() const;
     void append(Hash&) override;
 
-    /// Substitute only: where the clip comes from. Before validation, not during a render.
+    /// Substitute only: the clip's source. To be set before validation, not during a render.
     void setSource(std::shared_ptr<ReadSource>);
     void setFilename(std::string);
 
-    /// Planes are filled for just what is asked, without an intermediate copy.
+    /// Fills exactly the requested plane, without an intermediate copy.
     void renderStripe(ImagePlane& plane) override;
-    /// The whole dictionary of the frame, whatever the key; read once per frame.
+    /// All metadata of the frame, whatever the key; read once per frame.
     const MetaData::Bundle& _fetchMetaData(const char* key) override;
 
     static const Iop::Description d;

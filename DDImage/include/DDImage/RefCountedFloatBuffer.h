@@ -7,8 +7,8 @@
 namespace DD {
 namespace Image {
 
-/// A handle on floats that several planes may share. Copying it shares the floats; the last handle frees them.
-/// Handles may be copied and dropped on several threads at once; one handle belongs to one thread at a time.
+/// A handle to floats that several planes may share. Copying it shares the floats; the last handle frees them. Handles
+/// may be copied and dropped on several threads at once; one handle belongs to one thread at a time.
 class RefCountedFloatBuffer {
 public:
     RefCountedFloatBuffer() = default;
@@ -18,11 +18,11 @@ public:
     RefCountedFloatBuffer& operator=(RefCountedFloatBuffer&&) noexcept;
     ~RefCountedFloatBuffer() { reset(); }
 
-    /// Zeroed floats for every component of every pixel of the box; steps are in floats and tell how they will be laid
-    /// out. Throws std::bad_alloc when the memory is not there.
+    /// Zeroed floats for every component of every pixel of the box; steps are in floats and describe their layout.
+    /// Throws std::bad_alloc if memory runs out.
     static RefCountedFloatBuffer allocate(const Box&, int nComps, int pixelStep, int rowStep, int componentStep);
 
-    /// The same without zeroing, for who writes every float: zeroing takes about as long as filling.
+    /// The same without zeroing, for callers that write every float: zeroing takes about as long as filling.
     static RefCountedFloatBuffer allocateUninitialised(const Box&, int nComps);
 
     /// Null without floats.

@@ -7,8 +7,8 @@
 
 namespace CorrectionData {
 
-/// Where managed containers get the parsed content of a correction file from. It is shared by all of a clip's
-/// containers, so it must not be changed.
+/// Supplies managed containers with the parsed content of correction files. All containers of a clip share it, so it
+/// must not be modified.
 class ManagedContainerDataSource {
 public:
     virtual ~ManagedContainerDataSource() = default;

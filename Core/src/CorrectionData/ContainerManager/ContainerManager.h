@@ -11,7 +11,7 @@
 
 namespace CorrectionData {
 
-/// The correction file that was named for a clip was made for another one.
+/// The correction file selected for a clip belongs to another clip.
 class FileMismatchException : public Exception {
 public:
     FileMismatchException(const std::string& clipFileName, const std::string& correctionFilePath,
@@ -20,15 +20,15 @@ public:
 
 /// The shared owner of parsed correction files: each is read once and then shared by all containers of its clip.
 ///
-/// Failures of its data source pass through unchanged, and nothing is cached for them.
-/// Threads: one at a time; callers must serialise.
+/// Failures of its data source pass through unchanged and are not cached. Threads: one at a time; callers must
+/// serialise.
 class ContainerManager : public ManagedContainerDataSource {
 public:
-    /// Keeps the content of at most `capacity` insertions (0: all). The data source must not be empty.
+    /// Keeps the content of at most `capacity` insertions (0: no limit). The data source must not be null.
     ContainerManager(std::unique_ptr<ContainerManagerDataSource> dataSource, std::uint32_t capacity);
     ~ContainerManager() override;
 
-    /// Does not check that the file found near the clip names the clip.
+    /// Does not check whether the file found near the clip names that clip.
     void shareContent(const std::string& clipFilePath, std::shared_ptr<Content>& content) override;
 
     /// Throws FileMismatchException unless the clip's name is the file's `videoFileName` or `clipName`, exactly.

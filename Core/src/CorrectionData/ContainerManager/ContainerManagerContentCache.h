@@ -10,11 +10,11 @@
 
 namespace CorrectionData {
 
-/// Keeps the parsed content of correction files, found by the file's path or by a clip's path.
+/// Caches the parsed content of correction files by the file's path and by the paths of clips.
 ///
-/// At most `capacity` insertions are kept, first in first out; 0 means all. Look-ups do not refresh an entry.
-/// Insertions are counted, not files: a file that was cached twice is dropped as a whole when its older insertion
-/// expires. Dropping content releases the cache's reference only. Threads: one at a time.
+/// Keeps at most `capacity` insertions, first in, first out; 0: no limit. Look-ups do not refresh an entry. Insertions
+/// are counted, not files: a file that was cached twice is dropped as a whole when its older insertion expires.
+/// Dropping content releases the cache's reference only. Threads: one at a time.
 class ContainerManagerContentCache {
 public:
     explicit ContainerManagerContentCache(std::uint32_t capacity);
@@ -24,15 +24,15 @@ public:
     void cacheContent(const std::string& clipFilePath, const std::string& correctionFilePath,
                       std::shared_ptr<Content> content);
 
-    /// Both answer whether content was found, and set `content` only then.
+    /// Both return whether content was found, and set `content` only then.
     bool cachedContentForCorrectionFilePath(const std::string& correctionFilePath,
                                             std::shared_ptr<Content>& content) const;
     bool cachedContentForClipFilePath(const std::string& clipFilePath, std::shared_ptr<Content>& content) const;
 
-    /// Forgets the file's content and every clip that it was found for.
+    /// Removes the file's content and every clip that it was found for.
     void removeAllDataRelatedToCorrectionFilePath(const std::string& correctionFilePath);
 
-    /// Forgets the oldest insertions beyond the capacity.
+    /// Removes the oldest insertions beyond the capacity.
     void removeAllDataRelatedToCorrectionFilePathsWithLowPriority();
 
 private:

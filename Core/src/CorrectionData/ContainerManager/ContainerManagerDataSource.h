@@ -6,12 +6,12 @@
 
 namespace CorrectionData {
 
-/// Where the container manager loads content from when it has none cached. Outputs are set on success only.
+/// Loads the content that the container manager has not cached. Outputs are set on success only.
 class ContainerManagerDataSource {
 public:
     virtual ~ContainerManagerDataSource() = default;
 
-    /// Finds the correction file of a clip; gives its path and its parsed content.
+    /// Finds the correction file of a clip; returns its path and its parsed content.
     virtual void content(const std::string& clipFilePath, std::string& correctionFilePath, Content& content) = 0;
 
     /// Parses the given correction file.

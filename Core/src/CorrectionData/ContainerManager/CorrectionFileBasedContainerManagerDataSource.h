@@ -9,11 +9,11 @@ namespace CorrectionData {
 
 /// Loads content from correction files on disk.
 ///
-/// Throws what the finder, the reader and the parser throw; a value in a file that is not a number raises
+/// Throws what the finder, the reader and the parser throw; a value in a file that is not a number throws
 /// boost::bad_lexical_cast, an unreadable folder boost::filesystem::filesystem_error.
 class CorrectionFileBasedContainerManagerDataSource : public ContainerManagerDataSource {
 public:
-    /// How deep and how far up the folders around a clip are searched.
+    /// `levelOfDepth`: how far below and above a clip's folder to search.
     explicit CorrectionFileBasedContainerManagerDataSource(CorrectionFile::LevelOfDepth levelOfDepth);
     ~CorrectionFileBasedContainerManagerDataSource() override;
 

@@ -9,7 +9,7 @@ class Finder {
 public:
     virtual ~Finder() = default;
 
-    /// Stores the path of the correction file. Throws NotFoundException if there is none; the text is untouched then.
+    /// Stores the path of the correction file. Throws NotFoundException, leaving it untouched, if there is none.
     virtual void find(std::string& correctionFilePath) const = 0;
 };
 

@@ -10,7 +10,7 @@ namespace CorrectionFile {
 /// No correction file of a clip was found in any of the folders that were searched.
 class NotFoundException : public Exception {
 public:
-    /// Details, each line ended by a line feed, the last one included:
+    /// Details; every line ends in a line feed, including the last:
     ///
     ///     Clip File Path: "/clips/A001.mov"
     ///     Searched Directory Paths:

@@ -15,9 +15,9 @@ struct LineStream {
     std::string rewrittenLine;  ///< holds a line that cannot be a view of the text
 };
 
-/// Reads the next line, without its line feed and without any carriage return, wherever in the line it stands; files
-/// with either line ending read alike. A line feed that ends the text starts no further line.
-/// Answers whether a line was read; on false the line is untouched. The line is valid until the next call.
+/// Reads the next line without its line feed and without any carriage returns, wherever they are in the line; files
+/// with either line ending read the same. A line feed at the end of the text does not start another line. Returns
+/// whether a line was read; if not, `line` is untouched. The line is valid until the next call.
 bool getLine(LineStream& stream, std::string_view& line);
 
 } // namespace CorrectionFile

@@ -18,15 +18,15 @@ namespace CorrectionFile {
 ///     0;0,5,…;100,99.5,…;0,-0.2,…;;;;;;10.00.00.00
 ///
 /// A frame's columns: number; 7 heights (version 3 only: version 2 measures at 0, 5, 10, 15, 18 and 21.4 mm); as many
-/// shading values; as many distortion values; five columns that are not read; timecode. Header and body are found by
-/// two independent scans. Lines end in LF or CR LF; all comparisons are exact; numbers are read alike under any locale.
+/// shading values; as many distortion values; five ignored columns; timecode. Header and body are found by two
+/// independent scans. Lines end in LF or CR LF; all comparisons are exact; numbers do not depend on the locale.
 ///
-/// Every operation leaves its output untouched on failure. Format errors are InvalidFormatException, with the reason
-/// or with the line (counted from 1) and its number. Text in the place of a frame's number or value is the conversion's
+/// Every operation leaves its output untouched on failure. Format errors throw InvalidFormatException with the reason,
+/// or with the line and its number (counted from 1). Text in place of a frame's number or value throws the conversion's
 /// own boost::bad_lexical_cast instead, on purpose. Stateless; any thread may use it.
 class Parser {
 public:
-    /// Parses header and body into a fresh content and assigns it.
+    /// Parses header and body, and replaces `content`.
     void parse(const std::string& text, CorrectionData::Content& content) const;
 
     /// Parses the header alone; needs neither version line nor body. If a key occurs twice, its first value counts. A

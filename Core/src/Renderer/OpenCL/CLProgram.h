@@ -21,7 +21,7 @@ public:
 private:
     CLProgram(cl_context context, const std::string& source);
 
-    /// The first 4096 bytes of it; empty if the driver does not give it.
+    /// The first 4096 bytes of the log; empty if the driver returns none.
     std::string buildLog(cl_device_id device) const;
 
     cl_program m_program = nullptr;

@@ -8,7 +8,7 @@
 
 namespace Renderer {
 
-/// Sets a kernel's arguments one after the other; all of them are always tried.
+/// Sets a kernel's arguments in order; a failure does not skip those after it.
 class KernelArguments {
 public:
     KernelArguments(cl_kernel kernel, cl_uint firstIndex) : m_kernel(kernel), m_index(firstIndex) {}
@@ -19,9 +19,9 @@ public:
         m_status = clSetKernelArg(m_kernel, m_index++, sizeof(value), &value);
     }
 
-    /// Status of the last argument. When that one was set and an earlier one was not, throws Exception with the text
-    /// of the launch that is refused for it: an argument that was never set makes the runtime refuse the launch, but
-    /// one that was set for an earlier frame would keep that frame's value and give a wrong picture.
+    /// Status of the last argument. If it was set but an earlier one was not, throws Exception with the text of a
+    /// refused launch. The runtime itself refuses only if the argument was never set: one that was set for an earlier
+    /// frame would keep that frame's value and render a wrong picture.
     int statusOfLast() const {
         if (m_status == CL_SUCCESS && m_hasEarlierFailed) {
             throw Exception("Failed to execute kernel! (" + std::to_string(CL_INVALID_KERNEL_ARGS) + ")");

@@ -8,7 +8,7 @@
 
 namespace Renderer {
 
-/// What is known about one OpenCL device when a device is chosen. Name and vendor do not affect the choice.
+/// The properties of an OpenCL device that decide the choice, and its name and vendor, which do not.
 struct OpenCLDeviceInfo {
     cl_device_id id = nullptr;
     std::string name;

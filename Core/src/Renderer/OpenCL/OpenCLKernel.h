@@ -16,14 +16,14 @@ namespace Renderer {
 ///
 /// A pixel buffer holds width × height × 4 elements (R, G, B, A), row by row from row 0 without gaps; sizes are in
 /// bytes, the input and the output have the same size. The kernel takes the input buffer (image mode only) and the
-/// output buffer as its first arguments; the argument setter sets all others, anew for every execution.
-/// One work-item per byte is launched, so a kernel must let all items beyond the last pixel return.
-/// Device, context, queue, program and kernel live as long as the object; device buffers live for one execution.
-/// Threads: one at a time per object. Instantiated for float only.
+/// output buffer as its first arguments; the argument setter sets all others before every execution. One work-item per
+/// byte is launched, so a kernel must ignore all items beyond the last pixel. Device, context, queue, program and
+/// kernel live as long as the object; device buffers live for one execution. Threads: one at a time per object.
+/// Instantiated for float only.
 template <typename Element>
 class OpenCLKernel {
 public:
-    /// Sets the kernel's own arguments and answers an OpenCL status; may throw.
+    /// Sets the kernel's own arguments and returns an OpenCL status; may throw.
     using ArgumentSetter = std::function<int(cl_kernel)>;
 
     /// Builds the program on the most powerful device. Throws Exception with the failed step and the OpenCL status.
@@ -47,7 +47,7 @@ private:
     void executeKernelSynchronously(cl_device_id device, unsigned long bufferSize);
     void readDataFromOutputInDeviceMemory(cl_mem output, Element* outputBuffer, unsigned long bufferSize);
 
-    // In the order of making: each is made from those before it, and released in reverse.
+    // In order of construction: each needs those before it, and is released before them.
     std::string m_source;
     std::string m_kernelName;
     ArgumentSetter m_setSpecificArguments;

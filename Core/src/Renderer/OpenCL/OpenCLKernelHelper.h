@@ -9,17 +9,17 @@
 
 namespace Renderer {
 
-/// Queries the OpenCL runtime, and picks the device that renders.
+/// Queries the OpenCL runtime and chooses the device that renders.
 ///
-/// Stateless: every call queries afresh. Every failure is an Exception of one sentence with the OpenCL status, for
-/// example "Failed to query number of all available platforms! (-1001)".
+/// Stateless: every call queries the runtime again. Every failure is an Exception of one sentence with the OpenCL
+/// status, for example "Failed to query number of all available platforms! (-1001)".
 class OpenCLKernelHelper {
 public:
-    /// All platforms in the runtime's order; none is no error.
+    /// All platforms in the runtime's order; an empty list is not an error.
     static std::vector<cl_platform_id> allPlatformIds();
 
-    /// All devices of every type of one platform in the runtime's order. A platform without devices usually is an
-    /// error (-1) of the runtime.
+    /// All devices of every type of one platform in the runtime's order. For a platform without devices the runtime
+    /// usually reports an error (-1).
     static std::vector<cl_device_id> allDeviceIdsForPlatform(cl_platform_id platform);
 
     /// A text such as CL_PLATFORM_NAME, up to its first zero byte.
@@ -32,9 +32,9 @@ public:
     template <typename T>
     static T queryDeviceInfo(cl_device_id device, cl_device_info name);
 
-    /// Every usable device, best first: devices of type GPU and nothing else before all others, then by descending
-    /// score, equals in the order of discovery. Platforms and devices that answer a query with an error are left out.
-    /// Throws only when the platforms themselves cannot be listed.
+    /// Every usable device, best first: devices whose type is GPU alone come before all others, then by descending
+    /// score, equal scores in order of discovery. Platforms and devices for which a query fails are left out. Throws
+    /// only if the platforms themselves cannot be listed.
     static std::vector<OpenCLDeviceInfo> devicesInOrderOfChoice();
 
     /// The first of devicesInOrderOfChoice(). Throws Exception "No devices were found!" when there is none.

@@ -9,9 +9,9 @@
 namespace DD {
 namespace Image {
 
-/// The host application in small: makes nodes, wires them, changes their knobs as a user's hand does, and renders.
+/// A miniature host: creates nodes, connects them, changes their knobs as a user does, and renders.
 ///
-/// A graph owns its nodes. One thread at a time, but for `fetch` and `abort`, which any number of threads may call
+/// A graph owns its nodes. One thread at a time, except for `fetch` and `abort`, which any number of threads may call
 /// between one `validate` and the next; different graphs are independent of each other.
 class Graph {
 public:
@@ -24,32 +24,33 @@ public:
     /// Adds a folder to the end of the plug-in path.
     void addPluginPath(const std::string& folder);
 
-    /// Makes a node of a class. A class that is not registered yet is looked for on the plug-in path, first hit wins:
-    /// `<Class>.so` is loaded; in `<Class>.tcl` a line `load <Library>` names another library of the path to load.
-    /// Throws std::runtime_error, with a text for users, if the class is not there or does not load.
+    /// Creates a node of a class. A class that is not registered yet is searched for on the plug-in path; the first hit
+    /// wins: `<Class>.so` is loaded; in `<Class>.tcl` a line `load <Library>` names another library of the path to
+    /// load. Throws std::runtime_error, with a text for users, if the class is not found or does not load.
     Op* create(const std::string& className);
     Read* createRead();
     /// Another op of the same node, with the same knobs, inputs and frame (the host has one per frame and view).
     /// A Read's copy needs a source of its own.
     Op* createCopy(Op*);
 
-    /// Wires source (null: nothing) to an input. False, and nothing changes, if the op refuses it or has no such input.
+    /// Connects source (null: disconnects) to an input. Returns false, changing nothing, if the op refuses it or has no
+    /// such input.
     bool connect(Op* op, int input, Op* source);
 
     /// The knob of that name or null; all knobs in order of declaration, groups and their ends included.
     Knob* knob(Op*, const std::string& name) const;
     std::vector<Knob*> knobs(Op*) const;
 
-    /// A user's change: sets the knob, stores, and calls knob_changed (once: changes made in there call nothing; not at
-    /// all after it answered 0 for that knob). A text is taken as by Knob::from_script.
-    /// Throws std::invalid_argument if there is no such knob or it cannot take the text.
+    /// A change by the user: sets the knob, stores, and calls knob_changed (once: changes made in that call trigger
+    /// none; never again after it returned 0 for that knob). A text is read as by Knob::from_script. Throws
+    /// std::invalid_argument if there is no such knob or it cannot take the text.
     void userChange(Op*, const std::string& name, double value);
     void userChange(Op*, const std::string& name, const std::string& text);
 
     /// Opens the panel: knob_changed(&Knob::showPanel), then updateUI.
     void openPanel(Op*);
     void closePanel(Op*);
-    /// Calls the op's updateUI if its panel is open and the last call answered true.
+    /// Calls the op's updateUI if its panel is open and the last call returned true.
     void updateUI(Op*);
 
     /// The frame for which all ops work.
@@ -58,7 +59,7 @@ public:
     /// Evaluates from the top: clears abort and error states upstream, stores knobs, hashes, and validates what
     /// changed. False if the op is in error or aborted after that.
     bool validate(Op*);
-    /// After validate: requests and fetches one plane. False if the op is in error, aborted or made nothing.
+    /// After validate: requests and fetches one plane. False if the op is in error, aborted or produced nothing.
     bool fetch(Op*, ImagePlane&);
     /// validate, then fetch.
     bool render(Op*, ImagePlane&);

@@ -12,7 +12,7 @@ namespace Image {
 std::vector<ChannelSet> splitIntoLayers(ChannelMask channels);
 
 /// All channels of `available` that belong to a layer of `channels`, and `channels` themselves. The layer "rgba" is
-/// always whole: its missing channels are black, and renderers take four.
+/// always complete: missing channels are black, because renderers take four.
 ChannelSet expandToLayers(ChannelMask channels, ChannelMask available);
 
 } // namespace Image

@@ -7,8 +7,8 @@
 namespace DD {
 namespace Image {
 
-/// Where a Read gets its clip from. What a member throws becomes the Read's error and goes no further.
-/// fillPlane and fillMetaData may be called from several threads at once.
+/// Supplies a Read with its clip. What a member throws becomes the Read's error and propagates no further. fillPlane
+/// and fillMetaData may be called from several threads at once.
 class ReadSource {
 public:
     virtual ~ReadSource();
@@ -20,7 +20,7 @@ public:
     /// writable, of any box, channels and packing. Instead of filling it, a source may share floats of the plane's
     /// exact layout by setMemory.
     ///
-    /// A source that fillsWholePlanes gets the floats as they are and writes all of them, black where it has nothing.
+    /// A source that fillsWholePlanes gets uninitialised floats and writes all of them, black where it has no pixels.
     virtual void fillPlane(double frame, ImagePlane& plane) = 0;
     virtual bool fillsWholePlanes() const { return false; }
 };
