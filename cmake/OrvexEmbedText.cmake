@@ -1,6 +1,6 @@
 # orvex_embed_text(TARGET FILE MODE): makes FILE's text available to TARGET's sources as an include file.
-# FILE is relative to the current source folder; the include is "<path from the part's src>.inc" (from Core/src, Image/src, Tools/src),
-# rebuilt when FILE changes.
+# FILE is relative to the current source folder, which must be TARGET's own; the include is "<path from the part's
+# src>.inc" (from Core/src, Image/src, Tools/src), rebuilt when FILE changes.
 # MODE whole: one raw string literal. MODE rows: one quoted literal per line, each followed by a comma.
 set(ORVEX_EMBED_SCRIPT "${CMAKE_CURRENT_LIST_DIR}/EmbedText.cmake")
 function(orvex_embed_text target file mode)
@@ -11,9 +11,6 @@ function(orvex_embed_text target file mode)
         COMMAND "${CMAKE_COMMAND}" "-DINPUT=${input}" "-DOUTPUT=${output}" "-DMODE=${mode}" -P "${ORVEX_EMBED_SCRIPT}"
         DEPENDS "${input}" "${ORVEX_EMBED_SCRIPT}"
         COMMENT "Embedding ${relative}" VERBATIM)
-    # A command's output is known only in its own folder; a target carries it to TARGET's.
-    string(MAKE_C_IDENTIFIER "embed_${relative}" embedding)
-    add_custom_target(${embedding} DEPENDS "${output}")
-    add_dependencies(${target} ${embedding})
+    target_sources(${target} PRIVATE "${output}")
     target_include_directories(${target} PRIVATE "${PROJECT_BINARY_DIR}/generated")
 endfunction()

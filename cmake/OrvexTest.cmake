@@ -1,4 +1,4 @@
-# orvex_add_test(NAME LABEL label LINK targets…): one GoogleTest program; sources are added by its folders.
+# orvex_add_test(NAME LABEL label LINK targets…): one GoogleTest program; target_sources adds its sources.
 # Each case runs in a process of its own, so once-only objects are fresh in every case. The OpenCL compiler's cache of
 # the processor device lies in the build tree, so that tests need no writable home; what that device leaks is not reported.
 if(ORVEX_BUILD_TESTS)

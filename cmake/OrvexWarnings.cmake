@@ -21,8 +21,8 @@ if(ORVEX_SANITIZE)
     add_link_options(-fsanitize=${ORVEX_SANITIZE})
 endif()
 
-# orvex_compile_apart(target files…): sources of a folder whose local names stand in others of the target too. The
-# presets with sanitizers compile several sources as one (CMAKE_UNITY_BUILD), in a quarter of the time.
+# orvex_compile_apart(target files…): sources whose local names other sources of the target use too. The presets with
+# sanitizers compile several sources as one (CMAKE_UNITY_BUILD), in a quarter of the time.
 function(orvex_compile_apart target)
     set_source_files_properties(${ARGN} TARGET_DIRECTORY ${target} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
