@@ -158,6 +158,7 @@ LensOptions LensOptionsReader::read() const {
 struct RenderOptionsReader::Texts {
     std::string clip, output, distortion, shading, shadingLayers, plate, frames, pixelType, compression, memory,
         inputSpace, colourConfig;
+    std::string zip = "fast";
     std::string window = "box";
     std::string boxSize;
     std::string progress = "auto";
@@ -243,6 +244,9 @@ void RenderOptionsReader::declareOptions(CLI::App& app) {
     files.add_option("--type", t.pixelType, "Pixel type; default: as in CLIP")->check(CLI::IsMember({"half", "float"}));
     files.add_option("--compression", t.compression, "EXR compression; default: as in CLIP")
         ->check(CLI::IsMember({"none", "rle", "zips", "zip", "piz", "pxr24", "b44", "b44a", "dwaa", "dwab"}));
+    files.add_option("--zip", t.zip, "Compress zip and zips quickly (fast), or into smaller files (small)")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"fast", "small"}));
     files.add_option("--window", t.window, "Data window: the whole corrected picture (box), or the format")
         ->capture_default_str()
         ->check(CLI::IsMember({"box", "format"}));
@@ -315,6 +319,7 @@ RenderOptions RenderOptionsReader::read() const {
         options.pixelType = t.pixelType == "half" ? RenderOptions::PixelType::Half : RenderOptions::PixelType::Float;
     }
     options.compression = given(t.compression);
+    options.zip = t.zip == "fast" ? Image::ZipGoal::Fast : Image::ZipGoal::Small;
     options.window = t.window == "box" ? RenderOptions::Window::Box : RenderOptions::Window::Format;
     if (t.boxSize.empty()) {
         options.boxSize =

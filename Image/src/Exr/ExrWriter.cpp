@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -50,7 +51,8 @@ struct Block {
 /// Who encodes the blocks of a part.
 enum class Encoder {
     Lines,      ///< nobody: scan lines without compression
-    CLibrary,   ///< OpenEXR's C library, or ourselves between its steps
+    Zip,        ///< ourselves: ZIP and ZIPS
+    CLibrary,   ///< OpenEXR's C library
     CppLibrary, ///< DWA is only in the C++ library; the C one makes B44's small blocks larger
 };
 
@@ -66,18 +68,25 @@ struct StoredPart {
     float dwaLevel = 0.0f;
     std::size_t chunkCount = 0;
     std::size_t tableIndex = 0; ///< of its first chunk in the file's table
+
+    ZipBlockCompressor::Samples mostSamples() const {
+        const auto isShort = [](PixelType type) { return bytesPerSample(type) == 2; };
+        const auto shortOnes = static_cast<std::size_t>(std::count_if(types.begin(), types.end(), isShort));
+        return shortOnes >= (types.size() - shortOnes) * 2 ? ZipBlockCompressor::Samples::Of16Bits
+                                                           : ZipBlockCompressor::Samples::Of32Bits;
+    }
 };
 
 /// What the callbacks of one thread's pipeline need to know about the block at hand.
 struct Source {
     const StoredPart* stored = nullptr;
     Block* block = nullptr;
-    ZipBlockCompressor* compressor = nullptr;
     std::vector<std::uint8_t*> rows;
     std::vector<float> floats;
     std::vector<std::uint8_t> converted;
-    /// A line of a block that is split.
+    /// Of a block that is compressed as ZIP: a line, and all lines' bytes split.
     std::vector<std::uint8_t> line;
+    std::vector<std::uint8_t> split;
     Part band;
     CompressedBlocks blocks;
 };
@@ -173,19 +182,30 @@ void packLines(Source& source, const Window& window, std::uint8_t* to) {
     }
 }
 
-/// The same, split for ZIP's compressor.
-void packSplitLines(Source& source, const Window& window, std::uint8_t* to) {
-    ByteSplitter splitter(to, packedBytes(*source.stored, window));
-    Window line = window;
-    for (std::int64_t y = window.minY; y <= window.maxY; ++y) {
+/// The zlib stream of the block's split bytes, or the block as it is where that is smaller.
+void packZip(Source& source, ZipBlockCompressor& compressor) {
+    const StoredPart& stored = *source.stored;
+    Block& block = *source.block;
+    const std::size_t n = packedBytes(stored, block.window);
+    if (n > std::numeric_limits<std::int32_t>::max()) throw std::runtime_error("it is larger than 2 GB");
+    source.split.resize(n);
+    ByteSplitter splitter(source.split.data(), n);
+    Window line = block.window;
+    for (std::int64_t y = block.window.minY; y <= block.window.maxY; ++y) {
         line.minY = line.maxY = static_cast<std::int32_t>(y);
-        source.line.resize(packedBytes(*source.stored, line));
+        source.line.resize(packedBytes(stored, line));
         packLines(source, line, source.line.data());
         splitter.add(source.line.data(), source.line.size());
     }
+    const std::size_t leader = leaderBytes(stored);
+    block.encoded.resize(leader + n);
+    const std::size_t compressed =
+        compressor.compress(source.split.data(), n, stored.mostSamples(), block.encoded.data() + leader);
+    const std::size_t size = compressed != 0 ? compressed : n;
+    block.encoded.resize(leader + size);
+    std::uint8_t* const behind = writeLeader(block, block.window.minY, size, stored, block.encoded.data());
+    if (compressed == 0) packLines(source, block.window, behind);
 }
-
-bool isZip(const StoredPart& stored) { return stored.compression == "zip" || stored.compression == "zips"; }
 
 exr_result_t pack(exr_encode_pipeline_t* pipeline) {
     Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
@@ -193,10 +213,7 @@ exr_result_t pack(exr_encode_pipeline_t* pipeline) {
     std::uint8_t* const to = static_cast<std::uint8_t*>(pipeline->packed_buffer);
     if (to == nullptr || pipeline->packed_alloc_size < bytes) return EXR_ERR_INVALID_ARGUMENT;
     pipeline->packed_bytes = bytes;
-    if (isZip(*source.stored))
-        packSplitLines(source, source.block->window, to);
-    else
-        packLines(source, source.block->window, to);
+    packLines(source, source.block->window, to);
     return EXR_ERR_SUCCESS;
 }
 
@@ -284,27 +301,10 @@ void packImf(Source& source) {
     }
 }
 
-/// The libdeflate stream of the block's split bytes, or the block as it is, straight into its place.
-exr_result_t deflateZip(exr_encode_pipeline_t* pipeline) {
-    Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
-    Block& block = *source.block;
-    const std::size_t n = static_cast<std::size_t>(pipeline->packed_bytes);
-    const std::size_t leader = leaderBytes(*source.stored);
-    block.encoded.resize(leader + n);
-    const std::size_t compressed = source.compressor->compress(
-        static_cast<const std::uint8_t*>(pipeline->packed_buffer), n, block.encoded.data() + leader);
-    const std::size_t size = compressed != 0 ? compressed : n;
-    block.encoded.resize(leader + size);
-    std::uint8_t* const behind = writeLeader(block, block.window.minY, size, *source.stored, block.encoded.data());
-    if (compressed == 0) packLines(source, block.window, behind);
-    return EXR_ERR_SUCCESS;
-}
-
 /// Takes the compressed block instead of letting the library write it: blocks go into the file in one order, whichever
 /// thread is first.
 exr_result_t keep(exr_encode_pipeline_t* pipeline) {
     Source& source = *static_cast<Source*>(pipeline->encoding_user_data);
-    if (pipeline->compress_fn == deflateZip) return EXR_ERR_SUCCESS;
     // A block that would not become smaller is stored as it is.
     const bool compressed = pipeline->compressed_buffer != nullptr && pipeline->compressed_bytes != 0 &&
                             pipeline->compressed_bytes < pipeline->packed_bytes;
@@ -349,7 +349,6 @@ public:
         m_pipeline.convert_and_pack_fn = pack;
         m_pipeline.yield_until_ready_fn = nullptr;
         m_pipeline.write_fn = keep;
-        if (isZip(*source.stored)) m_pipeline.compress_fn = deflateZip;
         return exr_encoding_run(m_context, part, &m_pipeline);
     }
 
@@ -374,8 +373,7 @@ exr_attr_box2i_t box(const Window& window) {
     return value;
 }
 
-float dwaLevel(const Part& part, const WriteOptions& options) {
-    if (options.level) return *options.level;
+float dwaLevel(const Part& part) {
     const Attribute* attribute = part.findAttribute("dwaCompressionLevel");
     float level = defaultDwaLevel;
     if (attribute != nullptr && attribute->type == "float" && attribute->value.size() == sizeof level)
@@ -412,6 +410,7 @@ void declarePart(const ExrContext& context, const std::string& path, const Store
 
 Encoder encoderOf(const Part& part) {
     if (part.compression.starts_with("dwa") || part.compression.starts_with("b44")) return Encoder::CppLibrary;
+    if (part.compression == "zip" || part.compression == "zips") return Encoder::Zip;
     return part.compression == "none" && part.tileWidth == 0 ? Encoder::Lines : Encoder::CLibrary;
 }
 
@@ -427,7 +426,7 @@ std::int64_t linesPerRun(const StoredPart& stored, unsigned threads) {
         return static_cast<std::int64_t>(bytes / std::max<std::size_t>(packedBytes(stored, one), 1)) + 1;
     };
     if (stored.encoder == Encoder::Lines) return runOf(plainRunBytes, 1);
-    if (stored.encoder == Encoder::CLibrary) return lines;
+    if (stored.encoder != Encoder::CppLibrary) return lines;
     // A picture of its own, as which the library takes a run, begins on a line that every channel has.
     for (const Channel& channel : part.channels)
         if (lines % channel.ySampling != 0) return whole.height();
@@ -493,12 +492,6 @@ std::vector<Part> preparedParts(const std::string& path, const Frame& frame, con
             part.compression = "zip";
         }
         if (part.tileWidth == 0 && part.lineOrder == LineOrder::RandomY) part.lineOrder = LineOrder::IncreasingY;
-        if (options.level && part.findAttribute("dwaCompressionLevel") != nullptr &&
-            part.compression.starts_with("dwa")) {
-            std::string value(sizeof(float), '\0');
-            std::memcpy(value.data(), &*options.level, sizeof(float));
-            part.setAttribute({"dwaCompressionLevel", "float", value});
-        }
         if (part.dataWindow.width() < 1 || part.dataWindow.height() < 1 || part.channels.empty())
             throw ImageError(path, "cannot be written: a part has no pixels");
         // The library checks these too, but does not say which channel it means.
@@ -521,7 +514,7 @@ std::vector<StoredPart> storedParts(const ExrContext& context, const std::string
         for (const Channel& channel : part.channels)
             stored[i].types.push_back(exrStoredType(path, channel.type, options));
         stored[i].channelOrder = exrChannelOrder(part);
-        stored[i].dwaLevel = dwaLevel(part, options);
+        stored[i].dwaLevel = dwaLevel(part);
         stored[i].compression = part.compression;
         stored[i].encoder = encoderOf(part);
         stored[i].multiPart = parts.size() > 1;
@@ -553,14 +546,12 @@ std::vector<Block> layOutBlocks(const ExrContext& context, const std::string& pa
 class BlockEncoder {
 public:
     /// `libraryAccess` is shared by all encoders of a context.
-    BlockEncoder(const std::string& path, const ExrContext& context, std::mutex& libraryAccess, int level)
+    BlockEncoder(const std::string& path, const ExrContext& context, std::mutex& libraryAccess, ZipGoal zip)
         : m_path(path),
           m_context(context),
           m_libraryAccess(libraryAccess),
           m_pipeline(context.get()),
-          m_compressor(level) {
-        m_source.compressor = &m_compressor;
-    }
+          m_compressor(zip) {}
 
     /// Fills block.encoded, whose memory is reused. Throws ImageError.
     void encode(const StoredPart& stored, Block& block) {
@@ -569,15 +560,18 @@ public:
         switch (stored.encoder) {
             case Encoder::Lines:
                 return packPlain(m_source);
+            case Encoder::Zip:
+                return explained(block, [this] { packZip(m_source, m_compressor); });
             case Encoder::CppLibrary:
-                return encodeWithCppLibrary(block);
+                return explained(block, [this] { packImf(m_source); });
             case Encoder::CLibrary:
                 return encodeWithCLibrary(stored, block);
         }
     }
 
 private:
-    void encodeWithCppLibrary(const Block& block) try { packImf(m_source); } catch (const std::exception& error) {
+    template <typename Encode>
+    void explained(const Block& block, Encode encode) const try { encode(); } catch (const std::exception& error) {
         throw notCompressed(block, error.what());
     }
 
@@ -697,10 +691,8 @@ void writeExr(const std::string& path, const Frame& frame, const WriteOptions& o
     for (std::size_t i = 0; i < stored.size(); ++i) stored[i].part = &frame.parts[i];
     BlockFile file(path, options.makesFile, header, stored, blocks);
     std::mutex libraryAccess;
-    const int level =
-        options.level && (*options.level >= 1.0f && *options.level <= 12.0f) ? static_cast<int>(*options.level) : 1;
     parallelFor(options.threads, blocks.size(), [&](WorkQueue& queue) {
-        BlockEncoder encoder(path, context, libraryAccess, level);
+        BlockEncoder encoder(path, context, libraryAccess, options.zip);
         PixelBuffer spare; // memory of a block that is written already
         for (std::size_t i = 0; queue.next(i);) {
             blocks[i].encoded = std::move(spare);

@@ -8,7 +8,7 @@
 namespace Image {
 
 /// Writes an OpenEXR file (see writeFrame): all parts, channels and attributes. Blocks are compressed by OpenEXR's own
-/// C library, except that ZIP and ZIPS go through libdeflate; the bytes do not depend on the number of threads.
+/// libraries, except ZIP and ZIPS; the bytes do not depend on the number of threads.
 void writeExr(const std::string& path, const Frame& frame, const WriteOptions& options);
 
 /// How it stores samples of that type: 8-bit ones as half, 16-bit integers as float unless the options say otherwise.

@@ -3,10 +3,13 @@
 #include <cstddef>
 #include <cstdint>
 
-struct libdeflate_compressor;
+#include <memory>
+
 struct libdeflate_decompressor;
 
 namespace Image {
+
+enum class ZipGoal;
 
 /// Before compressing, OpenEXR's ZIP, ZIPS and RLE put a block's even bytes before its odd ones, and store each as its
 /// difference to the one before, plus 128. This does so piece by piece: a line is still in the processor's cache where
@@ -40,21 +43,31 @@ private:
     std::uint8_t m_lastOdd;
 };
 
-/// Compresses the split bytes of OpenEXR's ZIP and ZIPS blocks (zlib streams) with libdeflate. One per thread.
+/// Compresses the split bytes of OpenEXR's ZIP and ZIPS blocks into zlib streams: with ISA-L and libdeflate, or for small
+/// files (and on processors that ISA-L is not made for) with libdeflate alone. The bytes depend on nothing but the
+/// block, and with ISA-L on the kind of processor. One per thread.
 class ZipBlockCompressor {
 public:
-    /// `level` 1 (fast) … 12. Throws std::bad_alloc.
-    explicit ZipBlockCompressor(int level);
+    /// What most of a block's bytes belong to.
+    enum class Samples { Of16Bits, Of32Bits };
+
+    /// Throws std::bad_alloc.
+    explicit ZipBlockCompressor(ZipGoal goal);
     ~ZipBlockCompressor();
     ZipBlockCompressor(const ZipBlockCompressor&) = delete;
     ZipBlockCompressor& operator=(const ZipBlockCompressor&) = delete;
 
     /// Writes the compressed block to `compressed` and returns its size; 0 if it would not be smaller than n bytes, the
-    /// block is then to be stored as it is, not split. `compressed` has room for n bytes.
-    std::size_t compress(const std::uint8_t* split, std::size_t n, std::uint8_t* compressed);
+    /// block is then to be stored as it is, not split. `compressed` has room for n bytes, n < 2³¹. Throws
+    /// std::bad_alloc.
+    std::size_t compress(const std::uint8_t* split, std::size_t n, Samples samples, std::uint8_t* compressed);
 
 private:
-    libdeflate_compressor* m_compressor;
+    class Method;
+    class LibDeflate;
+    class IsaL;
+
+    std::unique_ptr<Method> m_method;
 };
 
 /// The reverse. One per thread.

@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string>
 #include <vector>
+
+#include "FrameWriter.h"
 
 namespace {
 
@@ -57,30 +60,82 @@ TEST(ZipBlock, IsMergedFromWhatWasSplitAtEveryLengthAndInPiecesOfAnySize) {
     }
 }
 
-TEST(ZipBlock, ComesBackFromItsCompressedForm) {
-    Bytes split = noise(5000);
-    for (std::uint8_t& byte : split) byte &= 3;
-    Bytes compressed(split.size());
-    const std::size_t size = Image::ZipBlockCompressor(1).compress(split.data(), split.size(), compressed.data());
-    ASSERT_GT(size, 0u);
+class ZipBlockGoal : public testing::TestWithParam<Image::ZipGoal> {
+protected:
+    /// Empty if the block is to be stored as it is. The compressor is used for several blocks, as an encoder does.
+    Bytes compress(const Bytes& split) {
+        // The byte behind its room tells when it is overrun.
+        Bytes compressed(split.size() + 1, 0xa5);
+        const std::size_t size = m_compressor.compress(split.data(), split.size(),
+                                                       Image::ZipBlockCompressor::Samples::Of16Bits, compressed.data());
+        EXPECT_EQ(compressed.back(), 0xa5);
+        compressed.resize(size);
+        return compressed;
+    }
+
+private:
+    Image::ZipBlockCompressor m_compressor{GetParam()};
+};
+
+std::string goalName(const testing::TestParamInfo<Image::ZipGoal>& goal) {
+    return goal.param == Image::ZipGoal::Fast ? "Fast" : "Small";
+}
+INSTANTIATE_TEST_SUITE_P(Goals, ZipBlockGoal, testing::Values(Image::ZipGoal::Fast, Image::ZipGoal::Small),
+                         goalName);
+
+bool decompresses(const Bytes& compressed, Bytes& back) {
+    return Image::ZipBlockDecompressor().decompress(compressed.data(), compressed.size(), back.data(), back.size());
+}
+
+/// Bytes that look like a block of half samples: noise, then what repeats; low bits only, so that they shrink.
+Bytes blockLike(std::size_t n) {
+    Bytes split = noise(n);
+    for (std::size_t i = 0; i < n; ++i) split[i] = i < n / 2 ? split[i] & 15 : 128;
+    return split;
+}
+
+TEST_P(ZipBlockGoal, MakesStreamsThatComeBackBlockAfterBlock) {
+    for (const std::size_t n : {200u, 5000u, 64u << 10, 512u << 10, 3u << 20, 1000u}) {
+        const Bytes split = blockLike(n);
+        const Bytes compressed = compress(split);
+        ASSERT_GT(compressed.size(), 0u) << n;
+        Bytes back(n);
+        EXPECT_TRUE(decompresses(compressed, back)) << n;
+        EXPECT_EQ(back, split) << n;
+    }
+}
+
+TEST_P(ZipBlockGoal, StartsAnewAfterABlockThatDidNotFit) {
+    compress(noise(100000));
+    const Bytes split = blockLike(100000);
+    const Bytes compressed = compress(split);
     Bytes back(split.size());
-    EXPECT_TRUE(Image::ZipBlockDecompressor().decompress(compressed.data(), size, back.data(), back.size()));
+    EXPECT_TRUE(decompresses(compressed, back));
     EXPECT_EQ(back, split);
 }
 
-TEST(ZipBlock, ThatWouldNotBecomeSmallerIsNotCompressed) {
-    const Bytes bytes = noise(500);
-    Bytes compressed(bytes.size());
-    EXPECT_EQ(Image::ZipBlockCompressor(12).compress(bytes.data(), bytes.size(), compressed.data()), 0u);
+TEST_P(ZipBlockGoal, LeavesABlockAsItIsThatWouldNotBecomeSmaller) {
+    for (const std::size_t n : {0u, 2u, 4u, 16u, 500u, 100000u}) EXPECT_EQ(compress(noise(n)), Bytes()) << n;
 }
 
-TEST(ZipBlock, OfAnotherLengthThanToldIsRefused) {
-    const Bytes bytes(1000);
-    Bytes compressed(bytes.size());
-    const std::size_t size = Image::ZipBlockCompressor(1).compress(bytes.data(), bytes.size(), compressed.data());
-    Bytes back(1001);
-    EXPECT_FALSE(Image::ZipBlockDecompressor().decompress(compressed.data(), size, back.data(), 999));
-    EXPECT_FALSE(Image::ZipBlockDecompressor().decompress(compressed.data(), size, back.data(), 1001));
+TEST_P(ZipBlockGoal, KeepsWithinItsRoomAtEverySize) {
+    for (std::size_t n = 2; n < 400; n += 2) {
+        const Bytes split = blockLike(n);
+        const Bytes compressed = compress(split);
+        if (compressed.empty()) continue;
+        EXPECT_LT(compressed.size(), n);
+        Bytes back(n);
+        EXPECT_TRUE(decompresses(compressed, back)) << n;
+        EXPECT_EQ(back, split) << n;
+    }
+}
+
+TEST_P(ZipBlockGoal, MakesStreamsThatOtherLengthsAreRefusedFor) {
+    const Bytes compressed = compress(Bytes(1000));
+    for (const std::size_t n : {999u, 1001u}) {
+        Bytes back(n);
+        EXPECT_FALSE(decompresses(compressed, back)) << n;
+    }
 }
 
 } // namespace

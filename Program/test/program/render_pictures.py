@@ -20,6 +20,10 @@ BOTH_BACK = ("--distortion", "distort", "--shading", "add")
 HALF_ROUNDING = 2**-11  # of values below 1
 
 
+def oiiotool(*arguments):
+    subprocess.run(["oiiotool", *arguments], check=True, capture_output=True)
+
+
 class Sample(render_test.RenderTest):
     def setUp(self):
         super().setUp()
@@ -432,10 +436,6 @@ class DataWindows(render_test.RenderTest):
         noise = random.Random(3)
         self.write_plate(self.part("RGB", exr.HALF, function=lambda x, y: noise.random()))
         plate = self.path("plate.1001.exr")
-
-        def oiiotool(*arguments):
-            subprocess.run(["oiiotool", *arguments], check=True, capture_output=True)
-
         oiiotool(plate, "--compression", "b44", "-o", plate)
         self.expect(self.render(*UNDISTORT), 0, "", "")
         for source, name in ((plate, "before.exr"), (self.path("out", "f.1001.exr"), "after.exr")):
@@ -658,6 +658,25 @@ class Storage(render_test.RenderTest):
                 pictures[name] = exr.read(self.path(out % 1001))[0].channels
         self.expect_same(pictures["none"], pictures["zip"])
         self.expect_same(pictures["none"], pictures["zips"])
+
+    def test_zip_gives_the_same_pixels_to_every_reader_and_makes_small_files_on_request(self):
+        # Large enough for several blocks; with and without noise, and samples of both sizes.
+        for name, pixels in (("noise", ("--pattern", "noise", "640x360", "4")),
+                             ("smooth", ("--pattern", "fill:topleft=0,0,0,1:bottomright=1,2,3,0.5", "640x360", "4"))):
+            for kind in ("half", "float"):
+                plate = self.path("plate.1001.exr")
+                oiiotool(*pixels, "-d", kind, "--compression", "none", "-o", plate)
+                sizes, plain = [], "none.1001.exr"
+                self.expect(self.render(*UNDISTORT, "--frames", "1001", "--overwrite", out="none.%04d.exr"), 0, "", "")
+                for goal in ("fast", "small"):
+                    for compression in ("zips", "zip"):
+                        zipped = f"{goal}.1001.exr"
+                        self.expect(self.render(*UNDISTORT, "--compression", compression, "--zip", goal, "--frames", "1001",
+                                                "--overwrite", out=goal + ".%04d.exr"), 0, "", "")
+                        oiiotool(self.path(plain), self.path(zipped), "--fail", "0", "--warn", "0", "--diff")
+                        self.expect_same(exr.read(self.path(plain))[0].channels, exr.read(self.path(zipped))[0].channels)
+                    sizes.append(os.path.getsize(self.path(zipped)))
+                self.assertLess(sizes[1], sizes[0], (name, kind))
 
     def test_gives_all_frames_one_box_on_request(self):
         self.write_lens(count=3, lensTypeName="Zoom")

@@ -65,7 +65,7 @@ class Resume(render_test.RenderTest):
 
     def test_makes_all_frames_again_when_an_option_changed(self):
         self.states()
-        for changed in (("--type", "float"), ("--compression", "zips"), ("--window", "format"), ("--overscan", "10"),
+        for changed in (("--type", "float"), ("--compression", "zips"), ("--zip", "small"), ("--window", "format"), ("--overscan", "10"),
                         ("--image-area", "32x18", "--clip-resolution", "64x36")):
             self.assertEqual(self.states("--skip-existing", *changed), self.all_are("done"), changed)
 

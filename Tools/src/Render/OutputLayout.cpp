@@ -31,6 +31,7 @@ void copyHeader(const Image::Part& from, Image::Part& to) {
 Image::WriteOptions OutputLayout::writeOptions() const {
     Image::WriteOptions writing;
     writing.compression = m_options.compression;
+    writing.zip = m_options.zip;
     if (m_options.renderMap && !writing.compression) writing.compression = "zip"; // a map must not lose anything
     if (m_options.pixelType)
         writing.pixelType =

@@ -9,6 +9,7 @@
 #include "Clip/DecodingOptions.h"
 #include "Clip/FilePattern.h"
 #include "Clip/FrameRange.h"
+#include "FrameWriter.h"
 
 namespace Tools {
 
@@ -32,6 +33,7 @@ struct RenderOptions : ChainSettings {
     std::optional<FrameRange> frames;       ///< without it, what exists on disk
     std::optional<PixelType> pixelType;     ///< without it, the clip's
     std::optional<std::string> compression; ///< OpenEXR's names in lower case; without it, the clip's
+    Image::ZipGoal zip = Image::ZipGoal::Fast;
     Window window = Window::Box;
     BoxSize boxSize = BoxSize::Frame;
 

@@ -147,6 +147,7 @@ private:
             add("colour configuration", FinishedFrames::identity(m_source.space().configFile()));
         add("type", m_options.pixelType ? static_cast<int>(*m_options.pixelType) : -1);
         add("compression", m_options.compression.value_or("-"));
+        add("zip", static_cast<int>(m_options.zip));
         add("window", static_cast<int>(m_options.window));
         add("size", static_cast<int>(m_options.boxSize));
         for (const auto& [part, box] : m_plan.constantBoxes)
@@ -196,7 +197,7 @@ private:
     void setMemory(const Image::Frame* first, std::size_t frames) {
         m_plan.decoders = std::min<std::size_t>(std::max(1u, m_plan.threads / 2), frames);
         m_plan.encoders = std::min<std::size_t>(m_plan.threads, frames);
-        m_plan.slots = m_plan.decoders + m_plan.encoders + 1;
+        m_plan.slots = m_plan.decoders + m_plan.encoders;
         if (!first) return;
         const OutputLayout::FrameSize size = m_layout.sizeOf(*first);
         // The picture before and after, with room for growth and for the packed file; beside the slots one layer is
