@@ -4,7 +4,6 @@
 // Prints one JSON object.
 #include <CLI/CLI.hpp>
 #include <cstdint>
-#include <ctime>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -14,16 +13,7 @@
 
 #include "ExrClip.h"
 #include "HalfConversion.h"
-
-namespace {
-
-double processorMilliseconds() {
-    timespec time = {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-}
-
-} // namespace
+#include "ProcessorTime.h"
 
 int main(int argumentCount, char** arguments) {
     std::vector<std::string> files;

@@ -1,5 +1,5 @@
-// What ZIP's two goals make of pictures of several kinds, beside the codec of OpenEXR as it comes (zlib, level 4): bytes
-// of the file and processor time of writing it, on one thread. Prints one JSON object.
+// What ZIP's two goals make of pictures of several kinds, beside the codec of OpenEXR as it comes (zlib, level 4):
+// bytes of the file and processor time of writing it, on one thread. Prints one JSON object.
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <ctime>
 #include <exception>
 #include <filesystem>
 #include <functional>
@@ -20,6 +19,7 @@
 
 #include "FrameWriter.h"
 #include "Noise.h"
+#include "ProcessorTime.h"
 
 namespace {
 
@@ -106,10 +106,10 @@ Image::Frame pictureOf(const Kind& kind, int width, int height) {
     std::vector<float> row(plane.width * plane.components);
     for (std::size_t y = 0; y < plane.height; ++y) {
         for (std::size_t i = 0; i < row.size(); ++i)
-            row[i] = kind.sample({static_cast<float>(i / plane.components) / static_cast<float>(width),
-                                  static_cast<float>(y) / static_cast<float>(height),
-                                  static_cast<int>(i % plane.components)},
-                                 noise);
+            row[i] = kind.sample(
+                {static_cast<float>(i / plane.components) / static_cast<float>(width),
+                 static_cast<float>(y) / static_cast<float>(height), static_cast<int>(i % plane.components)},
+                noise);
         plane.rowFromFloat(y, row.data());
     }
     return frame;
@@ -134,12 +134,6 @@ void writeStock(const std::string& path, const Image::Frame& frame) {
     Imf::OutputFile file(path.c_str(), header, 0);
     file.setFrameBuffer(buffer);
     file.writePixels(static_cast<int>(plane.height));
-}
-
-double processorMilliseconds() {
-    timespec time = {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
 } // namespace

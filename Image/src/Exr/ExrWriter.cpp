@@ -571,7 +571,9 @@ public:
 
 private:
     template <typename Encode>
-    void explained(const Block& block, Encode encode) const try { encode(); } catch (const std::exception& error) {
+    void explained(const Block& block, Encode encode) const try {
+        encode();
+    } catch (const std::exception& error) {
         throw notCompressed(block, error.what());
     }
 

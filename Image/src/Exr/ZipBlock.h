@@ -43,9 +43,9 @@ private:
     std::uint8_t m_lastOdd;
 };
 
-/// Compresses the split bytes of OpenEXR's ZIP and ZIPS blocks into zlib streams: with ISA-L and libdeflate, or for small
-/// files (and on processors that ISA-L is not made for) with libdeflate alone. The bytes depend on nothing but the
-/// block, and with ISA-L on the kind of processor. One per thread.
+/// Compresses the split bytes of OpenEXR's ZIP and ZIPS blocks into zlib streams: with ISA-L and libdeflate, or for
+/// small files (and on processors that ISA-L is not made for) with libdeflate alone. The bytes depend on nothing but
+/// the block, and with ISA-L on the kind of processor. One per thread.
 class ZipBlockCompressor {
 public:
     /// What most of a block's bytes belong to.

@@ -80,8 +80,7 @@ private:
 std::string goalName(const testing::TestParamInfo<Image::ZipGoal>& goal) {
     return goal.param == Image::ZipGoal::Fast ? "Fast" : "Small";
 }
-INSTANTIATE_TEST_SUITE_P(Goals, ZipBlockGoal, testing::Values(Image::ZipGoal::Fast, Image::ZipGoal::Small),
-                         goalName);
+INSTANTIATE_TEST_SUITE_P(Goals, ZipBlockGoal, testing::Values(Image::ZipGoal::Fast, Image::ZipGoal::Small), goalName);
 
 bool decompresses(const Bytes& compressed, Bytes& back) {
     return Image::ZipBlockDecompressor().decompress(compressed.data(), compressed.size(), back.data(), back.size());
