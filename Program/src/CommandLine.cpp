@@ -14,7 +14,6 @@
 #include "Help.h"
 #include "Report/Failure.h"
 #include "Report/PrintableText.h"
-#include "Suggestion.h"
 
 namespace Program {
 

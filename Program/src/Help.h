@@ -24,6 +24,11 @@ std::string valueOf(const CLI::Option& option);
 /// The words that an option accepts, if it accepts only certain ones.
 std::vector<std::string> choicesOf(const CLI::Option& option);
 
+/// `; did you mean "NAME"?` with the known name closest to a misspelt one, by the count of letters that are wrong,
+/// missing, extra, or swapped with their neighbour; empty if none is close: at most one such slip in three letters. Of
+/// several equally close names, the first.
+std::string suggestionFor(const std::string& misspelt, const std::vector<std::string>& known);
+
 /// `There is no command "NAME"`, with the name that was probably meant.
 std::string noCommandText(const CLI::App& program, const std::string& name);
 

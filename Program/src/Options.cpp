@@ -7,8 +7,8 @@
 #include <charconv>
 
 #include "FrameWriter.h"
+#include "Report/Dimensions.h"
 #include "Report/Failure.h"
-#include "Report/MemorySize.h"
 
 namespace Program {
 

@@ -6,7 +6,7 @@
 
 #include "Chain/ChainSettings.h"
 #include "Clip/DecodingOptions.h"
-#include "Lens/LensOptions.h"
+#include "Lens/LensGeometry.h"
 #include "Render/RenderOptions.h"
 
 namespace CLI {

@@ -11,8 +11,7 @@
 #include "Report/Failure.h"
 #include "Report/Json.h"
 #include "System/KernelCache.h"
-#include "System/PrivateFolder.h"
-#include "System/RenderProbe.h"
+#include "System/RenderingDevice.h"
 
 namespace Program {
 

@@ -8,7 +8,7 @@
 
 #include "Export/OpenTrackIoExport.h"
 #include "Report/Json.h"
-#include "System/TextFile.h"
+#include "System/AtomicFile.h"
 
 namespace Program {
 

@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Chain/SearchPath.h"
-#include "Clip/ClipPath.h"
+#include "Clip/FrameFiles.h"
 #include "Core/FramePreparation.h"
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "CorrectionFile/Finder/NotFoundException.h"

@@ -8,7 +8,7 @@
 
 #include "Plot/LensReport.h"
 #include "Report/Failure.h"
-#include "System/TextFile.h"
+#include "System/AtomicFile.h"
 
 namespace Program {
 

@@ -22,7 +22,7 @@
 #include "Options.h"
 #include "Render/FrameJob.h"
 #include "Report/Failure.h"
-#include "System/TextFile.h"
+#include "System/AtomicFile.h"
 
 namespace Program {
 

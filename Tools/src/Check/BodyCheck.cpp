@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <boost/lexical_cast/bad_lexical_cast.hpp>
 
-#include "Check/CheckedText.h"
+#include "Check/Findings.h"
 #include "CorrectionFile/Parser/FrameLine.h"
 #include "CorrectionFile/Parser/InvalidFormatException.h"
 #include "Lens/LensCurves.h"

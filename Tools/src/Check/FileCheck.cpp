@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "Check/BodyCheck.h"
-#include "Check/CheckedText.h"
 #include "Check/Findings.h"
 #include "Check/HeaderCheck.h"
 #include "CorrectionFile/Reader/Reader.h"

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <type_traits>
 
-#include "Check/CheckedText.h"
+#include "Check/Findings.h"
 #include "CorrectionFile/Parser/HeaderLine.h"
 #include "CorrectionFile/Parser/InvalidFormatException.h"
 #include "CorrectionFile/Parser/Parser.h"

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "Clip/ClipPath.h"
+#include "Clip/FrameFiles.h"
 #include "ImageError.h"
 #include "Movie/MovieHeader.h"
 #include "Sandbox/FrameMessage.h"

@@ -6,11 +6,29 @@
 #include <filesystem>
 
 #include "Clip/FrameRange.h"
-#include "Farm/ShellText.h"
 #include "Report/Failure.h"
-#include "System/TextFile.h"
+#include "System/AtomicFile.h"
 
 namespace Tools {
+
+std::string shellQuoted(const std::string& text) {
+    std::string result = "'";
+    for (const char character : text) {
+        if (character == '\'') {
+            result += "'\\''";
+        } else {
+            result += character;
+        }
+    }
+    return result + "'";
+}
+
+std::string shellQuoted(const std::vector<std::string>& texts) {
+    std::string result;
+    for (const std::string& text : texts) result += (result.empty() ? "" : " ") + shellQuoted(text);
+    return result;
+}
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -6,6 +6,12 @@
 
 namespace Tools {
 
+/// A word that a POSIX shell reads as exactly this text, whatever is in it.
+std::string shellQuoted(const std::string& text);
+
+/// Several of them, separated by blanks.
+std::string shellQuoted(const std::vector<std::string>& texts);
+
 /// A render job as a farm runs it: its frames in chunks, and a folder with all that its tasks share.
 ///
 /// The folder lies on a disk that every machine of the farm sees under the same path:

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "Clip/FrameRange.h"
-#include "Farm/ShellText.h"
+#include "Farm/FarmJob.h"
 
 namespace Tools {
 namespace {

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "Farm/ShellText.h"
+#include "Farm/FarmJob.h"
 #include "Report/Failure.h"
 #include "Report/PrintableText.h"
 

@@ -17,7 +17,7 @@
 #include "CorrectionFile/Finder/ClipFilePathBasedFinder.h"
 #include "CorrectionFile/Finder/NotFoundException.h"
 #include "Exception/Exception.h"
-#include "Lens/RecordedFrame.h"
+#include "Lens/FrameGeometry.h"
 #include "Report/Failure.h"
 
 namespace Tools {

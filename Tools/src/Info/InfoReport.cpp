@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
-#include "Info/HeaderText.h"
+#include "Lens/CorrectionFileData.h"
 
 namespace Tools {
 

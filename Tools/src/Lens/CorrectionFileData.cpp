@@ -12,7 +12,6 @@
 #include "Report/Failure.h"
 
 namespace Tools {
-
 namespace {
 
 using CorrectionData::Content;
@@ -62,6 +61,28 @@ CorrectionFileData correctionFileDataOf(std::shared_ptr<Content> content) {
     data.recordingFormat = container.recordingFormat();
     data.recordingFormatOrigin = container.recordingFormatOrigin();
     return data;
+}
+
+namespace {
+
+std::string name(const std::string& maker, const std::string& product) {
+    return maker + (maker.empty() || product.empty() ? "" : " ") + product;
+}
+
+} // namespace
+
+std::string lensName(const CorrectionData::Header& header) {
+    return name(header.lensManufacturer, header.lensTypeName);
+}
+
+std::string cameraName(const CorrectionData::Header& header) {
+    return name(header.cameraManufacturer, header.cameraModel);
+}
+
+std::string focalLengthText(const CorrectionData::Header& header) {
+    return header.lensMinFocalLength == header.lensMaxFocalLength
+               ? fmt::format("{} mm", header.lensMinFocalLength)
+               : fmt::format("{}-{} mm", header.lensMinFocalLength, header.lensMaxFocalLength);
 }
 
 } // namespace Tools

@@ -2,9 +2,20 @@
 
 #include <cmath>
 
+#include "FrameSizing.h"
 #include "Report/Dimensions.h"
 
 namespace Tools {
+
+RecordedFrame::RecordedFrame(PixelSize format, std::optional<float> overscan) {
+    FrameSizing::Size recorded{format.width, format.height};
+    if (overscan) recorded = FrameSizing::withoutOverscan(recorded, *overscan);
+    halfDiagonal = Tools::halfDiagonal(static_cast<double>(recorded.width), static_cast<double>(recorded.height));
+}
+
+double RecordedFrame::millimetresPerPixel(const RecordingFormatDatabase::RecordingFormat& recordingFormat) const {
+    return static_cast<double>(recordingFormat.imageRadius) / halfDiagonal;
+}
 
 RadialSampling FrameGeometry::sampling(Geometry geometry) const {
     const RadialSampling rendered = RadialSampling::rendered(node);

@@ -10,7 +10,7 @@
 #include "Chain/PlaneTransfer.h"
 #include "ImageError.h"
 #include "Lens/CorrectionFileData.h"
-#include "Lens/RecordedFrame.h"
+#include "Lens/FrameGeometry.h"
 #include "Report/Failure.h"
 #include "Report/JobRecord.h"
 

@@ -7,13 +7,24 @@
 #include <string>
 #include <vector>
 
+#include "Chain/ChainSettings.h"
 #include "Chain/CorrectionChain.h"
 #include "Clip/Clip.h"
+#include "Clip/DecodingOptions.h"
+#include "Clip/FrameRange.h"
 #include "HostMetadata.h"
 #include "Lens/FrameGeometry.h"
-#include "Lens/LensOptions.h"
 
 namespace Tools {
+
+/// Where a command takes its frames and their lens data from.
+struct LensOptions : LensDataOptions {
+    std::string input;             ///< a clip; with `size` a correction file
+    std::optional<PixelSize> size; ///< the frames of a correction file, looked at without their clip
+    std::optional<std::string> plate;
+    std::optional<FrameRange> frames;
+    DecodingOptions decoding; ///< of the clip and the plate
+};
 
 /// Asks the distortion node how it renders the frames of a clip, or those of a correction file without their clip.
 ///

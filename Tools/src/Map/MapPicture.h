@@ -1,11 +1,51 @@
 #pragma once
 
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "Frame.h"
-#include "Map/MapConvention.h"
+#include "Lens/FrameGeometry.h"
 
 namespace Tools {
+
+/// How a map encodes a position (sx, sy) of a source picture of W × H px: px from the centre of its top left pixel, y
+/// downwards. Values are relative to the picture's display window, however large map and box are, and are never
+/// clamped.
+///
+/// | Centre | across         | down           |                                                   |
+/// |--------|----------------|----------------|---------------------------------------------------|
+/// | Half   | (sx + 0.5) ÷ W | (sy + 0.5) ÷ H | 0 and 1 are the outer edges of the picture        |
+/// | None   | sx ÷ W         | sy ÷ H         | 0 is the centre of the first pixel, 1 beyond it   |
+/// | Corner | sx ÷ (W − 1)   | sy ÷ (H − 1)   | 0 and 1 are the centres of first and last pixel   |
+///
+/// u is "across"; v is "down" for Origin::Top and 1 − "down" for Origin::Bottom.
+struct MapConvention {
+    enum class Origin { Bottom, Top };
+    enum class Centre { Half, None, Corner };
+    enum class Channels {
+        Single, ///< R = u, G = v, B = 0, A = 1
+        Twice,  ///< R = u, G = v, B = u, A = v
+        Both    ///< R = u, G = v; B, A: u, v of the opposite direction
+    };
+
+    Origin origin = Origin::Bottom;
+    Centre centre = Centre::Half;
+    Channels channels = Channels::Single;
+
+    /// Throws Failure (WrongUse) when Centre::Corner divides by the 0 of a side of 1 px.
+    void check(const Image::Window& format) const;
+
+    std::pair<float, float> values(const Image::Window& format, Place source) const;
+
+    /// "R = (sx + 0.5) / 1920, G = 1 - (sy + 0.5) / 1080, B = 0, A = 1"
+    std::string formula(const Image::Window& format) const;
+
+    const char* originName() const;
+    const char* centreName() const;
+    const char* channelsName() const;
+};
 
 /// What a map picture shows.
 struct MapContent {

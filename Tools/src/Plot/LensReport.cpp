@@ -4,8 +4,7 @@
 
 #include <vector>
 
-#include "Info/HeaderText.h"
-#include "Plot/ClipCurves.h"
+#include "Lens/CorrectionFileData.h"
 #include "Plot/GridFigure.h"
 #include "Plot/LensCharts.h"
 #include "Plot/SvgText.h"

@@ -19,7 +19,7 @@
 #include "Report/Failure.h"
 #include "System/AtomicFile.h"
 #include "System/Interruption.h"
-#include "System/RenderProbe.h"
+#include "System/RenderingDevice.h"
 
 namespace Tools {
 

@@ -9,6 +9,7 @@
 #include "Clip/DecodingOptions.h"
 #include "Clip/FilePattern.h"
 #include "Clip/FrameRange.h"
+#include "Files.h"
 #include "FrameWriter.h"
 
 namespace Tools {
@@ -49,10 +50,10 @@ struct RenderOptions : ChainSettings {
     unsigned int threads = 0; ///< 0: one per core
 
     /// Whether the output's format tells where its pixels lie; others hold the whole picture, always of one size.
-    bool isOutputWithDataWindow() const;
+    bool isOutputWithDataWindow() const { return Image::fileExtension(output.string()) == "exr"; }
 
     /// Of a frame, how many parts are corrected, from the first on: all, but for a map.
-    std::size_t partCount(const Image::Frame& frame) const;
+    std::size_t partCount(const Image::Frame& frame) const { return renderMap ? 1 : frame.parts.size(); }
 };
 
 } // namespace Tools

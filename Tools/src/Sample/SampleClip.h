@@ -1,14 +1,64 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "Report/Dimensions.h"
-#include "Sample/SampleLens.h"
-#include "Sample/SamplePicture.h"
 
 namespace Tools {
+
+/// The lens of the sample clip: a published calibration, applied to a focal length.
+///
+/// Distortion. With distances from the image centre in units of the focal length, u in the ideal picture of a pinhole
+/// and d in the recorded one, d = u · (1 + k1 u² + k2 u⁴) with k1 = -0.399431 and k2 = 0.188924: camera c0 of the
+/// calibration published with the Extended CMU Seasons data set (its file intrinsics.txt). The model has no unit, so it
+/// serves any focal length; tangential terms, which are a thousand times smaller there, are left out.
+/// Shading. The natural fall-off of every lens, cos⁴ of the field angle: 1 / (1 + u²)².
+class SampleLens {
+public:
+    /// In mm.
+    explicit SampleLens(double focalLength);
+
+    /// Distance in the ideal picture that is recorded at this distance; both mm, 0 to half the focal length.
+    double idealDistance(double recordedDistance) const;
+
+    /// The reverse.
+    double recordedDistance(double idealDistance) const;
+
+    /// Brightness at this recorded distance (mm) relative to the centre: 0 to 1.
+    double illumination(double recordedDistance) const;
+
+    double focalLength() const { return m_focalLength; }
+
+private:
+    double m_focalLength;
+};
+
+/// The scene of the sample clip, as an ideal lens would show it: a gradient, a grid of straight lines, a family of
+/// slanted ones, and a fine texture that moves from frame to frame. It extends over the whole plane.
+///
+/// Everything is a smooth function of the place with known limits on its derivatives, so one evaluation at a pixel's
+/// centre is exact without any aliasing, and the error of interpolating between pixels can be stated.
+class SamplePicture {
+public:
+    /// Spacing of the grid in px; at least 24, so that neighbouring lines do not touch.
+    explicit SamplePicture(double gridSpacing);
+
+    /// Red, green, blue at x px to the right of and y px below the centre; linear light, about 0.1 to 1.
+    std::array<float, 3> color(double x, double y, std::int32_t frameIndex) const;
+
+    /// Largest value of any channel anywhere; an upper limit, like the next two.
+    static double maximum();
+    /// Largest change of any channel per px in any direction.
+    static double maximumGradient();
+    /// Largest second derivative of any channel in any direction, per px².
+    static double maximumCurvature();
+
+private:
+    double m_spacing;
+};
 
 /// How far corrected frames of the sample clip may be from the clean reference; differences of pixel values.
 struct SampleErrorBound {

@@ -6,7 +6,6 @@
 
 #include "FrameWriter.h"
 #include "System/AtomicFile.h"
-#include "System/TextFile.h"
 
 namespace Tools {
 namespace {

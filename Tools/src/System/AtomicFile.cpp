@@ -14,6 +14,7 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 #include <vector>
 
@@ -199,6 +200,21 @@ void AtomicFile::removeAbandoned(const std::string& folder) {
         if (isOld && kill(process, 0) != 0 && errno == ESRCH) abandoned.push_back(entry->path());
     }
     for (const fs::path& path : abandoned) fs::remove(path, error);
+}
+
+void writeTextFile(const std::string& path, const std::string& text) {
+    AtomicFile file(path);
+    std::ofstream stream(file.temporaryPath(), std::ios::binary | std::ios::in);
+    stream << text;
+    stream.close();
+    if (!stream) throw Failure(Failure::Kind::Output, fmt::format("{}: could not be written; is the disk full?", path));
+    file.commit();
+}
+
+void refuseToReplace(const std::string& input, const std::string& output) {
+    std::error_code error;
+    if (!std::filesystem::equivalent(input, output, error)) return;
+    refuse(fmt::format("The output would replace its own input, \"{}\"; choose another output.", output));
 }
 
 } // namespace Tools

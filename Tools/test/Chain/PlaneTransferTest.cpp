@@ -7,7 +7,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "Chain/HostChannels.h"
+#include "Chain/ClipSource.h"
 #include "Support/FloatPicture.h"
 
 namespace Tools {

@@ -1,4 +1,4 @@
-#include "Check/CheckedText.h"
+#include "Check/Findings.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "Suggestion.h"
+#include "Help.h"
 
 #include <gtest/gtest.h>
 

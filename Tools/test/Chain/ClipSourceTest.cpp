@@ -1,4 +1,4 @@
-#include "Chain/HostChannels.h"
+#include "Chain/ClipSource.h"
 
 #include <gtest/gtest.h>
 
