@@ -22,7 +22,8 @@ LensDistortionCorrection::LensDistortionCorrection(DD::Image::Node* node)
 const char* LensDistortionCorrection::Class() const { return description.name; }
 
 const char* LensDistortionCorrection::node_help() const {
-    return "ORVEX Lens Distortion Correction v0.18.1\n"
+    return "ORVEX Lens Distortion Correction v" ORVEX_VERSION
+           "\n"
            "Removes the geometric distortion of a lens from recorded footage, or applies it to rendered images.";
 }
 

@@ -22,7 +22,8 @@ LensShadingCorrection::LensShadingCorrection(DD::Image::Node* node)
 const char* LensShadingCorrection::Class() const { return description.name; }
 
 const char* LensShadingCorrection::node_help() const {
-    return "ORVEX Lens Shading Correction v0.18.1\n"
+    return "ORVEX Lens Shading Correction v" ORVEX_VERSION
+           "\n"
            "Removes the shading (vignetting) of a lens from recorded footage, or adds it to rendered images.";
 }
 

@@ -28,9 +28,9 @@ TEST_F(LensDistortionCorrectionTest, CarriesTheBuildTag) {
 }
 
 TEST_F(LensDistortionCorrectionTest, HelpsWithItsNameAndVersionFirst) {
-    EXPECT_EQ(std::string(node->node_help()).find("ORVEX Lens Distortion Correction v0.18.1\n"), 0u);
+    EXPECT_EQ(std::string(node->node_help()).find("ORVEX Lens Distortion Correction v" ORVEX_VERSION "\n"), 0u);
     EXPECT_GT(std::string(node->node_help()).length(),
-              std::string("ORVEX Lens Distortion Correction v0.18.1\n").length());
+              std::string("ORVEX Lens Distortion Correction v" ORVEX_VERSION "\n").length());
 }
 
 TEST_F(LensDistortionCorrectionTest, OffersBothDirections) {

@@ -27,8 +27,9 @@ TEST_F(LensShadingCorrectionTest, CarriesTheBuildTag) {
 }
 
 TEST_F(LensShadingCorrectionTest, HelpsWithItsNameAndVersionFirst) {
-    EXPECT_EQ(std::string(node->node_help()).find("ORVEX Lens Shading Correction v0.18.1\n"), 0u);
-    EXPECT_GT(std::string(node->node_help()).length(), std::string("ORVEX Lens Shading Correction v0.18.1\n").length());
+    EXPECT_EQ(std::string(node->node_help()).find("ORVEX Lens Shading Correction v" ORVEX_VERSION "\n"), 0u);
+    EXPECT_GT(std::string(node->node_help()).length(),
+              std::string("ORVEX Lens Shading Correction v" ORVEX_VERSION "\n").length());
 }
 
 TEST_F(LensShadingCorrectionTest, OffersBothDirections) {

@@ -67,7 +67,7 @@ struct MapContent {
 ///     com.orvex.lenscorrect.map.channels       "single", "twice" or "both"
 ///     com.orvex.lenscorrect.map.formula        as MapConvention::formula
 ///     com.orvex.lenscorrect.map.place          what (sx, sy) and the geometry mean, in a sentence
-///     com.orvex.lenscorrect.version            "0.18.1"
+///     com.orvex.lenscorrect.version            the version of lenscorrect
 Image::Frame mapPicture(const MapContent& content, const FrameGeometry& frame,
                         const std::optional<FrameGeometry>& opposite, unsigned int threads);
 

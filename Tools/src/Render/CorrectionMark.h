@@ -16,7 +16,7 @@ namespace Tools {
 ///     com.orvex.lenscorrect.unshaded         the part's layers and channels that the shading correction left
 ///                                            unchanged, such as "N, crypto00, Z"; absent when there are none
 ///     com.orvex.lenscorrect.correctionFile   path; absent when the lens data came with the frame
-///     com.orvex.lenscorrect.version          "0.18.1"
+///     com.orvex.lenscorrect.version          the version of lenscorrect
 class CorrectionMark {
 public:
     /// Writes the mark for a job into every part, replacing what an earlier job left of the same kind.

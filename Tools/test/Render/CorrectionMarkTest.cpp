@@ -32,7 +32,7 @@ TEST(CorrectionMark, StandsInEveryPart) {
         EXPECT_EQ(mark,
                   "com.orvex.lenscorrect.distortion (string) = undistort\n"
                   "com.orvex.lenscorrect.correctionFile (string) = /shots/A001.olcf\n"
-                  "com.orvex.lenscorrect.version (string) = 0.18.1\n");
+                  "com.orvex.lenscorrect.version (string) = " ORVEX_VERSION "\n");
     }
 }
 
