@@ -162,7 +162,7 @@ class Report:
                 ["what", "s per frame", "processor s", "× stock codec", "lenscorrect, with its start, takes"],
                 [(name, spread(values), f"{processor[name]:.3g}", f"{m[name] / codec:.2f}", f"{whole / m[name]:.2f} ×")
                  for name, values in run["seconds"].items()])
-            peaks = ", ".join(f"{spread(values)} MB ({name})" for name, values in run["peaks"].items())
+            peaks = ", ".join(f"{spread(values, 4)} MB ({name})" for name, values in run["peaks"].items())
             self.paragraph(f"{of_machine(run)} Peak memory: {peaks}. A frame: {sizes['input'] / 1e6:.1f} MB in, "
                            f"{sizes['output'] / 1e6:.1f} MB out.")
             if cores < most:
@@ -200,7 +200,7 @@ class Report:
         time = {name: statistics.median(kind[name]["milliseconds"]) for name in ("stock", "fast", "small")}
         return (kind["kind"], f"{stock['bytes'] / 1e6:.2f}",
                 *(f"{kind[name]['bytes'] / stock['bytes']:.3f}" for name in ("fast", "small")),
-                spread(stock["milliseconds"]), *(f"{time[name] / time['stock']:.2f}" for name in ("fast", "small")))
+                spread(stock["milliseconds"], 4), *(f"{time[name] / time['stock']:.2f}" for name in ("fast", "small")))
 
     def growth(self, part):
         records = part["records"]
