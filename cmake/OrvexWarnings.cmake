@@ -11,12 +11,17 @@ target_compile_options(orvex_warnings INTERFACE
     "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
 if(CMAKE_UNITY_BUILD)
     # Several sources compiled as one see each other's local names; the other presets warn of what is meant here.
-    target_compile_options(orvex_warnings INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-shadow>
+    target_compile_options(orvex_warnings INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-shadow>
         $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
 endif()
 if(ORVEX_SANITIZE)
     # With sanitizers GCC loses track of what is initialised and warns of code that is right.
     target_compile_options(orvex_warnings INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-maybe-uninitialized>)
+    # GCC and Clang tell it in different ways.
+    target_compile_definitions(orvex_warnings INTERFACE ORVEX_SANITIZED)
+    if(ORVEX_SANITIZE MATCHES thread)
+        target_compile_definitions(orvex_warnings INTERFACE ORVEX_THREAD_SANITIZED)
+    endif()
     add_compile_options(-fsanitize=${ORVEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${ORVEX_SANITIZE})
 endif()

@@ -36,7 +36,7 @@ const char* const c_noDetails =
     "An issue did occur, but the detailed issue description could not be retrieved. Please contact the developer.";
 
 // A sanitizer sees two threads meet, and need not catch the moment at which that does harm.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef ORVEX_SANITIZED
 constexpr int renders = 10000;
 #else
 constexpr int renders = 200000;

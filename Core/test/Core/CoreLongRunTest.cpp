@@ -25,7 +25,7 @@ constexpr long allowedGrowth = 64 << 10;
 // Of the process; fragments of the allocator too. A leak of one frame's pixels would be 290 MB.
 constexpr long allowedResidentGrowth = 1 << 20;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef ORVEX_SANITIZED
 constexpr bool isMemoryCounted = false; // a sanitizer keeps what is freed
 #else
 constexpr bool isMemoryCounted = true;

@@ -593,7 +593,7 @@ TEST_F(CoreFacadeTest, ForgetsAFailureOfADataSourceThatCalledItBack) {
 namespace {
 
 // A sanitizer sees two threads meet, and need not catch the moment at which that does harm.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef ORVEX_SANITIZED
 constexpr int rendersOfAThread = 5000;
 #else
 constexpr int rendersOfAThread = 100000;

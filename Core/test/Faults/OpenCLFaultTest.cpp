@@ -132,7 +132,7 @@ class OpenCLCallOfEveryFrame : public OpenCLCall {};
 
 /// From the first call of the process on, which makes the renderers.
 TEST_P(OpenCLCall, FailsOnceInTheFirstFrame) {
-#if defined(__SANITIZE_THREAD__)
+#ifdef ORVEX_THREAD_SANITIZED
     GTEST_SKIP() << "many slow processes of one thread each, where this sanitizer finds nothing";
 #endif
     const std::string function = GetParam();

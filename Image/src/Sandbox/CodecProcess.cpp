@@ -17,15 +17,6 @@
 #include "Sandbox/FrameMessage.h"
 #include "Sandbox/SystemCallFilter.h"
 
-// Sanitizers reserve terabytes of address space.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define ORVEX_HAS_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define ORVEX_HAS_SANITIZER 1
-#endif
-#endif
-
 namespace Image {
 
 namespace {
@@ -53,7 +44,7 @@ bool giveUpRights(const CodecProcess& order, CodecProcess::Start start) {
     // Too large a file ends an encoder by a signal: not every library tells that it could not write.
     bool done = limit(RLIMIT_CPU, std::uint64_t{order.sandbox.seconds} * order.threads) &&
                 limit(RLIMIT_FSIZE, isEncoder ? order.sandbox.memory : 0) && limit(RLIMIT_CORE, 0);
-#ifndef ORVEX_HAS_SANITIZER
+#ifndef ORVEX_SANITIZED // which reserves terabytes of address space
     done = limit(RLIMIT_AS, order.sandbox.memory) && done;
 #endif
     return done && forbidHarmfulSystemCalls(isEncoder ? FileAccess::WriteByName : FileAccess::Read);

@@ -184,7 +184,7 @@ TEST_F(Sandbox, TakesItsProcessTheRightsThatDecodingDoesNotNeed) {
     EXPECT_EQ(limitOf(RLIMIT_CPU), 60u * 2u);
     EXPECT_EQ(limitOf(RLIMIT_FSIZE), 0u);
     EXPECT_EQ(limitOf(RLIMIT_CORE), 0u);
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef ORVEX_SANITIZED
     EXPECT_EQ(limitOf(RLIMIT_AS), std::uint64_t{1} << 30);
 #endif
 
@@ -193,7 +193,7 @@ TEST_F(Sandbox, TakesItsProcessTheRightsThatDecodingDoesNotNeed) {
     ::close(ends[0]);
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef ORVEX_SANITIZED
 TEST_F(Sandbox, GrantsNoMoreMemoryThanItsLimit) {
     // 256 MiB of pixels in a small file: within the limits of declared sizes, but beyond the memory.
     const std::string path = folder.path("large.exr");
