@@ -35,9 +35,9 @@ std::string RawExr::bytes() const {
     file += attribute("screenWindowWidth", "float", words({0x3f800000}));
     file += more;
     file += '\0';
-    const int width = dataWindow[2] - dataWindow[0] + 1;
-    const int height = dataWindow[3] - dataWindow[1] + 1;
-    if (pixels && width > 0 && height > 0) {
+    if (pixels && dataWindow[0] <= dataWindow[2] && dataWindow[1] <= dataWindow[3]) {
+        const int width = dataWindow[2] - dataWindow[0] + 1;
+        const int height = dataWindow[3] - dataWindow[1] + 1;
         std::string table;
         std::string body;
         const std::size_t start = file.size() + static_cast<std::size_t>(height) * 8;

@@ -43,7 +43,9 @@ struct RandomPicture {
                     return static_cast<int>(real(-overhang, 0.45) * length);
             }
         };
-        shape.data = DD::Image::Box(margin(w), margin(h), w - margin(w), h - margin(h));
+        // One after the other: in which order arguments are drawn is the compiler's choice.
+        const int left = margin(w), bottom = margin(h), right = margin(w), top = margin(h);
+        shape.data = DD::Image::Box(left, bottom, w - right, h - top);
         if (whole(0, 9) == 0) shape.overscan = static_cast<float>(real(0.0, 20.0));
 
         isInverse = whole(0, 1) == 1;
