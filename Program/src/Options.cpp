@@ -108,6 +108,12 @@ DecodingOptions DecodingOptionsReader::read() const {
     return options;
 }
 
+void declareDevice(CLI::App& app, std::string& name) {
+    app.add_option("--device", name,
+                   "OpenCL device that renders: a part of its name or its driver's; default: the most powerful "
+                   "one (lenscorrect devices)");
+}
+
 struct LensOptionsReader::Texts {
     std::string input, size, plate, frames;
     LensDataOptionsReader lensData;
@@ -157,7 +163,7 @@ LensOptions LensOptionsReader::read() const {
 
 struct RenderOptionsReader::Texts {
     std::string clip, output, distortion, shading, shadingLayers, plate, frames, pixelType, compression, memory,
-        inputSpace, colourConfig;
+        inputSpace, colourConfig, device;
     std::string zip = "fast";
     std::string window = "box";
     std::string boxSize;
@@ -269,12 +275,15 @@ void RenderOptionsReader::declareOptions(CLI::App& app) {
     job.add_option("--threads", t.threads, "Threads for decoding and encoding; 0: one per core")
         ->capture_default_str()
         ->check(CLI::Range(0, 1024));
+    declareDevice(job, t.device);
     job.add_option("--progress", t.progress, "auto: a bar on a terminal, lines elsewhere; json goes to standard output")
         ->capture_default_str()
         ->check(CLI::IsMember({"auto", "bar", "lines", "json", "none"}));
 }
 
 const std::string& RenderOptionsReader::progress() const { return m_texts->progress; }
+
+const std::string& RenderOptionsReader::device() const { return m_texts->device; }
 
 RenderOptions RenderOptionsReader::read() const {
     const Texts& t = *m_texts;

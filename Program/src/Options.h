@@ -45,6 +45,10 @@ private:
     std::optional<unsigned int> m_seconds;
 };
 
+/// Declares --device, which names the OpenCL device that renders (RenderingDevice). `name` outlives the parse and is
+/// empty if the option is not given.
+void declareDevice(CLI::App& app, std::string& name);
+
 /// Reads LensOptions from a command line.
 class LensOptionsReader {
 public:
@@ -80,6 +84,9 @@ public:
 
     /// How the last parse wants progress to be shown, as written (Progress).
     const std::string& progress() const;
+
+    /// The device that is to render, as written; empty: not given.
+    const std::string& device() const;
 
 private:
     struct Texts;

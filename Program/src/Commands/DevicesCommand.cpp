@@ -4,13 +4,16 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "Exception/Exception.h"
+#include "Options.h"
 #include "Renderer/OpenCL/OpenCLKernelHelper.h"
 #include "Report/Failure.h"
 #include "Report/Json.h"
 #include "System/KernelCache.h"
+#include "System/OpenCLDrivers.h"
 #include "System/RenderingDevice.h"
 
 namespace Program {
@@ -45,20 +48,50 @@ std::string typeText(std::uint64_t type) {
 std::string reasonOfChoice(const std::vector<OpenCLDeviceInfo>& devices) {
     const auto isGpu = [](const OpenCLDeviceInfo& device) { return device.type == CL_DEVICE_TYPE_GPU; };
     if (devices.size() == 1) return "it is the only one";
+    if (devices[0].isNamed) return "it is the one asked for";
     if (isGpu(devices[0]) && !isGpu(devices[1])) return "GPUs come before other devices";
     return devices[0].score == devices[1].score ? "it was found first among the best"
                                                 : "it has the highest score (compute units x work-group size x MHz)";
 }
 
+/// The devices in order of choice. `problem` says why the first of them, if there is one, is not to render.
 std::vector<OpenCLDeviceInfo> findDevices(std::string& problem) {
+    std::vector<OpenCLDeviceInfo> devices;
     try {
-        std::vector<OpenCLDeviceInfo> devices = Renderer::OpenCLKernelHelper::devicesInOrderOfChoice();
-        if (devices.empty()) problem = "No OpenCL device was found.";
-        return devices;
+        devices = Renderer::OpenCLKernelHelper::devicesInOrderOfChoice();
     } catch (const Exception& exception) {
         problem = fmt::format("No OpenCL driver was found. {}", exception.what());
+        return devices;
+    }
+    if (devices.empty()) {
+        problem = "No OpenCL device was found.";
+        return devices;
+    }
+    try {
+        Renderer::OpenCLKernelHelper::idOfMostPowerfulDevice();
+    } catch (const Exception& exception) {
+        problem = exception.what();
+    }
+    return devices;
+}
+
+const char* variable(const char* name) { return std::getenv(name); }
+
+/// Empty where the loader itself has failed, which the devices' problem tells.
+std::vector<OpenCLDriver> findDrivers() {
+    try {
+        return OpenCLDriver::all();
+    } catch (const Exception&) {
         return {};
     }
+}
+
+/// Where the driver of this device keeps compiled kernels.
+std::string kernelCacheOf(const OpenCLDeviceInfo& device, const std::vector<OpenCLDriver>& drivers) {
+    for (const OpenCLDriver& driver : drivers) {
+        if (driver.name == device.platform) return driver.kernelCache(variable);
+    }
+    return {};
 }
 
 /// `devices`: the OpenCL devices, which one renders and why, and whether it does.
@@ -71,6 +104,7 @@ public:
     ExitCode run() override;
 
 private:
+    std::string m_device;
     bool m_asJson = false;
     bool m_isProbe = false; ///< this process is the test
 };
@@ -83,6 +117,7 @@ std::string DevicesCommand::example() const {
 }
 
 void DevicesCommand::declareOptions(CLI::App& app) {
+    declareDevice(app, m_device);
     app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/devices.json)");
     app.add_flag("--probe", m_isProbe, "Only render a test picture in this process")->group("");
 }
@@ -92,11 +127,14 @@ ExitCode DevicesCommand::run() {
         RenderProbe::renderHere();
         return ExitCode::Done;
     }
-    const KernelCache cache;
+    const RenderingDevice preparation(m_device);
+    const KernelCache& cache = preparation.cache();
     std::string problem;
     const std::vector<OpenCLDeviceInfo> devices = findDevices(problem);
+    const std::vector<OpenCLDriver> drivers = findDrivers();
+    const bool isChosen = problem.empty();
     RenderProbe probe;
-    if (!devices.empty()) {
+    if (isChosen) {
         probe = RenderProbe::run();
         if (!probe.isRendering) {
             // With a fresh cache the device renders: then it is the old one that is broken.
@@ -118,11 +156,21 @@ ExitCode DevicesCommand::run() {
                             {"clockFrequencyMHz", device.maxClockFrequency},
                             {"workGroupSize", device.maxWorkGroupSize},
                             {"score", device.score},
-                            {"isTaken", &device == devices.data()}});
+                            {"driver", device.platform},
+                            {"isTaken", isChosen && &device == devices.data()}});
+        }
+        nlohmann::ordered_json driverList = nlohmann::ordered_json::array();
+        for (const OpenCLDriver& driver : drivers) {
+            driverList.push_back({{"name", driver.name},
+                                  {"version", driver.version},
+                                  {"deviceCount", driver.deviceCount},
+                                  {"kernelCache", driver.kernelCache(variable)},
+                                  {"problem", driver.problem(variable)}});
         }
         const nlohmann::ordered_json all{
             {"version", 1},
             {"devices", list},
+            {"drivers", driverList},
             {"isRendering", probe.isRendering},
             {"problem", problem},
             {"kernelCache",
@@ -133,17 +181,26 @@ ExitCode DevicesCommand::run() {
 
     for (const OpenCLDeviceInfo& device : devices) {
         fmt::print("{} {} ({}, {}): {} compute units, {} MHz, work-groups of {}, score {}\n",
-                   &device == devices.data() ? "*" : " ", device.name, typeText(device.type), device.vendor,
+                   isChosen && &device == devices.data() ? "*" : " ", device.name, typeText(device.type), device.vendor,
                    device.maxComputeUnits, device.maxClockFrequency, device.maxWorkGroupSize, device.score);
     }
-    if (!devices.empty()) {
+    std::string emptyDrivers;
+    for (const OpenCLDriver& driver : drivers) {
+        if (driver.deviceCount == 0)
+            emptyDrivers += fmt::format("The driver {} has no device. {}\n", driver.name, driver.problem(variable));
+    }
+    if (isChosen) {
         fmt::print("The device marked * renders: {}.\n", reasonOfChoice(devices));
-        if (cache.notice().empty()) {
-            fmt::print("Kernel cache: {}\n", cache.folder());
-        } else {
+        const std::string folder = kernelCacheOf(devices.front(), drivers);
+        // The notice is about PoCL's; other drivers do without a cache that they cannot write.
+        const bool isPocls = folder == cache.folder();
+        if (isPocls && !cache.notice().empty()) {
             fmt::print("{}\n", cache.notice());
+        } else if (!folder.empty()) {
+            fmt::print("Kernel cache: {}\n", folder);
         }
     }
+    if (!devices.empty()) fmt::print("{}", emptyDrivers);
     if (problem.empty()) {
         fmt::print("A test picture was rendered.\n");
         return ExitCode::Done;
@@ -151,7 +208,7 @@ ExitCode DevicesCommand::run() {
     std::fflush(stdout);
     if (devices.empty() && !cache.notice().empty()) problem += "\n" + cache.notice();
     throw Failure(Failure::Kind::Environment,
-                  devices.empty() ? fmt::format("{}\n{}", problem, whatToInstall) : problem);
+                  devices.empty() ? fmt::format("{}\n{}{}", problem, emptyDrivers, whatToInstall) : problem);
 }
 
 std::unique_ptr<Command> makeDevicesCommand() { return std::make_unique<DevicesCommand>(); }

@@ -69,7 +69,7 @@ ExitCode RenderCommand::run() {
         RenderJob job(options);
         return showPlan(job);
     }
-    const RenderingDevice device;
+    const RenderingDevice device(m_options.device());
     tell(device.notice());
     RenderJob job(options);
     device.check();

@@ -42,6 +42,7 @@ private:
     std::string m_channels = "single";
     std::string m_progress = "auto";
     std::optional<std::int32_t> m_frame;
+    std::string m_device;
     bool m_overwrite = false;
 };
 
@@ -74,6 +75,7 @@ void StMapCommand::declareOptions(CLI::App& app) {
                    "single: B = 0, A = 1; twice: B, A repeat R, G; both: B, A hold the opposite direction")
         ->check(CLI::IsMember({"single", "twice", "both"}))
         ->capture_default_str();
+    declareDevice(app, m_device);
     app.add_flag("--overwrite", m_overwrite, "Replace existing files");
     app.add_option("--progress", m_progress, "auto, bar, lines, json or none")->capture_default_str();
 }
@@ -107,7 +109,7 @@ MapOptions StMapCommand::options() const {
 
 ExitCode StMapCommand::run() {
     const MapOptions mapOptions = options();
-    const RenderingDevice device;
+    const RenderingDevice device(m_device);
     tell(device.notice());
     MapJob job(mapOptions);
     device.check();

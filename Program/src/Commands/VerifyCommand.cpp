@@ -37,6 +37,7 @@ public:
 private:
     LensOptionsReader m_lens;
     std::optional<double> m_tolerance;
+    std::string m_device;
     bool m_isRendered = false;
     bool m_withFrames = false;
     bool m_asJson = false;
@@ -53,6 +54,7 @@ void VerifyCommand::declareOptions(CLI::App& app) {
     m_lens.declareOptions(app);
     app.add_option("--tolerance", m_tolerance, "Exit with 1 if a round-trip error exceeds this many px");
     app.add_flag("--render", m_isRendered, "Also render a test picture through both corrections");
+    declareDevice(app, m_device);
     app.add_flag("--list", m_withFrames, "Report each frame");
     app.add_flag("--json", m_asJson, "Print JSON (Docs/schemas/verify.json)");
 }
@@ -61,7 +63,7 @@ ExitCode VerifyCommand::run() {
     const LensOptions options = m_lens.read();
     if (m_tolerance && !(*m_tolerance >= 0.0))
         refuse(fmt::format("--tolerance {}: give a length in px, 0 or more.", *m_tolerance));
-    const RenderingDevice device;
+    const RenderingDevice device(m_device);
     tell(device.notice());
     LensGeometry lens(options);
     device.check();

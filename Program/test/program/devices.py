@@ -55,6 +55,17 @@ class Devices(program.ProgramTest):
         self.assertEqual(answer["problem"], "No OpenCL driver was found. Failed to query number of all available "
                                             "platforms! (-1001)")
 
+    def test_takes_no_other_device_than_the_one_asked_for(self):
+        result = self.devices("--device", "no such card")
+        self.assertEqual((result.returncode, result.stderr),
+                         (3, 'lenscorrect: No device has "no such card" in its name! (ORVEX_OPENCL_DEVICE)\n'))
+        self.assertRegex(result.stdout, r"\A(  .*: \d+ compute units, .*\n)+")
+
+    def test_takes_the_device_that_the_environment_names(self):
+        result = self.devices(ORVEX_OPENCL_DEVICE="no such card")
+        self.assertEqual((result.returncode, result.stderr),
+                         (3, 'lenscorrect: No device has "no such card" in its name! (ORVEX_OPENCL_DEVICE)\n'))
+
     def test_uses_a_private_cache_where_the_usual_one_cannot_be_written(self):
         with open(self.path("file"), "w", encoding="utf-8"):
             pass

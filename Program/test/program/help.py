@@ -56,7 +56,7 @@ class Help(program.ProgramTest):
 
     def test_bash_completes_options_of_the_command(self):
         self.assertEqual(self.complete("plot", "--o"), ["--output"])
-        self.assertEqual(self.complete("devices", "--"), ["--help", "--json"])
+        self.assertEqual(self.complete("devices", "--"), ["--help", "--device", "--json"])
 
     def test_bash_completes_file_names_elsewhere(self):
         with open(self.path("my lens.olcf"), "w", encoding="utf-8"):

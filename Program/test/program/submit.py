@@ -86,6 +86,13 @@ class Submit(program.ProgramTest):
         self.step("warm")
         self.assertEqual(self.text("arguments").splitlines(), ["devices", "--json"])
 
+    def test_the_first_step_renders_it_on_the_device_of_the_job(self):
+        self.given_job("--device", "Tesla T4")
+        self.step("warm")
+        self.assertEqual(self.text("arguments").splitlines(), ["devices", "--json", "--device=Tesla T4"])
+        self.step("chunk", "0")
+        self.assertIn("--device=Tesla T4", self.text("arguments").splitlines())
+
     def test_a_step_ends_with_the_status_of_the_renderer(self):
         self.given_job(stub="echo no >&2; exit 3\n")
         self.step("chunk", "1", status=3)

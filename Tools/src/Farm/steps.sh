@@ -28,7 +28,13 @@ frames() {
 }
 
 case $1 in
-    warm) keep warm "$lenscorrect" devices --json ;;
+    warm)
+        device=()
+        for option in "${render[@]}"; do
+            case $option in --device=*) device=("$option") ;; esac
+        done
+        keep warm "$lenscorrect" devices --json "${device[@]}"
+        ;;
     chunk)
         chunk=${2:-$SLURM_ARRAY_TASK_ID}
         frames "$chunk" "$(sed -n "$((chunk + 1))p" "$folder/chunks.txt")"

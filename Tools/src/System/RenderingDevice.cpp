@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -136,14 +137,21 @@ void RenderProbe::renderHere() {
     check("shading");
 }
 
+RenderingDevice::RenderingDevice(const std::string& name) {
+    if (!name.empty()) ::setenv(Renderer::OpenCLKernelHelper::deviceVariable, name.c_str(), 1);
+}
+
 void RenderingDevice::check() const {
     try {
         Renderer::OpenCLKernelHelper::idOfMostPowerfulDevice();
     } catch (const Exception& exception) {
+        const char* const wanted = std::getenv(Renderer::OpenCLKernelHelper::deviceVariable);
+        const char* const advice =
+            wanted && *wanted ? "" : " Install a driver (without a GPU: apt-get install pocl-opencl-icd);";
         throw Failure(Failure::Kind::Environment,
-                      fmt::format("There is no OpenCL device to render on: {} Install a driver (without a GPU: apt-get "
-                                  "install pocl-opencl-icd); \"lenscorrect devices\" lists what is installed.",
-                                  exception.what()));
+                      fmt::format("There is no OpenCL device to render on: {}{} \"lenscorrect devices\" lists what is "
+                                  "installed.",
+                                  exception.what(), advice));
     }
 }
 

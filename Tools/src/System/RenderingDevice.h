@@ -28,11 +28,16 @@ struct RenderProbe {
 /// One object per process, made before the first thread and the first OpenCL call.
 class RenderingDevice {
 public:
-    /// Prepares memory, drivers and kernel cache. Throws Failure (Environment).
-    RenderingDevice() = default;
+    /// Prepares memory, drivers and kernel cache. A name, if given, chooses the device as the environment variable
+    /// OpenCLKernelHelper::deviceVariable does, for this process and those that it starts. Throws Failure
+    /// (Environment).
+    explicit RenderingDevice(const std::string& name = {});
 
     /// What the user should know of the kernel cache (KernelCache::notice); mostly empty.
     std::string notice() const { return m_cache.notice(); }
+
+    /// PoCL's kernel cache.
+    const KernelCache& cache() const { return m_cache; }
 
     /// Throws Failure (Environment) when there is no OpenCL device. Separate, so that a command can report errors in
     /// its input first.

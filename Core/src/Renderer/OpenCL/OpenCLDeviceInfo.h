@@ -8,7 +8,7 @@
 
 namespace Renderer {
 
-/// The properties of an OpenCL device that decide the choice, and its name and vendor, which do not.
+/// The properties of an OpenCL device that decide the choice, and what tells it from others.
 struct OpenCLDeviceInfo {
     cl_device_id id = nullptr;
     std::string name;
@@ -18,6 +18,8 @@ struct OpenCLDeviceInfo {
     std::uint32_t maxClockFrequency = 0; ///< MHz
     std::size_t maxWorkGroupSize = 0;
     std::uint64_t score = 0; ///< compute units × work-group size × clock frequency
+    std::string platform;    ///< its driver's name; empty if the driver does not tell
+    bool isNamed = false;    ///< whether ORVEX_OPENCL_DEVICE names it
 };
 
 } // namespace Renderer

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <type_traits>
+#include <utility>
 
 #include "Exception/Exception.h"
 #include "Renderer/OpenCL/OpenCLStatus.h"
+#include "Text/lowerCase.h"
 
 namespace Renderer {
 namespace {
@@ -26,9 +29,29 @@ OpenCLDeviceInfo infoOfDevice(cl_device_id device) {
 // Compared whole, not tested as a bit: a device that is a GPU and something else does not count as a GPU.
 bool isGpu(const OpenCLDeviceInfo& info) { return info.type == CL_DEVICE_TYPE_GPU; }
 
-bool isMorePowerful(const OpenCLDeviceInfo& left, const OpenCLDeviceInfo& right) {
+bool isPreferred(const OpenCLDeviceInfo& left, const OpenCLDeviceInfo& right) {
+    if (left.isNamed != right.isNamed) return left.isNamed;
     if (isGpu(left) != isGpu(right)) return isGpu(left);
     return left.score > right.score;
+}
+
+/// What the user asks for; empty: nothing.
+std::string nameWanted() {
+    const char* const name = std::getenv(OpenCLKernelHelper::deviceVariable);
+    return name ? name : "";
+}
+
+bool isPartOf(const std::string& part, const std::string& text) {
+    return Text::lowerCase(text).find(Text::lowerCase(part)) != std::string::npos;
+}
+
+/// A text that decides nothing: without it the platform's devices are as good.
+std::string nameOfPlatform(cl_platform_id platform) {
+    try {
+        return OpenCLKernelHelper::queryPlatformInfo(platform, CL_PLATFORM_NAME);
+    } catch (const Exception&) {
+        return {};
+    }
 }
 
 } // namespace
@@ -89,6 +112,7 @@ template std::uint64_t OpenCLKernelHelper::queryDeviceInfo<std::uint64_t>(cl_dev
 static_assert(std::is_same_v<std::size_t, std::uint32_t> || std::is_same_v<std::size_t, std::uint64_t>);
 
 std::vector<OpenCLDeviceInfo> OpenCLKernelHelper::devicesInOrderOfChoice() {
+    const std::string wanted = nameWanted();
     std::vector<OpenCLDeviceInfo> infos;
     for (const cl_platform_id platform : allPlatformIds()) {
         std::vector<cl_device_id> devices;
@@ -97,21 +121,28 @@ std::vector<OpenCLDeviceInfo> OpenCLKernelHelper::devicesInOrderOfChoice() {
         } catch (const Exception&) {
             continue; // one broken platform must not hide the devices of the others
         }
+        const std::string platformName = nameOfPlatform(platform);
         for (const cl_device_id device : devices) {
             try {
-                infos.push_back(infoOfDevice(device));
+                OpenCLDeviceInfo info = infoOfDevice(device);
+                info.platform = platformName;
+                info.isNamed = !wanted.empty() && (isPartOf(wanted, info.name) || isPartOf(wanted, platformName));
+                infos.push_back(std::move(info));
             } catch (const Exception&) {
                 continue; // likewise one broken device
             }
         }
     }
-    std::stable_sort(infos.begin(), infos.end(), isMorePowerful);
+    std::stable_sort(infos.begin(), infos.end(), isPreferred);
     return infos;
 }
 
 cl_device_id OpenCLKernelHelper::idOfMostPowerfulDevice() {
     const std::vector<OpenCLDeviceInfo> infos = devicesInOrderOfChoice();
     if (infos.empty()) throw Exception("No devices were found!");
+    const std::string wanted = nameWanted();
+    if (!wanted.empty() && !infos.front().isNamed)
+        throw Exception("No device has \"" + wanted + "\" in its name! (" + deviceVariable + ")");
     return infos.front().id;
 }
 

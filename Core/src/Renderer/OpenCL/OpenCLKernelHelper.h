@@ -32,12 +32,17 @@ public:
     template <typename T>
     static T queryDeviceInfo(cl_device_id device, cl_device_info name);
 
-    /// Every usable device, best first: devices whose type is GPU alone come before all others, then by descending
-    /// score, equal scores in order of discovery. Platforms and devices for which a query fails are left out. Throws
-    /// only if the platforms themselves cannot be listed.
+    /// The environment variable by which a user chooses a device: a part of its name or of its platform's, in upper or
+    /// lower case ("llvmpipe", "portable computing language"). Unset or empty: the most powerful device is taken.
+    static constexpr const char* deviceVariable = "ORVEX_OPENCL_DEVICE";
+
+    /// Every usable device, best first: those that the variable names, then devices whose type is GPU alone, then all
+    /// others, each by descending score, equal scores in order of discovery. Platforms and devices for which a query
+    /// fails are left out. Throws only if the platforms themselves cannot be listed.
     static std::vector<OpenCLDeviceInfo> devicesInOrderOfChoice();
 
-    /// The first of devicesInOrderOfChoice(). Throws Exception "No devices were found!" when there is none.
+    /// The first of devicesInOrderOfChoice(). Throws Exception "No devices were found!" when there is none, and
+    /// "No device has \"…\" in its name! (ORVEX_OPENCL_DEVICE)" when the variable names none.
     static cl_device_id idOfMostPowerfulDevice();
 };
 

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "Exception/Exception.h"
+#include "Support/EnvironmentVariable.h"
 #include "Support/FakeOpenCL.h"
 
 namespace {
@@ -88,6 +89,40 @@ TEST(DeviceChoice, SaysThatThereIsNoDeviceWhenThereIsNoPlatform) {
 TEST(DeviceChoice, PassesOnThatPlatformsCannotBeListed) {
     fakeOpenCL.statuses["clGetPlatformIDs"][1] = -1001;
     EXPECT_EQ(messageOfChoice(), "Failed to query number of all available platforms! (-1001)");
+}
+
+TEST(DeviceChoice, TakesTheDeviceThatTheUserNamesByAPartOfItsNameInAnyCase) {
+    const EnvironmentVariable variable("ORVEX_OPENCL_DEVICE", "PIPE");
+    EXPECT_EQ(choiceAmong({Device{.name = "Card", .type = CL_DEVICE_TYPE_GPU}, Device{.name = "llvmpipe (LLVM 15)"}}),
+              FakeOpenCL::deviceId(0, 1));
+}
+
+TEST(DeviceChoice, TakesADeviceOfThePlatformThatTheUserNames) {
+    const EnvironmentVariable variable("ORVEX_OPENCL_DEVICE", "rusticl");
+    fakeOpenCL.platforms = {Platform{.devices = {Device{.type = CL_DEVICE_TYPE_GPU}}}, Platform{.name = "rusticl"}};
+    EXPECT_EQ(OpenCLKernelHelper::idOfMostPowerfulDevice(), FakeOpenCL::deviceId(1, 0));
+}
+
+TEST(DeviceChoice, TakesTheMostPowerfulOfTheDevicesThatTheUserNames) {
+    const EnvironmentVariable variable("ORVEX_OPENCL_DEVICE", "card");
+    EXPECT_EQ(
+        choiceAmong({Device{.computeUnits = 9}, Device{.name = "Card 1"}, Device{.name = "Card 2", .computeUnits = 2}}),
+        FakeOpenCL::deviceId(0, 2));
+}
+
+TEST(DeviceChoice, TakesNoOtherDeviceThanTheOneThatTheUserNames) {
+    const EnvironmentVariable variable("ORVEX_OPENCL_DEVICE", "Card 3");
+    EXPECT_EQ(messageOfChoice(), "No device has \"Card 3\" in its name! (ORVEX_OPENCL_DEVICE)");
+}
+
+TEST(DeviceChoice, IsTheProgramsOwnWhereTheUsersNameIsEmpty) {
+    const EnvironmentVariable variable("ORVEX_OPENCL_DEVICE", "");
+    EXPECT_EQ(choiceAmong({Device(), Device{.type = CL_DEVICE_TYPE_GPU}}), FakeOpenCL::deviceId(0, 1));
+}
+
+TEST(DeviceChoice, DoesNotDependOnThePlatformsName) {
+    fakeOpenCL.statuses["clGetPlatformInfo"][0] = -30;
+    EXPECT_EQ(OpenCLKernelHelper::idOfMostPowerfulDevice(), FakeOpenCL::deviceId(0, 0));
 }
 
 TEST(DeviceChoice, AsksAfreshEveryTime) {
