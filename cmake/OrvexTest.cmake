@@ -6,6 +6,8 @@ if(ORVEX_BUILD_TESTS)
     find_package(GTest REQUIRED)
     include(GoogleTest)
 endif()
+# orvex_test_with_rusticl(NAME [FILTER pattern]): the cases of such a program that use OpenCL, once more with Mesa's driver
+# on the processor, where that is installed. Sanitizers, for which it is not built, would report its own faults.
 set(ORVEX_TEST_ENVIRONMENT "POCL_CACHE_DIR=${PROJECT_BINARY_DIR}/opencl-cache")
 set(ORVEX_TEST_ENVIRONMENT_MODIFICATION
     "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/cmake/leak-suppressions.txt:print_suppressions=0")
@@ -19,4 +21,17 @@ function(orvex_add_test name)
         PROPERTIES LABELS "${arg_LABEL}" TIMEOUT 300
         ENVIRONMENT "${ORVEX_TEST_ENVIRONMENT}"
         ENVIRONMENT_MODIFICATION "${ORVEX_TEST_ENVIRONMENT_MODIFICATION}")
+endfunction()
+if(EXISTS /etc/OpenCL/vendors/rusticl.icd AND NOT ORVEX_SANITIZE)
+    set(ORVEX_RUSTICL /etc/OpenCL/vendors/rusticl.icd)
+endif()
+function(orvex_test_with_rusticl name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "FILTER" "")
+    if(ORVEX_RUSTICL)
+        gtest_discover_tests(${name} TEST_PREFIX "Rusticl/${name}/" TEST_LIST ${name}WithRusticl TEST_FILTER "${arg_FILTER}"
+            DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+            PROPERTIES LABELS rusticl TIMEOUT 300
+            # One variable each: that function takes no lists.
+            ENVIRONMENT RUSTICL_ENABLE=llvmpipe ENVIRONMENT_MODIFICATION "OCL_ICD_VENDORS=set:${ORVEX_RUSTICL}")
+    endif()
 endfunction()

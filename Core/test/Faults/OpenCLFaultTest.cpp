@@ -118,6 +118,8 @@ class OpenCLFaultTest : public testing::Test {
 protected:
     void SetUp() override {
         setenv("OPENCL_LAYERS", ORVEX_FAULT_LAYER, 1);
+        // One driver alone: with several, a call that fails for one of them would not be missed.
+        setenv("OCL_ICD_VENDORS", "/etc/OpenCL/vendors/pocl.icd", 0);
         // Asked in another process: a process that has used OpenCL cannot be forked.
         if (inChildProcess([] { return openCLDeviceExists() ? "device" : ""; }) != "device") {
             GTEST_SKIP() << "no OpenCL device here";
