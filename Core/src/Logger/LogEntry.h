@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "System/RegularFile.h"
+
 namespace Core {
 
 /// A log file that is open for appending one entry. Never throws and never blocks on file errors: what cannot be
@@ -14,18 +16,12 @@ public:
     /// Opens the file for appending and creates it if it does not exist.
     explicit LogEntry(const std::string& filePath);
 
-    /// Closes the file.
-    ~LogEntry();
-
-    LogEntry(const LogEntry&) = delete;
-    LogEntry& operator=(const LogEntry&) = delete;
-
     /// Appends the text and a line feed. Both are written in one call, so entries of several threads or processes do
     /// not interleave.
     void write(const std::string& text);
 
 private:
-    int m_descriptor; ///< −1: nothing can be written any more
+    System::RegularFile m_file;
 };
 
 } // namespace Core

@@ -21,7 +21,11 @@ std::string Logger::entryText(std::chrono::system_clock::time_point time, const 
     const auto microsecondPart = duration_cast<microseconds>(time - wholeSeconds).count();
     const std::time_t calendarSeconds = system_clock::to_time_t(wholeSeconds);
     std::tm localTime = {};
+#ifdef _WIN32
+    localtime_s(&localTime, &calendarSeconds);
+#else
     localtime_r(&calendarSeconds, &localTime);
+#endif
 
     std::ostringstream entry;
     entry.imbue(std::locale::classic());

@@ -24,8 +24,10 @@ namespace fs = boost::filesystem;
 // Whether the error is that the folder is there no more: removed, replaced, or of a process that has ended.
 bool isOfAVanishedFolder(const boost::system::error_code& error) {
     namespace errc = boost::system::errc;
-    return error == errc::no_such_file_or_directory || error == errc::not_a_directory ||
-           error == errc::no_such_process || error.value() == ESTALE;
+#ifdef ESTALE // of network file systems; Windows has no such number
+    if (error.value() == ESTALE) return true;
+#endif
+    return error == errc::no_such_file_or_directory || error == errc::not_a_directory || error == errc::no_such_process;
 }
 
 // One search around one clip; remembers the folders it has searched, and the first that it could not list.
