@@ -51,7 +51,7 @@ struct Channel {
     std::string_view layer() const;
     /// "R" for "R" and for "beauty.R".
     std::string_view baseName() const;
-    /// 0 … 3 for R, G, B, A of any layer, in capitals or not; 4 for other channels.
+    /// 0 … 3 for R, G, B, A of any layer, in upper or lower case; 4 for other channels.
     std::size_t colourPlace() const;
 };
 

@@ -45,7 +45,7 @@ void checkPixels(const std::string& path, const Frame& frame);
 /// the frame in errors. The frame has passed both checks. Throws ImageError.
 void encodeStill(const std::string& path, const Frame& frame, const WriteOptions& options, MemoryFile& file);
 
-/// Makes the path a file of these bytes, as writeFrame does. Throws ImageError.
+/// Writes these bytes to a file at that path, as writeFrame does. Throws ImageError.
 void storeFile(const std::string& path, MemoryFile& bytes, const WriteOptions& options);
 
 /// Throws ImageError if writeFrame refuses the path for its extension, whatever the frame; touches no file.

@@ -18,7 +18,7 @@ public:
     PixelBuffer& operator=(PixelBuffer other) noexcept;
     ~PixelBuffer();
 
-    /// Makes size() == bytes. The content stays where it becomes no larger, else it is undefined. Throws
+    /// Makes size() == bytes. The content is kept if the size does not grow, and undefined otherwise. Throws
     /// std::bad_alloc; the buffer is then empty.
     void resize(std::size_t bytes);
 

@@ -9,22 +9,21 @@
 
 namespace Image {
 
-/// A CodecProcess and the pipe out of it, seen by the one who asks. Its errors are ImageErrors that name the order's
-/// path: also when the process was ended by a signal, took longer than it may, or answered what it never says. Ends the
-/// process when it goes. One thread.
+/// The caller's side of a CodecProcess: the process, and the pipe that brings its answer. Errors are ImageErrors that
+/// name the order's path, also when the process is ended by a signal, exceeds its time, or sends an answer that is not
+/// of the protocol. The destructor ends the process. One thread.
 class CodecChild {
 public:
     /// Starts the process: a copy of the CodecServer's; where that fails, or `program` is not "/proc/self/exe", that
-    /// program, whose main function begins with CodecProcess. `pixels` and `file`: what becomes the process's
-    /// pixelsDescriptor and fileDescriptor; without them it gets nothing of this process's. The order outlives the
-    /// child.
+    /// program, whose main function begins with CodecProcess. `pixels` and `file` become the process's
+    /// pixelsDescriptor and fileDescriptor; it inherits no other descriptor. The order must outlive the child.
     CodecChild(const CodecProcess& order, const std::string& program, int pixels = -1, int file = -1);
     ~CodecChild();
     CodecChild(const CodecChild&) = delete;
     CodecChild& operator=(const CodecChild&) = delete;
 
-    /// What the answer says, which is to be of that kind and no longer. A problem that the process tells is thrown, as
-    /// UnsupportedImage where it is one.
+    /// The answer's content, which must be of that kind and have no more bytes. A problem that the process reports is
+    /// thrown, as UnsupportedImage if the process says so.
     std::string answer(CodecProcess::Reply kind, std::uint64_t maxBytes);
     /// Waits for the process's end: one that dies only now may have left its work half done.
     void finish();
