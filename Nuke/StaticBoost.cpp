@@ -1,4 +1,5 @@
 #include <boost/system/error_code.hpp>
+#include <locale>
 #include <new>
 #include <system_error>
 
@@ -10,3 +11,7 @@ const std::nothrow_t std::nothrow{};
 // copy that it sees, and this function, which nobody calls, makes one here.
 const std::error_category& linkedSystemCategory();
 const std::error_category& linkedSystemCategory() { return boost::system::system_category(); }
+
+// Likewise what Debian 13's copy asks a locale with for the conversion of wide paths. There are none here, so the
+// locale, which does not know this object, is never asked.
+std::locale::id std::codecvt<wchar_t, char, std::mbstate_t>::id;

@@ -33,7 +33,8 @@ private:
 /// A file being written from the start; removed again unless close() has succeeded.
 class OutputFile {
 public:
-    /// Truncates the file if it exists; otherwise creates it, unless `makesFile` is false. Throws ImageError if that fails.
+    /// Truncates the file if it exists; otherwise creates it, unless `makesFile` is false. Throws ImageError if that
+    /// fails.
     explicit OutputFile(const std::string& path, bool makesFile = true);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
