@@ -64,10 +64,12 @@ public:
         const std::vector<std::string> roles = config.getRoles();
         if (std::find(roles.begin(), roles.end(), sceneLinear) == roles.end())
             throw ImageError(m_configName, "has no role \"scene_linear\", which defines linear light; add it");
+        checkThatItIsKnown(config, name);
         m_toLinear = config.createColorProcessor(name, sceneLinear);
-        if (!m_toLinear) refuse(config, name);
-        m_fromLinear = config.createColorProcessor(sceneLinear, name);
-        if (!m_fromLinear) refuse(config, name);
+        if (m_toLinear) m_fromLinear = config.createColorProcessor(sceneLinear, name);
+        if (!m_fromLinear)
+            throw ImageError(m_configName,
+                             "colour space \"" + name + "\" cannot be used (" + oneLine(config.geterror()) + ")");
         checkThatItIsRestored(name);
     }
 
@@ -75,13 +77,17 @@ public:
     void fromSceneLinear(float* pixels, std::size_t count) const override { apply(*m_fromLinear, pixels, count); }
 
 private:
-    [[noreturn]] void refuse(OIIO::ColorConfig& config, const std::string& name) const {
-        const std::string cause = config.geterror();
+    /// The library has ideas of its own about names such as "sRGB" that the configuration does not have.
+    void checkThatItIsKnown(const OIIO::ColorConfig& config, const std::string& name) const {
+        const auto isIn = [&](const std::vector<std::string>& list) {
+            return std::any_of(list.begin(), list.end(),
+                               [&](const std::string& other) { return OIIO::Strutil::iequals(other, name); });
+        };
         const std::vector<std::string> names = config.getColorSpaceNames();
-        const std::vector<std::string> roles = config.getRoles();
-        const auto known = [&](const std::string& other) { return OIIO::Strutil::iequals(other, name); };
-        if (std::any_of(names.begin(), names.end(), known) || std::any_of(roles.begin(), roles.end(), known))
-            throw ImageError(m_configName, "colour space \"" + name + "\" cannot be used (" + oneLine(cause) + ")");
+        if (isIn(names) || isIn(config.getRoles()) ||
+            std::any_of(names.begin(), names.end(),
+                        [&](const std::string& space) { return isIn(config.getAliases(space)); }))
+            return;
         throw ImageError(m_configName, "has no colour space \"" + name + "\"; it has " + listOf(names));
     }
 
