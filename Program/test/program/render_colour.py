@@ -80,7 +80,9 @@ class Refused(Colour):
         self.write_lens(3, name="movie", videoFileName="movie.mov")
         for transfer, statement in (("bt709", 'color_transfer is "bt709"'), (None, 'color_transfer is "unknown"')):
             with self.subTest(statement):
-                named = ["-vf", "format=yuv422p10,setparams=color_trc=" + transfer] if transfer else []
+                # FFmpeg 7 writes all three or none.
+                known = f"setparams=color_trc={transfer}:color_primaries=bt709:colorspace=bt709"
+                named = ["-vf", "format=yuv422p10," + known] if transfer else []
                 subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", f"testsrc=s={WIDTH}x{HEIGHT}:r=25:d=0.1",
                                 "-c:v", "prores_ks", *named, self.path("movie.mov")], check=True)
                 self.expect(self.render(*SHADING, clip="movie.mov"), 2, "",
