@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
 #include "Exception/Exception.h"
 #include "Options.h"
@@ -54,44 +56,138 @@ std::string reasonOfChoice(const std::vector<OpenCLDeviceInfo>& devices) {
                                                 : "it has the highest score (compute units x work-group size x MHz)";
 }
 
-/// The devices in order of choice. `problem` says why the first of them, if there is one, is not to render.
-std::vector<OpenCLDeviceInfo> findDevices(std::string& problem) {
-    std::vector<OpenCLDeviceInfo> devices;
+const char* variable(const char* name) { return std::getenv(name); }
+
+/// What the machine has to render with, and whether it does.
+class DeviceReport {
+public:
+    /// Asks the drivers, and renders a test picture with the device that they give.
+    explicit DeviceReport(const KernelCache& cache);
+
+    /// What keeps the machine from rendering, and what to do; empty if nothing does.
+    std::string problem() const;
+    std::string text() const;
+    nlohmann::ordered_json json() const;
+
+private:
+    void findDevices();
+    void testFirstDevice();
+    bool isTaken(const OpenCLDeviceInfo& device) const { return m_isChosen && &device == m_devices.data(); }
+    std::string emptyDrivers() const;
+    std::string kernelCacheText() const;
+
+    const KernelCache& m_cache;
+    std::vector<OpenCLDeviceInfo> m_devices; ///< in order of choice
+    std::vector<OpenCLDriver> m_drivers;
+    bool m_isChosen = false; ///< whether the first of the devices is to render
+    RenderProbe m_probe;
+    std::string m_problem;
+};
+
+DeviceReport::DeviceReport(const KernelCache& cache) : m_cache(cache) {
+    findDevices();
+    m_isChosen = m_problem.empty();
+    if (m_isChosen) testFirstDevice();
+}
+
+void DeviceReport::findDevices() {
     try {
-        devices = Renderer::OpenCLKernelHelper::devicesInOrderOfChoice();
+        m_devices = Renderer::OpenCLKernelHelper::devicesInOrderOfChoice();
+        m_drivers = OpenCLDriver::all();
     } catch (const Exception& exception) {
-        problem = fmt::format("No OpenCL driver was found. {}", exception.what());
-        return devices;
+        m_problem = fmt::format("No OpenCL driver was found. {}", exception.what());
+        return;
     }
-    if (devices.empty()) {
-        problem = "No OpenCL device was found.";
-        return devices;
+    if (m_devices.empty()) {
+        m_problem = "No OpenCL device was found.";
+        return;
     }
     try {
         Renderer::OpenCLKernelHelper::idOfMostPowerfulDevice();
     } catch (const Exception& exception) {
-        problem = exception.what();
-    }
-    return devices;
-}
-
-const char* variable(const char* name) { return std::getenv(name); }
-
-/// Empty where the loader itself has failed, which the devices' problem tells.
-std::vector<OpenCLDriver> findDrivers() {
-    try {
-        return OpenCLDriver::all();
-    } catch (const Exception&) {
-        return {};
+        m_problem = exception.what();
     }
 }
 
-/// Where the driver of this device keeps compiled kernels.
-std::string kernelCacheOf(const OpenCLDeviceInfo& device, const std::vector<OpenCLDriver>& drivers) {
-    for (const OpenCLDriver& driver : drivers) {
-        if (driver.name == device.platform) return driver.kernelCache(variable);
+void DeviceReport::testFirstDevice() {
+    m_probe = RenderProbe::run();
+    if (m_probe.isRendering) return;
+    // With a fresh cache the device renders: then it is the old one that is broken.
+    const PrivateFolder fresh("lenscorrect-kernels");
+    m_problem = RenderProbe::run(fresh.path()).isRendering
+                    ? fmt::format("The kernel cache is broken. Clear it: rm -r \"{}\"", m_cache.folder())
+                    : "The device does not render. Its driver may be broken or too old.";
+    m_problem += fmt::format("\nReason: {}", m_probe.reason);
+}
+
+std::string DeviceReport::problem() const {
+    if (!m_devices.empty()) return m_problem;
+    const std::string notice = m_cache.notice().empty() ? "" : m_cache.notice() + "\n";
+    return fmt::format("{}\n{}{}{}", m_problem, notice, emptyDrivers(), whatToInstall);
+}
+
+std::string DeviceReport::emptyDrivers() const {
+    std::string text;
+    for (const OpenCLDriver& driver : m_drivers) {
+        if (driver.deviceCount == 0)
+            text += fmt::format("The driver {} has no device. {}\n", driver.name, driver.problem(variable));
+    }
+    return text;
+}
+
+std::string DeviceReport::kernelCacheText() const {
+    for (const OpenCLDriver& driver : m_drivers) {
+        if (driver.name != m_devices.front().platform) continue;
+        const std::string folder = driver.kernelCache(variable);
+        // The notice is about PoCL's; other drivers do without a cache that they cannot write.
+        if (folder == m_cache.folder() && !m_cache.notice().empty()) return m_cache.notice() + "\n";
+        if (!folder.empty()) return fmt::format("Kernel cache: {}\n", folder);
     }
     return {};
+}
+
+std::string DeviceReport::text() const {
+    std::string text;
+    for (const OpenCLDeviceInfo& device : m_devices) {
+        text += fmt::format("{} {} ({}, {}): {} compute units, {} MHz, work-groups of {}, score {}\n",
+                            isTaken(device) ? "*" : " ", device.name, typeText(device.type), device.vendor,
+                            device.maxComputeUnits, device.maxClockFrequency, device.maxWorkGroupSize, device.score);
+    }
+    if (m_isChosen)
+        text += fmt::format("The device marked * renders: {}.\n", reasonOfChoice(m_devices)) + kernelCacheText();
+    if (!m_devices.empty()) text += emptyDrivers();
+    if (m_probe.isRendering) text += "A test picture was rendered.\n";
+    return text;
+}
+
+nlohmann::ordered_json DeviceReport::json() const {
+    nlohmann::ordered_json devices = nlohmann::ordered_json::array();
+    for (const OpenCLDeviceInfo& device : m_devices) {
+        devices.push_back({{"name", device.name},
+                           {"vendor", device.vendor},
+                           {"type", typeText(device.type)},
+                           {"computeUnits", device.maxComputeUnits},
+                           {"clockFrequencyMHz", device.maxClockFrequency},
+                           {"workGroupSize", device.maxWorkGroupSize},
+                           {"score", device.score},
+                           {"driver", device.platform},
+                           {"isTaken", isTaken(device)}});
+    }
+    nlohmann::ordered_json drivers = nlohmann::ordered_json::array();
+    for (const OpenCLDriver& driver : m_drivers) {
+        drivers.push_back({{"name", driver.name},
+                           {"version", driver.version},
+                           {"deviceCount", driver.deviceCount},
+                           {"kernelCache", driver.kernelCache(variable)},
+                           {"problem", driver.problem(variable)}});
+    }
+    return {{"version", 1},
+            {"devices", devices},
+            {"drivers", drivers},
+            {"isRendering", m_probe.isRendering},
+            {"problem", m_problem},
+            {"kernelCache",
+             {{"folder", m_cache.folder()}, {"isPrivate", m_cache.isPrivate()}, {"problem", m_cache.problem()}}}};
 }
 
 /// `devices`: the OpenCL devices, which one renders and why, and whether it does.
@@ -128,87 +224,16 @@ ExitCode DevicesCommand::run() {
         return ExitCode::Done;
     }
     const RenderingDevice preparation(m_device);
-    const KernelCache& cache = preparation.cache();
-    std::string problem;
-    const std::vector<OpenCLDeviceInfo> devices = findDevices(problem);
-    const std::vector<OpenCLDriver> drivers = findDrivers();
-    const bool isChosen = problem.empty();
-    RenderProbe probe;
-    if (isChosen) {
-        probe = RenderProbe::run();
-        if (!probe.isRendering) {
-            // With a fresh cache the device renders: then it is the old one that is broken.
-            const PrivateFolder fresh("lenscorrect-kernels");
-            problem = RenderProbe::run(fresh.path()).isRendering
-                          ? fmt::format("The kernel cache is broken. Clear it: rm -r \"{}\"", cache.folder())
-                          : "The device does not render. Its driver may be broken or too old.";
-            problem += fmt::format("\nReason: {}", probe.reason);
-        }
-    }
-
+    const DeviceReport report(preparation.cache());
+    const bool isRendering = report.problem().empty();
     if (m_asJson) {
-        nlohmann::ordered_json list = nlohmann::ordered_json::array();
-        for (const OpenCLDeviceInfo& device : devices) {
-            list.push_back({{"name", device.name},
-                            {"vendor", device.vendor},
-                            {"type", typeText(device.type)},
-                            {"computeUnits", device.maxComputeUnits},
-                            {"clockFrequencyMHz", device.maxClockFrequency},
-                            {"workGroupSize", device.maxWorkGroupSize},
-                            {"score", device.score},
-                            {"driver", device.platform},
-                            {"isTaken", isChosen && &device == devices.data()}});
-        }
-        nlohmann::ordered_json driverList = nlohmann::ordered_json::array();
-        for (const OpenCLDriver& driver : drivers) {
-            driverList.push_back({{"name", driver.name},
-                                  {"version", driver.version},
-                                  {"deviceCount", driver.deviceCount},
-                                  {"kernelCache", driver.kernelCache(variable)},
-                                  {"problem", driver.problem(variable)}});
-        }
-        const nlohmann::ordered_json all{
-            {"version", 1},
-            {"devices", list},
-            {"drivers", driverList},
-            {"isRendering", probe.isRendering},
-            {"problem", problem},
-            {"kernelCache",
-             {{"folder", cache.folder()}, {"isPrivate", cache.isPrivate()}, {"problem", cache.problem()}}}};
-        fmt::print("{}\n", jsonText(all));
-        return problem.empty() ? ExitCode::Done : ExitCode::Environment;
+        fmt::print("{}\n", jsonText(report.json()));
+        return isRendering ? ExitCode::Done : ExitCode::Environment;
     }
-
-    for (const OpenCLDeviceInfo& device : devices) {
-        fmt::print("{} {} ({}, {}): {} compute units, {} MHz, work-groups of {}, score {}\n",
-                   isChosen && &device == devices.data() ? "*" : " ", device.name, typeText(device.type), device.vendor,
-                   device.maxComputeUnits, device.maxClockFrequency, device.maxWorkGroupSize, device.score);
-    }
-    std::string emptyDrivers;
-    for (const OpenCLDriver& driver : drivers) {
-        if (driver.deviceCount == 0)
-            emptyDrivers += fmt::format("The driver {} has no device. {}\n", driver.name, driver.problem(variable));
-    }
-    if (isChosen) {
-        fmt::print("The device marked * renders: {}.\n", reasonOfChoice(devices));
-        const std::string folder = kernelCacheOf(devices.front(), drivers);
-        // The notice is about PoCL's; other drivers do without a cache that they cannot write.
-        const bool isPocls = folder == cache.folder();
-        if (isPocls && !cache.notice().empty()) {
-            fmt::print("{}\n", cache.notice());
-        } else if (!folder.empty()) {
-            fmt::print("Kernel cache: {}\n", folder);
-        }
-    }
-    if (!devices.empty()) fmt::print("{}", emptyDrivers);
-    if (problem.empty()) {
-        fmt::print("A test picture was rendered.\n");
-        return ExitCode::Done;
-    }
+    fmt::print("{}", report.text());
+    if (isRendering) return ExitCode::Done;
     std::fflush(stdout);
-    if (devices.empty() && !cache.notice().empty()) problem += "\n" + cache.notice();
-    throw Failure(Failure::Kind::Environment,
-                  devices.empty() ? fmt::format("{}\n{}{}", problem, emptyDrivers, whatToInstall) : problem);
+    throw Failure(Failure::Kind::Environment, report.problem());
 }
 
 std::unique_ptr<Command> makeDevicesCommand() { return std::make_unique<DevicesCommand>(); }
